@@ -1,0 +1,34 @@
+# How the shared library is named, compiled and linked.
+include(CheckCXXCompilerFlag)
+
+set_target_properties(zn_udf PROPERTIES
+  VERSION ${PROJECT_VERSION}
+  SOVERSION ${PROJECT_VERSION_MAJOR}
+  CXX_EXTENSIONS OFF
+  CXX_VISIBILITY_PRESET hidden
+  VISIBILITY_INLINES_HIDDEN ON
+  # A host on macOS carries the library in a `libs` directory beside the directory of its executable.
+  INSTALL_NAME_DIR "@executable_path/../libs")
+
+target_compile_options(zn_udf PRIVATE
+  # The sky's formulas are fixed to the last bit: no fused multiply-add where the formula has two roundings.
+  -ffp-contract=off
+  # Assertions name files relative to the source tree, wherever it lies.
+  -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
+if(ZN_UDF_ASSERTIONS)
+  target_compile_options(zn_udf PRIVATE -UNDEBUG)
+endif()
+
+# Calls within the library need no detour through the dynamic linker.
+check_cxx_compiler_flag(-fno-semantic-interposition ZN_UDF_HAS_NO_SEMANTIC_INTERPOSITION)
+if(ZN_UDF_HAS_NO_SEMANTIC_INTERPOSITION)
+  target_compile_options(zn_udf PRIVATE -fno-semantic-interposition)
+endif()
+
+# The standard library's templates have default visibility whatever the preset says. The version script keeps them
+# to ourselves, and with them the GNU-unique symbols of <regex>, which would pin the library in memory after dlclose.
+if(NOT APPLE)
+  set(ZN_UDF_EXPORTS ${PROJECT_SOURCE_DIR}/cmake/zn_udf.map)
+  target_link_options(zn_udf PRIVATE LINKER:--version-script=${ZN_UDF_EXPORTS})
+  set_target_properties(zn_udf PROPERTIES LINK_DEPENDS ${ZN_UDF_EXPORTS})
+endif()

@@ -1,0 +1,108 @@
+#include "tokenizer.h"
+
+#include <algorithm>
+#include <array>
+#include <ios>
+#include <ostream>
+#include <regex>
+
+#include "zn_pattern.h"
+
+namespace zn_lib {
+namespace {
+
+using Tokens = std::vector<std::string>;
+
+std::ostream& setBase(std::ostream& os, std::ios_base::fmtflags base) {
+  os.setf(std::ios_base::showbase | std::ios_base::uppercase);
+  os.setf(base, std::ios_base::basefield);
+  return os;
+}
+
+/// True when a bracket expression around `delimiters` holds exactly these characters. False says
+/// nothing: some sets that this refuses would be plain as well.
+bool isPlainSet(const std::string& delimiters) {
+  if (delimiters.find_first_of("^\\[]") != std::string::npos) return false;
+  const std::size_t hyphen = delimiters.find('-');
+  if (hyphen == std::string::npos) return true;
+  const bool atAnEnd = hyphen == 0 || hyphen == delimiters.size() - 1;
+  return atAnEnd && delimiters.find('-', hyphen + 1) == std::string::npos;
+}
+
+Tokens splitAtCharacters(const std::string& text, const std::string& delimiters) {
+  std::array<bool, 256> isDelimiter{};
+  for (const char c : delimiters) isDelimiter[static_cast<unsigned char>(c)] = true;
+  const auto endsToken = [&isDelimiter](char c) {
+    return isDelimiter[static_cast<unsigned char>(c)];
+  };
+
+  Tokens tokens;
+  tokens.reserve(static_cast<std::size_t>(std::count_if(text.begin(), text.end(), endsToken)) + 1);
+  auto start = text.begin();
+  for (;;) {
+    const auto delimiter = std::find_if(start, text.end(), endsToken);
+    if (delimiter == text.end()) break;
+    tokens.emplace_back(start, delimiter);
+    start = delimiter + 1;
+  }
+  if (start != text.end() || tokens.empty()) tokens.emplace_back(start, text.end());
+  return tokens;
+}
+
+Tokens splitAtMatches(const std::string& text, const std::string& pattern) {
+  constexpr int betweenMatches = -1;
+  const std::regex delimiter = compilePattern(pattern);
+  Tokens tokens;
+  for (std::sregex_token_iterator token(text.begin(), text.end(), delimiter, betweenMatches), end;
+       token != end; ++token) {
+    tokens.push_back(*token);
+  }
+  return tokens;
+}
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& os, std::string text) { return os << text.c_str(); }
+
+std::ostream& setDecimal(std::ostream& os) { return setBase(os, std::ios_base::dec); }
+
+std::ostream& setHexadecimal(std::ostream& os) { return setBase(os, std::ios_base::hex); }
+
+std::ostream& setOctal(std::ostream& os) { return setBase(os, std::ios_base::oct); }
+
+String::String(const std::string& text) : std::string(text) {}
+
+bool vector_key::operator()(const std::string& a, const std::string& b) const { return a < b; }
+
+Tokenizer::Tokenizer() = default;
+
+Tokenizer::Tokenizer(const std::string& text, std::string delimiters) { split(text, delimiters); }
+
+std::size_t Tokenizer::split(const std::string& text, const std::string& delimiters) {
+  // The old tokens go first, also when the new ones cannot be had; but the arguments may be among
+  // them.
+  Tokens old;
+  old.swap(tokens);
+  tokens = isPlainSet(delimiters) ? splitAtCharacters(text, delimiters)
+                                  : splitAtMatches(text, "[" + delimiters + "]");
+  return tokens.size();
+}
+
+std::size_t Tokenizer::splitMulti(const std::string& text, const std::string& pattern) {
+  Tokens old;
+  old.swap(tokens);
+  tokens = splitAtMatches(text, pattern);
+  return tokens.size();
+}
+
+bool Tokenizer::sortTokens() {
+  if (tokens.size() < 2) return false;
+  std::sort(tokens.begin(), tokens.end(), vector_key());
+  return true;
+}
+
+String Tokenizer::getToken(std::size_t index) const {
+  return index < tokens.size() ? String(tokens[index]) : String();
+}
+
+}  // namespace zn_lib

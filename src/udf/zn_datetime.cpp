@@ -1,0 +1,457 @@
+#include "zn_datetime.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <ctime>
+#include <regex>
+#include <string_view>
+
+#include "tokenizer.h"
+#include "zn_ascii.h"
+#include "zn_pattern.h"
+#include "zn_str.h"
+#include "zn_truncate.h"
+
+namespace zn_lib {
+namespace {
+
+constexpr int kMonthsPerYear = 12;
+constexpr int kDecember = 12;
+constexpr int kFebruary = 2;
+constexpr unsigned long long kMillisecondsPerDay = 86400000;
+constexpr unsigned long long kMillisecondsPerHalfDay = kMillisecondsPerDay / 2;
+constexpr int kMillisecondsPerHour = 3600000;
+constexpr int kMillisecondsPerMinute = 60000;
+constexpr int kSecondsPerHour = 3600;
+constexpr int kSecondsPerMinute = 60;
+
+/// All zero until a host sets it: no default is put in on the quiet.
+date_time_set date_set;
+
+constexpr char months[kMonthsPerYear][10] = {"january",   "february", "march",    "april",
+                                             "may",       "june",     "july",     "august",
+                                             "september", "october",  "november", "december"};
+
+constexpr unsigned short kLongMonth = 31;
+constexpr std::array<unsigned short, 10> februaryToNovember = {29, 31, 30, 31, 30,
+                                                               31, 31, 30, 31, 30};
+
+const std::string expr = "^(\\d{4})-?(\\d{2})?-?(\\d{2})?[\\sT]?(\\d{2})?:?(\\d{2})?:?(\\d{2})?";
+const std::regex isoDateTime = compilePattern(expr);
+
+bool isLeapYear(unsigned short year) {
+  return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+}
+
+/// The result of a 32-bit computation, wrapped to 32 bits where it left them.
+constexpr std::int32_t wrap32(std::int64_t value) {
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(value));
+}
+
+constexpr unsigned short to16Bits(int value) { return static_cast<unsigned short>(value); }
+
+/// The numbers of an ISO 8601 text in its own order, year first; -1 where the text leaves one out.
+using IsoFields = std::array<int, 6>;
+constexpr IsoFields kNoFields = {-1, -1, -1, -1, -1, -1};
+constexpr std::size_t kYearDigits = 4;
+constexpr std::size_t kLongestIsoText = sizeof("2024-03-05T14:07:09") - 1;
+
+int toInt(std::string_view digits) {
+  int value = 0;
+  for (const char digit : digits) value = value * 10 + (digit - '0');
+  return value;
+}
+
+/// Reads `text` in one pass, taking each part of the pattern where it first may stand, and returns
+/// where it stopped. Digits come in pairs and every other character belongs to one kind of part, so
+/// a text that can be read at all is read like this by the pattern too.
+const char* scanISO(std::string_view text, IsoFields& fields) {
+  constexpr std::string_view separators = "--T::";
+  const char* at = text.data() + kYearDigits;
+  const char* const end = text.data() + text.size();
+  fields = kNoFields;
+  fields[0] = toInt(text.substr(0, kYearDigits));
+  for (std::size_t i = 0; i < separators.size(); ++i) {
+    if (at != end && (*at == separators[i] || (separators[i] == 'T' && *at == ' '))) ++at;
+    if (end - at >= 2 && isDigit(at[0]) && isDigit(at[1])) {
+      fields[i + 1] = toInt({at, 2});
+      at += 2;
+    }
+  }
+  return at;
+}
+
+IsoFields readISO(const std::string& text) {
+  if (text.size() < kYearDigits || text.size() > kLongestIsoText ||
+      !std::all_of(text.begin(), text.begin() + kYearDigits, isDigit)) {
+    return kNoFields;
+  }
+  IsoFields fields;
+  const char* const end = text.data() + text.size();
+  const char* const stop = scanISO(text, fields);
+  if (stop == end) return fields;
+  // Where the scan stopped at anything but a blank, the pattern would too. Blanks are left to it.
+  fields = kNoFields;
+  std::smatch match;
+  if (isBlank(*stop) && std::regex_match(text, match, isoDateTime)) {
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      if (match[i + 1].matched) fields[i] = toInt(match[i + 1].str());
+    }
+  }
+  return fields;
+}
+
+/// Appends `digits` filled with zeros on the left to at least `width` bytes.
+void appendFilled(std::string& text, std::string_view digits, std::size_t width) {
+  if (digits.size() < width) text.append(width - digits.size(), '0');
+  text.append(digits);
+}
+
+void appendNumber(std::string& text, unsigned value, std::size_t width = 2) {
+  std::array<char, 10> digits;
+  const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
+  appendFilled(text, {digits.data(), static_cast<std::size_t>(end - digits.data())}, width);
+}
+
+/// Appends `value` as a stream writes a double by default, with six significant digits, zero-filled
+/// to two bytes.
+void appendDouble(std::string& text, double value) {
+  constexpr int significantDigits = 6;
+  std::array<char, 16> digits;  // the longest is "-1.23457e+308"
+  const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), value,
+                                        std::chars_format::general, significantDigits)
+                              .ptr;
+  appendFilled(text, {digits.data(), static_cast<std::size_t>(end - digits.data())}, 2);
+}
+
+void appendYear(std::string& text, const date_time_record& record) {
+  appendNumber(text, record.year, kYearDigits);
+}
+
+void appendTime(std::string& text, const date_time_record& record, char separator) {
+  appendNumber(text, record.hour);
+  text += separator;
+  appendNumber(text, record.minute);
+  text += separator;
+  // Most seconds are whole, and much faster to write as such.
+  const unsigned wholeSecond = static_cast<unsigned>(record.second);
+  if (record.second == wholeSecond) {
+    appendNumber(text, wholeSecond);
+  } else {
+    appendDouble(text, record.second);
+  }
+}
+
+std::string monthText(unsigned short month, MONTH_FORMAT format) {
+  if (format == MONTH_FULL_NAME) return getMonthName(month, false);
+  if (format == MONTH_SHORT_NAME) return getMonthName(month, true);
+  std::string number;
+  appendNumber(number, month);
+  return number;
+}
+
+std::tm localTime() {
+  const std::time_t now = std::time(nullptr);
+  return *std::localtime(&now);
+}
+
+}  // namespace
+
+void setDateFormat(DATE_FORMAT format) { date_set.dateFormat = format; }
+DATE_FORMAT getDateFormat() { return date_set.dateFormat; }
+void setMonthFormat(MONTH_FORMAT format) { date_set.monthFormat = format; }
+MONTH_FORMAT getMonthFormat() { return date_set.monthFormat; }
+void setDateSeparator(char separator) { date_set.dateSeparator = separator; }
+char getDateSeparator() { return date_set.dateSeparator; }
+void setDateTimeSeparator(char separator) { date_set.dateTimeSeparator = separator; }
+char getDateTimeSeparator() { return date_set.dateTimeSeparator; }
+void setTimeSeparator(char separator) { date_set.timeSeparator = separator; }
+char getTimeSeparator() { return date_set.timeSeparator; }
+void setUseTime(bool on) { date_set.useTime = on; }
+bool isUseTime() { return date_set.useTime; }
+
+void setDateTimeFormat(DATE_FORMAT dateFormat, MONTH_FORMAT monthFormat, char dateSeparator,
+                       char dateTimeSeparator, char timeSeparator, bool useTime) {
+  date_set = {dateFormat, monthFormat, dateSeparator, dateTimeSeparator, timeSeparator, useTime};
+}
+
+date_time_set getDateTimeFormat() { return date_set; }
+
+void defaultDateTimeFormat() {
+  setDateTimeFormat(YEAR_MONTH_DAY, MONTH_NUMBER, '-', ' ', ':', true);
+}
+
+void resetDateTime(date_time_record& record) { record = {0, 0, 0, 12, 0, 0.0}; }
+
+bool isValidDate(unsigned short day, unsigned short month, unsigned short year) {
+  if (day < 1 || day > getMonthDays(month)) return false;
+  return month != kFebruary || day < 29 || isLeapYear(year);
+}
+
+bool isValidDateTime(date_time_record& record) {
+  return isValidDate(record.day, record.month, record.year) && record.minute < 60 &&
+         record.hour < 24 && record.second < 60.0;
+}
+
+void validDate(date_time_record& record) {
+  if (record.month == 0) record.month = 1;
+  if (record.month > kMonthsPerYear) record.month = to16Bits(record.month % kMonthsPerYear);
+  if (record.day == 0) record.day = 1;
+  // A month that the remainder left at 0 is as long as the longest.
+  unsigned short last = record.month == 0 ? kLongMonth : getMonthDays(record.month);
+  if (record.month == kFebruary && !isLeapYear(record.year)) last = 28;
+  record.day = std::min(record.day, last);
+}
+
+unsigned short getMonthDays(unsigned short month) {
+  if (month < 1 || month > kMonthsPerYear) return 0;
+  if (month == 1 || month == kDecember) return kLongMonth;
+  return februaryToNovember[month - kFebruary];
+}
+
+unsigned short getDayOfYear(unsigned short day, unsigned short month, unsigned short year) {
+  int sum = day;
+  // December and the months that do not exist add nothing.
+  for (unsigned short past = 1; past < std::min<unsigned short>(month, kDecember); ++past) {
+    sum += getMonthDays(past);
+  }
+  if (month > kFebruary && !isLeapYear(year)) --sum;
+  return to16Bits(sum);
+}
+
+unsigned short getDayOfYear(date_time_record& record) {
+  return getDayOfYear(record.day, record.month, record.year);
+}
+
+unsigned short getAstronomicDay(unsigned short day, unsigned short month, unsigned short year) {
+  constexpr unsigned short solstice = 21;
+  if (month == kDecember && day >= solstice) return to16Bits(day - solstice);
+  return to16Bits(getDayOfYear(day, month, year) + 10);
+}
+
+unsigned short getAstronomicDay(date_time_record& record) {
+  return getAstronomicDay(record.day, record.month, record.year);
+}
+
+unsigned short getMonthNumber(const std::string& text) {
+  constexpr std::size_t prefixLength = 3;
+  const std::string prefix = stringToLower(text.substr(0, prefixLength));
+  for (unsigned short month = 1; month < kDecember; ++month) {
+    if (prefix == std::string_view(months[month - 1], prefixLength)) return month;
+  }
+  return kDecember;  // also the answer for what is no month
+}
+
+std::string getMonthName(unsigned short month, bool shortName) {
+  if (month < 1 || month > kMonthsPerYear) return "";
+  std::string name = months[month - 1];
+  name.front() = toUpper(name.front());
+  if (shortName) name.resize(3);
+  return name;
+}
+
+unsigned long long dateToJulian(int year, int month, int day, int hour, int minute, double second) {
+  if (!isValidDate(to16Bits(day), to16Bits(month), to16Bits(year))) return 0;
+  std::int32_t y = year < 0 ? year + 1 : year;
+  std::int32_t m = month;
+  if (m < 3) {
+    y = wrap32(std::int64_t{y} - 1);
+    m += kMonthsPerYear;
+  }
+  // The integer forms of int(30.6001 * (m + 1)) and int(365.25 * (y + 4716)), and the Gregorian
+  // correction.
+  const std::int32_t monthDays = wrap32(306001 * (std::int64_t{m} + 1)) / 10000;
+  const std::int32_t yearDays = wrap32(36525 * (std::int64_t{y} + 4716)) / 100;
+  const std::int32_t days =
+      wrap32(std::int64_t{day} + (2 - y / 100 + y / 400) + monthDays + yearDays);
+  const double midnight = (days - 1524.5) * static_cast<double>(kMillisecondsPerDay);
+  if (!date_set.useTime) return truncateToUnsigned64(midnight) + kMillisecondsPerHalfDay;
+  // A negative product is extended to 64 bits and wraps there: hour -1 is an hour before midnight.
+  const std::int64_t time = std::int64_t{wrap32(std::int64_t{minute} * kMillisecondsPerMinute)} +
+                            wrap32(std::int64_t{hour} * kMillisecondsPerHour);
+  return static_cast<unsigned long long>(time) + truncateToUnsigned64(second * 1000.0) +
+         truncateToUnsigned64(midnight);
+}
+
+unsigned long long dateToJulian(date_time_record& record) {
+  return dateToJulian(record.year, record.month, record.day, record.hour, record.minute,
+                      record.second);
+}
+
+unsigned long long dateToJulian(const std::string& text) {
+  if (text.empty()) return 0;
+  date_time_record record;
+  parseISOdate(text, record);
+  return dateToJulian(record);
+}
+
+date_time_record julianToDate(unsigned long long julian) {
+  // Civil days run from midnight, the day count from noon.
+  const unsigned long long sinceMidnight = julian + kMillisecondsPerHalfDay;
+  const std::int32_t dayNumber =
+      static_cast<std::int32_t>(static_cast<std::uint32_t>(sinceMidnight / kMillisecondsPerDay));
+  // The steps are those of the algorithm in doubles: an exact calendar routine would differ on 1
+  // March 300.
+  const std::int32_t century = static_cast<std::int32_t>((dayNumber - 1867216.25) / 36524.25);
+  const std::int32_t b = wrap32(std::int64_t{dayNumber} + century - century / 4 + 1525);
+  const std::int32_t c = static_cast<std::int32_t>((b - 122.1) / 365.25);
+  const std::int32_t d = wrap32(std::int64_t{36525} * c) / 100;
+  const std::int32_t dayOfCycle = wrap32(std::int64_t{b} - d);
+  const std::int32_t e = static_cast<std::int32_t>(dayOfCycle / 30.6001);
+  const std::int32_t month = e < 14 ? e - 1 : e - 13;
+
+  const double time = static_cast<double>(sinceMidnight % kMillisecondsPerDay) / 1000.0;
+  const int seconds = static_cast<int>(time);
+  const int secondsOfHour = seconds % kSecondsPerHour;
+
+  date_time_record record;
+  record.day = to16Bits(dayOfCycle - static_cast<std::int32_t>(e * 30.6001));
+  record.month = to16Bits(month);
+  record.year = to16Bits(month >= 3 ? c - 4716 : c - 4715);
+  record.hour = to16Bits(seconds / kSecondsPerHour);
+  record.minute = to16Bits(secondsOfHour / kSecondsPerMinute);
+  record.second = secondsOfHour % kSecondsPerMinute + (time - seconds);
+  return record;
+}
+
+double dateToJulianDays(date_time_record record) {
+  // The minutes are divided by 3600 on purpose: it is the function's definition.
+  const double day =
+      ((record.day + record.hour / 24.0) + record.minute / 3600.0) + record.second / 86400.0;
+  unsigned short y = record.year;
+  unsigned short m = record.month;
+  if (m < 3) {
+    y = to16Bits(y - 1);
+    m = to16Bits(m + kMonthsPerYear);
+  }
+  const bool isJulianCalendar = y < 1582 || (y == 1582 && (m < 10 || (m == 10 && day <= 15.0)));
+  const int gregorian = isJulianCalendar ? 0 : 2 - y / 100 + y / 400;
+  const int days = static_cast<int>(365.25 * y) + gregorian + static_cast<int>(30.6001 * (m + 1));
+  return day + days + 1720994.5;
+}
+
+void parseISOdate(const std::string& text, date_time_record& record) {
+  const IsoFields fields = readISO(text);
+  const auto field = [&fields](std::size_t index, int otherwise) {
+    return fields[index] < 0 ? otherwise : fields[index];
+  };
+  record.year = to16Bits(field(0, 0));
+  record.month = to16Bits(std::max(field(1, 1), 1));
+  record.day = to16Bits(std::max(field(2, 1), 1));
+  record.hour = to16Bits(field(3, 12));
+  record.minute = to16Bits(field(4, 0));
+  record.second = field(5, 0);
+}
+
+bool isValidISOdate(const std::string& text) {
+  date_time_record record;
+  parseISOdate(text, record);
+  return isValidDateTime(record);
+}
+
+std::string dateToISO(const std::string& text) {
+  const Tokenizer fields(text, "-/.,:; ");
+  if (fields.tokens.size() < 3) return BLANK_DATE_STR;
+  const bool monthFirst = date_set.dateFormat == MONTH_DAY_YEAR;
+  std::string month = fields.tokens[monthFirst ? 0 : 1];
+  const std::string& day = fields.tokens[monthFirst ? 1 : 0];
+  if (!isNumber(month)) month = monthText(getMonthNumber(month), MONTH_NUMBER);
+
+  std::string iso =
+      fields.tokens[2] + date_set.dateSeparator + month + date_set.dateSeparator + day;
+  if (date_set.useTime) {
+    const std::size_t last = std::min<std::size_t>(fields.tokens.size(), 6);
+    for (std::size_t i = 3; i < last; ++i) {
+      iso += i == 3 ? date_set.dateTimeSeparator : date_set.timeSeparator;
+      iso += fields.tokens[i];
+    }
+  }
+  return iso;
+}
+
+std::string julianToISO(unsigned long long julian) {
+  date_time_set iso = date_set;
+  iso.dateFormat = YEAR_MONTH_DAY;
+  iso.dateSeparator = '-';
+  iso.timeSeparator = ':';
+  return formatJulianDate(julian, iso);
+}
+
+std::string julianToYYYYMMDD(unsigned long long julian) {
+  if (julian == 0) return BLANK_DATE_STR;
+  const date_time_record record = julianToDate(julian);
+  std::string text;
+  appendYear(text, record);
+  appendNumber(text, record.month);
+  appendNumber(text, record.day);
+  return text;
+}
+
+std::string formatJulianDate(unsigned long long julian, date_time_set settings) {
+  if (julian == 0) return BLANK_DATE_STR;
+  const date_time_record record = julianToDate(julian);
+  std::string text;
+  switch (settings.dateFormat) {
+    case DAY_MONTH_YEAR:
+      appendNumber(text, record.day);
+      text += settings.dateSeparator;
+      text += monthText(record.month, settings.monthFormat);
+      text += settings.dateSeparator;
+      appendYear(text, record);
+      break;
+    case MONTH_DAY_YEAR:
+      text += monthText(record.month, settings.monthFormat);
+      text += settings.dateSeparator;
+      appendNumber(text, record.day);
+      text += settings.dateSeparator;
+      appendYear(text, record);
+      break;
+    case YEAR_MONTH_DAY:
+    default:
+      appendYear(text, record);
+      text += settings.dateSeparator;
+      appendNumber(text, record.month);
+      text += settings.dateSeparator;
+      appendNumber(text, record.day);
+      break;
+  }
+  if (date_set.useTime) {
+    text += settings.dateTimeSeparator;
+    appendTime(text, record, settings.timeSeparator);
+  }
+  return text;
+}
+
+std::string formatJulianDate(unsigned long long julian) {
+  return formatJulianDate(julian, date_set);
+}
+
+std::string hourFormat(double hours) {
+  std::string text;
+  appendDouble(text, std::trunc(hours));
+  text += ':';
+  appendDouble(text, std::trunc((hours - std::floor(hours)) * 60));
+  return text;
+}
+
+void getToday(date_time_record& record) {
+  const std::tm today = localTime();
+  record.day = to16Bits(today.tm_mday);
+  record.month = to16Bits(today.tm_mon + 1);
+  record.year = to16Bits(today.tm_year + 1900);
+  record.hour = to16Bits(today.tm_hour);
+  record.minute = to16Bits(today.tm_min);
+  record.second = today.tm_sec;
+}
+
+std::string getTodayAsISO() {
+  const std::tm today = localTime();
+  std::array<char, 256> buffer;
+  const std::size_t length = std::strftime(
+      buffer.data(), buffer.size(), date_set.useTime ? "%Y-%m-%d %H:%M:%S" : "%Y-%m-%d", &today);
+  return {buffer.data(), length};
+}
+
+}  // namespace zn_lib

@@ -1,0 +1,70 @@
+#include "zn_output.h"
+
+#include <editline/readline.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <iostream>
+
+#include "tokenizer.h"
+#include "zn_ascii.h"
+
+namespace zn_lib {
+namespace {
+
+bool verbose_;
+
+bool isShown(const std::string& text) { return verbose_ && !text.empty(); }
+
+/// Whether the bytes of `prompt` are characters of the C library's current locale.
+bool isDecodable(const std::string& prompt) {
+  return std::mbstowcs(nullptr, prompt.c_str(), 0) != static_cast<std::size_t>(-1);
+}
+
+/// Reads one line and gives its first character in upper case; NUL for an empty answer and for the
+/// end of input.
+char ask(std::string prompt) {
+  // libedit crashes on a prompt that it cannot decode, such as UTF-8 in a program that never called
+  // setlocale.
+  if (!isDecodable(prompt) && isatty(STDIN_FILENO) != 0) {
+    std::cout << prompt << std::flush;
+    prompt.clear();
+  }
+  char* const line = readline(prompt.c_str());
+  if (line == nullptr) return '\0';
+  const char first = toUpper(*line);
+  std::free(line);
+  return first;
+}
+
+}  // namespace
+
+void setVerbose(bool on) { verbose_ = on; }
+
+bool isVerbose() { return verbose_; }
+
+void display(const std::string& text) {
+  if (isShown(text)) std::cout << text;
+}
+
+void message(const std::string& text) {
+  if (isShown(text)) std::cout << text << std::endl;
+}
+
+void errorMessage(const std::string& text) {
+  if (isShown(text)) std::cerr << "ERROR: " << text << std::endl;
+}
+
+void debugMessage(const std::string& text) { std::cout << "DEBUG: " << text << std::endl; }
+
+void processTitle(const std::string& text) {
+  if (isShown(text)) std::cout << '[' << text << ']' << std::endl;
+}
+
+void pauseKey() { ask("Press <Enter> to continue "); }
+
+bool more() { return ask("Press Q to quit, any other key to continue ") != 'Q'; }
+
+bool yesOrNo(const std::string& prompt) { return ask(prompt) == 'Y'; }
+
+}  // namespace zn_lib
