@@ -1,0 +1,138 @@
+#include "places.h"
+
+#include <tokenizer.h>
+#include <zn_str.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <optional>
+#include <system_error>
+#include <vector>
+
+#include "errors.h"
+#include "text.h"
+
+namespace almanac {
+namespace {
+
+/// A file without line ends, such as a device, must not fill the memory.
+constexpr std::size_t kLongestLine = 1 << 20;
+
+struct Place {
+  std::string name;
+  double latitude;
+};
+
+/// The error for a file, with the reason that the system has just given.
+Error fileError(const std::string& what, const std::string& file) {
+  const std::string reason = std::generic_category().message(errno);
+  return Error("cannot " + what + ' ' + quoted(file) + ": " + reason);
+}
+
+bool isCapital(char c) { return c >= 'A' && c <= 'Z'; }
+
+bool isCountryCode(const std::string& text) {
+  return text.size() == 2 && std::all_of(text.begin(), text.end(), isCapital);
+}
+
+/// Reads degrees of `degreeDigits` digits, then two digits of minutes and, unless the text ends
+/// there, two of seconds.
+std::optional<double> readAngle(const std::string& digits, std::size_t degreeDigits, int most) {
+  constexpr int mostSixtieths = 59;
+  const std::size_t withMinutes = degreeDigits + 2;
+  const bool hasSeconds = digits.size() == withMinutes + 2;
+  if (digits.size() != withMinutes && !hasSeconds) return {};
+  const auto degrees = toWholeNumber(digits.substr(0, degreeDigits), 0, most);
+  const auto minutes = toWholeNumber(digits.substr(degreeDigits, 2), 0, mostSixtieths);
+  const auto seconds =
+      toWholeNumber(hasSeconds ? digits.substr(withMinutes) : "0", 0, mostSixtieths);
+  if (!degrees || !minutes || !seconds) return {};
+  const double angle = *degrees + *minutes / 60.0 + *seconds / 3600.0;
+  if (angle > most) return {};
+  return angle;
+}
+
+/// The latitude of "+5222+00454" or "+404251-0740023", north positive; nothing when the coordinates
+/// are malformed.
+std::optional<double> readLatitude(const std::string& coordinates) {
+  // Each angle has its sign before it, so the first token, before the first sign, is empty.
+  const zn_lib::Tokenizer angles(coordinates, "+-");
+  if (angles.tokens.size() != 3 || !angles.getToken(0).empty()) return {};
+  const std::string latitude = angles.getToken(1);
+  const std::string longitude = angles.getToken(2);
+  const std::optional<double> north = readAngle(latitude, 2, 90);
+  // Both angles have seconds, or none has; and a sign at the end would not show in the tokens.
+  if (!north || !readAngle(longitude, 3, 180) || longitude.size() != latitude.size() + 1 ||
+      coordinates.size() != latitude.size() + longitude.size() + 2) {
+    return {};
+  }
+  return coordinates.front() == '-' ? -*north : *north;
+}
+
+bool isName(const std::string& text) {
+  return !text.empty() && text.find(' ') == std::string::npos;
+}
+
+/// The place of one line of the table; nothing when the line is malformed.
+std::optional<Place> readPlace(const std::string& line) {
+  const zn_lib::Tokenizer fields(line, "\t");
+  const auto isStray = [](char c) { return isControl(c) && c != '\t'; };
+  if (fields.tokens.size() < 3 || fields.tokens.size() > 4 ||
+      std::any_of(line.begin(), line.end(), isStray)) {
+    return {};
+  }
+  const std::optional<double> latitude = readLatitude(fields.getToken(1));
+  if (!isCountryCode(fields.getToken(0)) || !latitude || !isName(fields.getToken(2))) return {};
+  return Place{fields.getToken(2), *latitude};
+}
+
+/// A file, line by line; throws Error where it cannot be read.
+class LineReader {
+ public:
+  explicit LineReader(const std::string& file) : file_(file), in_(file, std::ios::binary) {
+    if (!in_) throw fileError("open", file_);
+  }
+
+  /// Stores the next line without its line end; false when there is none.
+  bool next(std::string& line) {
+    ++number_;
+    in_.getline(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
+    if (in_.bad()) throw fileError("read", file_);
+    if (in_.fail() && in_.eof()) return false;
+    if (in_.fail()) throw error("the line is too long");
+    // The count includes the line end, which the last line may lack.
+    const std::streamsize length = in_.gcount() - (in_.eof() ? 0 : 1);
+    line.assign(buffer_.data(), static_cast<std::size_t>(length));
+    return true;
+  }
+
+  /// `what`, with the place in the file where it is so.
+  Error error(const std::string& what) const {
+    return Error(what + ": " + quoted(file_) + ", line " + std::to_string(number_));
+  }
+
+ private:
+  std::string file_;
+  std::ifstream in_;
+  std::vector<char> buffer_ = std::vector<char>(kLongestLine + 1);
+  unsigned long long number_ = 0;
+};
+
+}  // namespace
+
+double latitudeOf(const std::string& name, const std::string& file) {
+  LineReader lines(file);
+  std::optional<double> latitude;
+  for (std::string line; lines.next(line);) {
+    const std::string text = zn_lib::rightTrim(line);
+    if (text.empty() || text.front() == '#') continue;
+    const std::optional<Place> place = readPlace(text);
+    if (!place) throw lines.error("malformed line");
+    if (!latitude && place->name == name) latitude = place->latitude;
+  }
+  if (!latitude) throw Error("there is no place " + quoted(name) + " in " + quoted(file));
+  return *latitude;
+}
+
+}  // namespace almanac

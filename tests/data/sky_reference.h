@@ -1,0 +1,49 @@
+/// Reads the reference values that make_sky_reference.py wrote.
+#ifndef SKY_REFERENCE_H
+#define SKY_REFERENCE_H
+
+#include <charconv>
+#include <cstddef>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+using ReferenceTable = std::vector<std::vector<double>>;
+
+/// The numbers of one line, separated by commas, whatever the locale.
+inline std::vector<double> readReferenceRow(const std::string& line) {
+  std::vector<double> row;
+  const char* at = line.data();
+  const char* const end = at + line.size();
+  while (true) {
+    double value = 0.0;
+    const std::from_chars_result number = std::from_chars(at, end, value);
+    if (number.ec != std::errc()) throw std::runtime_error("not a number: " + line);
+    row.push_back(value);
+    if (number.ptr == end) return row;
+    if (*number.ptr != ',') throw std::runtime_error("not a comma: " + line);
+    at = number.ptr + 1;
+  }
+}
+
+/// The lines of a reference file but for its comments. Throws, and so fails the test, when the file
+/// does not hold exactly `rows` lines of `columns` numbers.
+inline ReferenceTable readReference(const std::string& name, std::size_t rows,
+                                    std::size_t columns) {
+  const std::string path = std::string(ZN_UDF_TEST_DATA "/") + name;
+  std::ifstream file(path);
+  if (!file) throw std::runtime_error("cannot open " + path);
+  ReferenceTable table;
+  for (std::string line; std::getline(file, line);) {
+    if (!line.empty() && line.front() == '#') continue;
+    table.push_back(readReferenceRow(line));
+    if (table.back().size() != columns) throw std::runtime_error(path + ": " + line);
+  }
+  if (table.size() != rows) {
+    throw std::runtime_error(path + ": " + std::to_string(table.size()) + " rows");
+  }
+  return table;
+}
+
+#endif  // SKY_REFERENCE_H

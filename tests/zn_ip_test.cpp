@@ -1,0 +1,200 @@
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <zn_ip.h>
+
+#include <limits>
+#include <regex>
+#include <stdexcept>
+#include <string>
+
+#include "samples.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+std::string blocksOf(const zn_lib::IPv4& address) {
+  std::string text;
+  for (const unsigned char block : address.blocks) text += std::to_string(int{block}) + " ";
+  return text;
+}
+
+TEST(ZnIp, HeaderExamples) {
+  zn_lib::IPv4 address;
+  EXPECT_TRUE(address.set("10.20.0.0"));
+  EXPECT_EQ(address.getLevel(), 1);
+  EXPECT_FALSE(address.set("127.0.0.1"));
+  EXPECT_TRUE(address.set(inet_addr("8.8.8.8")));
+  EXPECT_EQ(address.text(), "8.8.8.8");
+}
+
+TEST(IPv4, IsZeroAtFirst) {
+  const zn_lib::IPv4 address;
+  EXPECT_EQ(address.binary, 0u);
+  EXPECT_EQ(blocksOf(address), "0 0 0 0 ");
+  EXPECT_EQ(address.text(), "0.0.0.0");
+  EXPECT_EQ(address.getLevel(), -1);
+}
+
+TEST(IPv4, SetTakesTextOfLowDigits) {
+  const struct {
+    const char* text;
+    const char* blocks;
+    int level;
+  } accepted[] = {
+      {"10.0.0.1", "10 0 0 1 ", 3},       {"255.255.255.0", "255 255 255 0 ", 2},
+      {"100.50.25.1", "100 50 25 1 ", 3}, {"0.0.0.0", "0 0 0 0 ", -1},
+      {"10.0.0.0", "10 0 0 0 ", 0},       {"10.20.0.0", "10 20 0 0 ", 1},
+      {"10.20.30.0", "10 20 30 0 ", 2},   {"10.20.30.40", "10 20 30 40 ", 3},
+      {"10.0.30.0", "10 0 30 0 ", 2},     {"255.255.255.255", "255 255 255 255 ", 3},
+  };
+  for (const auto& c : accepted) {
+    zn_lib::IPv4 address;
+    EXPECT_TRUE(address.set(c.text)) << c.text;
+    EXPECT_EQ(address.text(), c.text);
+    EXPECT_EQ(address.binary, inet_addr(c.text)) << c.text;
+    EXPECT_EQ(blocksOf(address), c.blocks) << c.text;
+    EXPECT_EQ(address.getLevel(), c.level) << c.text;
+  }
+}
+
+TEST(IPv4, RefusedTextChangesNothing) {
+  for (const std::string& text :
+       {"192.168.1.1"s, "127.0.0.1"s, "10.0.0.9"s,    "8.8.8.8"s,  "555.1.1.1"s,
+        "555.0.0.0"s,   "1.2.3"s,     "010.0.0.1"s,   "00.0.0.0"s, "1.2.3.4.5"s,
+        "1.2.3.4."s,    ".1.2.3.4"s,  "1..2.3"s,      "1.2.3.4 "s, " 1.2.3.4"s,
+        "1.2.3.4\n"s,   "1.2.3.4\0"s, "1.2.3.4\0.5"s, ""s,         "...."s,
+        "1111.1.1.1"s,  "1.2.3.+4"s,  "256.1.1.1"s}) {
+    zn_lib::IPv4 address;
+    ASSERT_TRUE(address.set("10.20.30.40"));
+    EXPECT_FALSE(address.set(text)) << text;
+    EXPECT_EQ(address.text(), "10.20.30.40") << text;
+    EXPECT_EQ(blocksOf(address), "10 20 30 40 ") << text;
+  }
+}
+
+TEST(IPv4, SetTakesAnyValue) {
+  zn_lib::IPv4 address;
+  EXPECT_TRUE(address.set(htonl(0x7F000001u)));
+  EXPECT_EQ(address.text(), "127.0.0.1");
+  EXPECT_EQ(blocksOf(address), "127 0 0 1 ");
+  for (const unsigned value : {0u, 1u, 0xFFFFFFFFu, 0xFF000000u, 0x80u, 0x01020304u}) {
+    EXPECT_TRUE(address.set(value));
+    EXPECT_EQ(address.binary, value);
+    zn_lib::IPv4 back;
+    back.textToBlocks(address.text());
+    EXPECT_EQ(blocksOf(back), blocksOf(address));
+  }
+}
+
+TEST(IPv4, ValidFormatAgreesWithItsPattern) {
+  const std::regex ipv4("([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})");
+  const zn_lib::IPv4 address;
+  int matches = 0;
+  const auto agrees = [&](const std::string& text) {
+    const bool expected = std::regex_match(text, ipv4);
+    matches += expected;
+    ASSERT_EQ(address.validFormat(text), expected) << text;
+  };
+  forEveryText("05.", 11, agrees);
+  forEveryText("5.69 \n\0"s, 6, agrees);
+  EXPECT_GT(matches, 1000);
+
+  std::mt19937 random(4);
+  for (int i = 0; i < 20000; ++i) {
+    std::string text;
+    for (int part = 0; part < 4; ++part) {
+      text += (part > 0 ? "." : "") + randomText(random, "012345", 1 + random() % 3);
+    }
+    agrees(text);
+    text[random() % text.size()] = "0156.x\n"[random() % 7];
+    agrees(text);
+    text.insert(random() % text.size(), 1, "05."[random() % 3]);
+    agrees(text);
+  }
+}
+
+TEST(IPv4, TextToBlocksReadsPartsInOrder) {
+  const struct {
+    const char* text;
+    const char* blocks;
+  } cases[] = {
+      {"1.2.3.4", "1 2 3 4 "}, {"1.2.3.4.5.x", "1 2 3 4 "},        {"1.2", "1 2 0 0 "},
+      {"7", "7 0 0 0 "},       {"256.257.511.-1", "0 1 255 255 "}, {" 1.+2.3x.4 ", "1 2 3 4 "},
+      {"9.", "9 0 0 0 "},      {"192.168.0.1", "192 168 0 1 "},
+  };
+  for (const auto& c : cases) {
+    zn_lib::IPv4 address;
+    address.set(htonl(0x05050505u));
+    address.textToBlocks(c.text);
+    EXPECT_EQ(blocksOf(address), c.blocks) << c.text;
+    EXPECT_EQ(address.text(), "5.5.5.5") << "binary stays";
+  }
+}
+
+TEST(IPv4, TextToBlocksLetsNumberErrorsPass) {
+  const struct {
+    const char* text;
+    const char* blocks;
+  } invalid[] = {{"", "0 0 0 0 "},
+                 {"a.b.c.d", "0 0 0 0 "},
+                 {"1.x.3.4", "1 0 0 0 "},
+                 {"1.2..4", "1 2 0 0 "},
+                 {".1", "0 0 0 0 "}};
+  for (const auto& c : invalid) {
+    zn_lib::IPv4 address;
+    address.set(htonl(0x05050505u));
+    EXPECT_THROW(address.textToBlocks(c.text), std::invalid_argument) << c.text;
+    EXPECT_EQ(blocksOf(address), c.blocks) << c.text;
+  }
+  zn_lib::IPv4 address;
+  EXPECT_THROW(address.textToBlocks("1.99999999999.3.4"), std::out_of_range);
+  EXPECT_EQ(blocksOf(address), "1 0 0 0 ");
+}
+
+TEST(IPv4, BlocksAndBinaryConvertEachWay) {
+  zn_lib::IPv4 address;
+  address.binaryToBlocks(htonl(0xC0A80001u));
+  EXPECT_EQ(blocksOf(address), "192 168 0 1 ");
+  EXPECT_EQ(address.binary, 0u);
+  EXPECT_EQ(address.blocksToBinary(), 1);
+  EXPECT_EQ(address.binary, htonl(0xC0A80001u));
+  EXPECT_EQ(address.text(), "192.168.0.1");
+}
+
+TEST(IPv6, TakesWhatThePlatformTakes) {
+  zn_lib::IPv6 address;
+  EXPECT_EQ(address.text(), "::");
+  EXPECT_TRUE(address.set("::1"));
+  EXPECT_EQ(address.text(), "::1");
+  EXPECT_EQ(address.binary.s6_addr[15], 1);
+  EXPECT_TRUE(address.set("2001:DB8:0:0:0:0:0:42"));
+  EXPECT_EQ(address.text(), "2001:db8::42");
+  EXPECT_TRUE(address.set("::ffff:192.168.0.1"));
+  EXPECT_EQ(address.text(), "::ffff:192.168.0.1");
+  EXPECT_TRUE(address.set("::2\0junk"s)) << "text ends at its first NUL";
+  EXPECT_EQ(address.text(), "::2");
+}
+
+TEST(IPv6, RefusedTextChangesNothing) {
+  zn_lib::IPv6 address;
+  ASSERT_TRUE(address.set("fe80::5"));
+  for (const char* text : {"1:2:3:4:5:6:7:8:9", "", "::1 ", "10.0.0.1", "g::", ":::", "::1%eth0"}) {
+    EXPECT_FALSE(address.set(text)) << text;
+    EXPECT_EQ(address.text(), "fe80::5") << text;
+  }
+}
+
+TEST(LongText, IsRefused) {
+  zn_lib::IPv4 v4;
+  zn_lib::IPv6 v6;
+  for (const char c : {'1', '.', ':', 'x', '\0'}) {
+    EXPECT_FALSE(v4.set(std::string(kLongText, c))) << c;
+    EXPECT_FALSE(v4.validFormat(std::string(kLongText, c))) << c;
+    EXPECT_FALSE(v6.set(std::string(kLongText, c))) << c;
+  }
+  EXPECT_THROW(v4.textToBlocks(std::string(kLongText, '1')), std::out_of_range);
+  EXPECT_THROW(v4.textToBlocks(std::string(kLongText, '.')), std::invalid_argument);
+}
+
+}  // namespace

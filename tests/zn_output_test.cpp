@@ -1,0 +1,343 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+#include <zn_output.h>
+
+#include <array>
+#include <cerrno>
+#include <clocale>
+#include <cstdlib>
+#include <functional>
+#include <iostream>
+#include <string>
+
+namespace {
+
+using namespace std::string_literals;
+
+/// What `run` writes to standard output and standard error.
+struct Written {
+  std::string out, err;
+};
+
+Written written(const std::function<void()>& run) {
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  run();
+  return {testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
+}
+
+class Output : public testing::Test {
+ protected:
+  ~Output() override { zn_lib::setVerbose(false); }
+};
+
+TEST_F(Output, HeaderExamples) {
+  const Written text = written([] {
+    zn_lib::setVerbose(true);
+    zn_lib::message("3 files copied");
+    zn_lib::errorMessage("disk full");
+  });
+  EXPECT_EQ(text.out, "3 files copied\n");
+  EXPECT_EQ(text.err, "ERROR: disk full\n");
+}
+
+TEST_F(Output, IsSilentByDefaultButForDebugMessages) {
+  EXPECT_FALSE(zn_lib::isVerbose());
+  const Written text = written([] {
+    zn_lib::display("a");
+    zn_lib::message("b");
+    zn_lib::errorMessage("c");
+    zn_lib::processTitle("d");
+    zn_lib::debugMessage("x");
+    zn_lib::debugMessage("");
+  });
+  EXPECT_EQ(text.out, "DEBUG: x\nDEBUG: \n");
+  EXPECT_EQ(text.err, "");
+}
+
+TEST_F(Output, FollowsTheFlag) {
+  zn_lib::setVerbose(true);
+  EXPECT_TRUE(zn_lib::isVerbose());
+  zn_lib::setVerbose(false);
+  EXPECT_FALSE(zn_lib::isVerbose());
+  EXPECT_EQ(written([] { zn_lib::message("x"); }).out, "");
+}
+
+TEST_F(Output, WritesEachKindOfMessage) {
+  const struct {
+    const char* what;
+    std::function<void()> run;
+    std::string out, err;
+  } cases[] = {
+      {"display", [] { zn_lib::display("a"); }, "a", ""},
+      {"message", [] { zn_lib::message("a"); }, "a\n", ""},
+      {"errorMessage", [] { zn_lib::errorMessage("disk full"); }, "", "ERROR: disk full\n"},
+      {"debugMessage", [] { zn_lib::debugMessage("a"); }, "DEBUG: a\n", ""},
+      {"processTitle", [] { zn_lib::processTitle("Copy"); }, "[Copy]\n", ""},
+      {"one line of several calls",
+       [] {
+         zn_lib::display("a");
+         zn_lib::display("b");
+         zn_lib::message("c");
+       },
+       "abc\n", ""},
+      {"empty texts",
+       [] {
+         zn_lib::display("");
+         zn_lib::message("");
+         zn_lib::errorMessage("");
+         zn_lib::processTitle("");
+       },
+       "", ""},
+      {"texts with NULs",
+       [] {
+         zn_lib::display("ab\0cd"s);
+         zn_lib::message("\0cd"s);
+         zn_lib::errorMessage("ab\0cd"s);
+         zn_lib::debugMessage("ab\0cd"s);
+         zn_lib::processTitle("ab\0cd"s);
+       },
+       "ab\nDEBUG: ab\n[ab]\n", "ERROR: ab\n"},
+  };
+  for (const auto& c : cases) {
+    zn_lib::setVerbose(true);
+    const Written text = written(c.run);
+    EXPECT_EQ(text.out, c.out) << c.what;
+    EXPECT_EQ(text.err, c.err) << c.what;
+  }
+}
+
+TEST_F(Output, FlushesLinesAndNothingElse) {
+  // A buffer that counts how often it is flushed stands in for the terminal.
+  class Counter : public std::streambuf {
+   public:
+    int flushes = 0;
+
+   private:
+    int overflow(int c) override { return c; }
+    int sync() override { return ++flushes, 0; }
+  } counter;
+  std::streambuf* const console = std::cout.rdbuf(&counter);
+  zn_lib::setVerbose(true);
+  zn_lib::display("a");
+  const int afterDisplay = counter.flushes;
+  zn_lib::message("a");
+  zn_lib::debugMessage("a");
+  zn_lib::processTitle("a");
+  std::cout.rdbuf(console);
+  EXPECT_EQ(afterDisplay, 0);
+  EXPECT_EQ(counter.flushes, 3);
+}
+
+// ---- Prompts, each in a child process of its own with its own standard input.
+
+void writeAll(int descriptor, const std::string& text) {
+  for (std::size_t done = 0; done < text.size();) {
+    const ssize_t count = write(descriptor, text.data() + done, text.size() - done);
+    if (count <= 0) return;
+    done += static_cast<std::size_t>(count);
+  }
+}
+
+/// Reads until the end, which a terminal whose last user is gone reports as an error.
+std::string readAll(int descriptor) {
+  std::string text;
+  std::array<char, 4096> buffer;
+  for (ssize_t count; (count = read(descriptor, buffer.data(), buffer.size())) > 0;) {
+    text.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+  return text;
+}
+
+std::string readUntil(int descriptor, const std::string& end) {
+  std::string text;
+  for (char c; text.find(end) == std::string::npos && read(descriptor, &c, 1) == 1;) text += c;
+  return text;
+}
+
+int exitStatus(pid_t child) {
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+}
+
+using Prompt = std::function<int()>;
+
+int askMore() { return zn_lib::more(); }
+int askToContinue() {
+  zn_lib::pauseKey();
+  return 7;
+}
+Prompt askYesOrNo(const std::string& prompt) {
+  return [prompt] { return static_cast<int>(zn_lib::yesOrNo(prompt)); };
+}
+
+struct Answer {
+  int result;          ///< what the prompt function returned
+  std::string screen;  ///< what the terminal showed
+};
+
+/// Waits until the terminal no longer echoes by itself, so that what is typed is shown once.
+void awaitEditing(int terminal) {
+  termios mode;
+  for (int tries = 0; tries < 5000 && tcgetattr(terminal, &mode) == 0 && (mode.c_lflag & ECHO) != 0;
+       ++tries) {
+    usleep(1000);
+  }
+}
+
+/// Runs `prompt` on a new terminal and types `typed` once `shown` stands there.
+Answer atTerminal(const Prompt& prompt, const std::string& shown, const std::string& typed) {
+  int terminal = -1;
+  const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (child == 0) {
+    setenv("TERM", "dumb", 1);
+    unsetenv("HOME");
+    _exit(prompt());
+  }
+  if (child < 0) {
+    ADD_FAILURE() << "no pseudo-terminal to be had (is /dev/pts mounted?)";
+    return {-1, ""};
+  }
+  std::string screen = readUntil(terminal, shown);
+  awaitEditing(terminal);
+  writeAll(terminal, typed);
+  screen += readAll(terminal);
+  close(terminal);
+  return {exitStatus(child), screen};
+}
+
+TEST(Prompts, ShowTheirTextAndReadOneLine) {
+  const std::string continueText = "Press <Enter> to continue ";
+  const std::string moreText = "Press Q to quit, any other key to continue ";
+  const struct {
+    Prompt prompt;
+    std::string shown, typed;
+    int result;
+  } cases[] = {
+      {askToContinue, continueText, "", 7},
+      {askToContinue, continueText, "anything", 7},
+      {askMore, moreText, "q", 0},
+      {askMore, moreText, "Quit", 0},
+      {askMore, moreText, "", 1},
+      {askMore, moreText, "x", 1},
+      {askMore, moreText, " q", 1},
+      {askYesOrNo("Overwrite?"), "Overwrite?", "Y", 1},
+      {askYesOrNo("Overwrite? "), "Overwrite? ", "yup", 1},
+      {askYesOrNo("?"), "?", "n", 0},
+      {askYesOrNo("?"), "?", "", 0},
+      {askYesOrNo("?"), "?", " yes", 0},
+  };
+  for (const auto& c : cases) {
+    const Answer answer = atTerminal(c.prompt, c.shown, c.typed + "\n");
+    EXPECT_EQ(answer.result, c.result) << c.shown << c.typed;
+    EXPECT_EQ(answer.screen, c.shown + c.typed + "\r\n");
+  }
+}
+
+TEST(Prompts, CountTheEndOfInputAtATerminalAsAnEmptyAnswer) {
+  EXPECT_EQ(atTerminal(askMore, "continue ", "\x04").result, 1);
+  EXPECT_EQ(atTerminal(askYesOrNo("Sure?"), "Sure?", "\x04").result, 0);
+  EXPECT_EQ(atTerminal(askToContinue, "continue ", "\x04").result, 7);
+}
+
+TEST(Prompts, ShowBytesThatTheLocaleCannotDecode) {
+  for (const char* locale : {"C", "C.UTF-8"}) {
+    for (const std::string text : {"\xC3\x9C"
+                                   "berschreiben? ",
+                                   "\xFF\xFE? "}) {
+      const Prompt ask = [&] {
+        return std::setlocale(LC_ALL, locale) == nullptr ? 9 : int{zn_lib::yesOrNo(text)};
+      };
+      const Answer answer = atTerminal(ask, "? ", "y\n");
+      EXPECT_EQ(answer.result, 1) << locale << ' ' << text;
+      EXPECT_EQ(answer.screen, text + "y\r\n") << locale;
+    }
+  }
+}
+
+/// Runs `prompt` with `input` behind a pipe as standard input, then reads what is left of it.
+struct PipedAnswer {
+  int result;
+  std::string out, rest;
+};
+
+PipedAnswer throughPipe(const Prompt& prompt, const std::string& input) {
+  int in[2], out[2], rest[2];
+  if (pipe(in) != 0 || pipe(out) != 0 || pipe(rest) != 0) {
+    ADD_FAILURE() << "no pipe to be had";
+    return {-1, "", ""};
+  }
+  const pid_t child = fork();
+  if (child == 0) {
+    dup2(in[0], STDIN_FILENO);
+    dup2(out[1], STDOUT_FILENO);
+    for (const int* ends : {in, out}) close(ends[0]), close(ends[1]);
+    close(rest[0]);
+    const int result = prompt();
+    writeAll(rest[1], readAll(STDIN_FILENO));
+    _exit(result);
+  }
+  close(in[0]);
+  close(out[1]);
+  close(rest[1]);
+  writeAll(in[1], input);
+  close(in[1]);
+  PipedAnswer answer{0, readAll(out[0]), readAll(rest[0])};
+  close(out[0]);
+  close(rest[0]);
+  answer.result = exitStatus(child);
+  return answer;
+}
+
+TEST(Prompts, ReadOneLineFromAPipe) {
+  const struct {
+    Prompt prompt;
+    std::string input;
+    int result;
+    std::string rest;
+  } cases[] = {
+      {askMore, "quit\nnext\n", 0, "next\n"},
+      {askMore, "\nq\n", 1, "q\n"},
+      {askMore, "", 1, ""},
+      {askMore, "q", 0, ""},
+      {askYesOrNo("Sure? "), "yes\n", 1, ""},
+      {askYesOrNo("Sure? "), "y", 1, ""},
+      {askYesOrNo("Sure? "), "", 0, ""},
+      {askYesOrNo("Sure? "), "\0y\nz"s, 0, "z"},
+      {askYesOrNo("\xFF? "), "y\n", 1, ""},
+      {askYesOrNo("Sure? "), std::string(30000, 'y') + "\nz", 1, "z"},
+      {askToContinue, "x\ny\n", 7, "y\n"},
+      {askToContinue, "", 7, ""},
+  };
+  for (const auto& c : cases) {
+    const PipedAnswer answer = throughPipe(c.prompt, c.input);
+    EXPECT_EQ(answer.result, c.result) << c.input.substr(0, 20);
+    EXPECT_EQ(answer.rest, c.rest) << c.input.substr(0, 20);
+    EXPECT_EQ(answer.out, "") << "libedit shows a prompt on terminals only";
+  }
+}
+
+TEST(Prompts, CountClosedStandardInputAsAnEmptyAnswer) {
+  const auto closed = [](const Prompt& prompt) {
+    return throughPipe([&] { return close(STDIN_FILENO), prompt(); }, "q\n").result;
+  };
+  EXPECT_EQ(closed(askMore), 1);
+  EXPECT_EQ(closed(askYesOrNo("Sure? ")), 0);
+}
+
+TEST(Prompts, IgnoreTheVerboseFlag) {
+  const Prompt verbose = [] {
+    zn_lib::setVerbose(true);
+    return askMore();
+  };
+  EXPECT_EQ(atTerminal(verbose, "continue ", "q\n").screen,
+            "Press Q to quit, any other key to continue q\r\n");
+}
+
+}  // namespace
