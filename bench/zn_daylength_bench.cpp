@@ -1,0 +1,54 @@
+/// Day length over a year, against the trigonometry alone that its formulas cannot do without.
+#include <zn_datetime.h>
+#include <zn_daylength.h>
+
+#include <cmath>
+
+#include "bench_rows.h"
+
+namespace {
+
+constexpr int kDays = 366;
+constexpr double kLatitude = 52.0;
+
+double yearOfDaylight(unsigned long long firstDay) {
+  constexpr unsigned long long millisecondsPerDay = 86400000;
+  zn_lib::DayLength day;
+  day.julian = firstDay;
+  day.latitude = kLatitude;
+  double sum = 0.0;
+  for (int i = 0; i < kDays; ++i) {
+    sum += day.compute();
+    day.julian += millisecondsPerDay;
+  }
+  return sum;
+}
+
+/// The calls of one day: two sines for the sun's longitude, two and an arc sine for the
+/// declination, two tangents and an arc sine for the hour angle.
+double trigonometryOfDay(double angle, double obliquity, double latitude) {
+  const double longitude = angle + std::sin(angle) + std::sin(2 * angle);
+  const double declination = std::asin(std::sin(obliquity) * std::sin(longitude));
+  return std::asin(std::tan(latitude) * std::tan(declination));
+}
+
+double yearOfTrigonometry(double latitude) {
+  constexpr double radiansPerDay = 0.0172;
+  double sum = 0.0;
+  for (int i = 0; i < kDays; ++i) {
+    // All angles change from day to day: the compiler takes the sine of a constant out of the loop.
+    const double change = 1e-9 * i;
+    sum += trigonometryOfDay(i * radiansPerDay, 0.4 + change, latitude + change);
+  }
+  return sum;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const unsigned long long firstDay = zn_lib::dateToJulian(2024, 1, 1, 12, 0, 0.0);
+  constexpr double latitudeInRadians = 0.9;
+  bench::addRow("daylength_366_days/zn_udf", firstDay, yearOfDaylight);
+  bench::addRow("daylength_366_days/trigonometry_alone", latitudeInRadians, yearOfTrigonometry);
+  return bench::runRows(argc, argv);
+}
