@@ -40,7 +40,7 @@ class ZN_UDF_API DayLength {
   /// them.
   double FNday();
 
-  /// `angle` reduced to 0 up to 2 pi; NaN for an infinity.
+  /// `angle` reduced to 0 to 2 pi; NaN for an infinity.
   double FNrange(double angle);
 
   /// The sun's ecliptic longitude `d` days after 1 January 2000, 12:00. Stores `meanLongitude` and

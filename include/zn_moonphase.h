@@ -2,7 +2,7 @@
 /// eight phases that is.
 ///
 ///     zn_lib::MoonPhase moon;
-///     moon.days = julian / 86400000.0 - 2444238.5;   // of a Julian value: 25 January 2024, 0:00
+///     moon.days = julian / 86400000.0 - 2444238.5;   // of a Julian value: 26 January 2024, 0:00
 ///     moon.compute();
 ///     moon.phaseAngle    ->  182.79 (degrees)
 ///     moon.illuminated   ->  0.99941
@@ -31,7 +31,9 @@ class ZN_UDF_API MoonPhase {
   /// Days since 0:00 of 31 December 1979, Julian Date 2444238.5; set by the host.
   double days = 0.0;
 
-  /// The moon's longitude less the sun's, 0 to 360; written by `compute`.
+  /// The moon's longitude less the sun's, 0 to 360; written by `compute`. Close to a new moon it
+  /// may leave that range by a few degrees on either side: 360 is added once, and to negative
+  /// values only.
   double phaseAngle = 0.0;
 
   /// The lit fraction of the disc, 0.0 (new) to 1.0 (full); written by `compute`.

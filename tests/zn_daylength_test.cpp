@@ -10,7 +10,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "data/sky_reference.h"
+#include "sky_reference.h"
 
 namespace {
 
