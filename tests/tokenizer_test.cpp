@@ -64,45 +64,51 @@ TEST(Split, Examples) {
   }
 }
 
-/// What the engine makes of the bracket expression; its error's code where it does not compile.
-Tokens splitByEngine(const std::string& text, const std::string& delimiters) {
+/// What the engine makes of `pattern`.
+Tokens splitByEngine(const std::string& text, const std::string& pattern) {
+  const std::regex delimiter(pattern);
+  Tokens tokens;
+  for (std::sregex_token_iterator it(text.begin(), text.end(), delimiter, -1), end; it != end;
+       ++it) {
+    tokens.push_back(*it);
+  }
+  return tokens;
+}
+
+Tokens splitMulti(const std::string& text, const std::string& pattern) {
+  zn_lib::Tokenizer tokenizer;
+  tokenizer.splitMulti(text, pattern);
+  return tokenizer.tokens;
+}
+
+/// The tokens that `split` gives, or the code of the error that it throws.
+template <class Split>
+Tokens outcome(Split split) {
   try {
-    const std::regex set("[" + delimiters + "]");
-    Tokens tokens;
-    for (std::sregex_token_iterator it(text.begin(), text.end(), set, -1), end; it != end; ++it) {
-      tokens.push_back(*it);
-    }
-    return tokens;
+    return split();
   } catch (const std::regex_error& error) {
     return {"error", std::to_string(error.code())};
   }
 }
 
-Tokens splitByLibrary(const std::string& text, const std::string& delimiters) {
-  try {
-    return zn_lib::Tokenizer(text, delimiters).tokens;
-  } catch (const std::regex_error& error) {
-    return {"error", std::to_string(error.code())};
-  }
+/// `split` gives what the engine makes of the bracket expression, errors included.
+void expectBracketSplit(const std::string& text, const std::string& set) {
+  ASSERT_EQ(outcome([&] { return zn_lib::Tokenizer(text, set).tokens; }),
+            outcome([&] { return splitByEngine(text, "[" + set + "]"); }))
+      << text << " at " << set;
 }
 
 TEST(Split, AgreesWithTheEngineOnEverySmallSet) {
   const std::string text = everyByte() + "ab--]]^^[[\\\\";
-  forEveryText(everyByte(), 1, [&](const std::string& set) {
-    ASSERT_EQ(splitByLibrary(text, set), splitByEngine(text, set)) << set;
-  });
+  forEveryText(everyByte(), 1, [&](const std::string& set) { expectBracketSplit(text, set); });
   // Sets of characters that have a meaning inside brackets, and strangers.
   const std::string special = "-^\\][:=ad9\0\xFF"s;
-  forEveryText(special, 3, [&](const std::string& set) {
-    ASSERT_EQ(splitByLibrary(text, set), splitByEngine(text, set)) << set;
-  });
+  forEveryText(special, 3, [&](const std::string& set) { expectBracketSplit(text, set); });
 }
 
 TEST(Split, AgreesWithTheEngineOnEveryShortText) {
   for (const std::string& set : {",;"s, "-,"s, ",-"s, "a-c"s, "^,"s, "\\d,"s, ",\0"s, ""s, "-"s}) {
-    forEveryText(",;-ab5\0"s, 5, [&](const std::string& text) {
-      ASSERT_EQ(splitByLibrary(text, set), splitByEngine(text, set)) << text << " at " << set;
-    });
+    forEveryText(",;-ab5\0"s, 5, [&](const std::string& text) { expectBracketSplit(text, set); });
   }
 }
 
@@ -111,7 +117,7 @@ TEST(Split, AgreesWithTheEngineOnRandomTexts) {
   for (std::size_t length = 10; length < 2000; length += 7) {
     const std::string set = randomText(random, "-/.,:; abc\xFF", 1 + length % 6);
     const std::string text = randomText(random, everyByte() + set + set, length);
-    ASSERT_EQ(splitByLibrary(text, set), splitByEngine(text, set)) << text << " at " << set;
+    expectBracketSplit(text, set);
   }
 }
 
@@ -157,6 +163,22 @@ TEST(SplitMulti, Examples) {
     EXPECT_EQ(tokenizer.splitMulti(c.text, c.pattern), c.tokens.size())
         << c.text << " at " << c.pattern;
     EXPECT_EQ(tokenizer.tokens, c.tokens) << c.text << " at " << c.pattern;
+  }
+}
+
+TEST(SplitMulti, AgreesWithTheEngine) {
+  const auto agrees = [](const std::string& text, const std::string& pattern) {
+    ASSERT_EQ(outcome([&] { return splitMulti(text, pattern); }),
+              outcome([&] { return splitByEngine(text, pattern); }))
+        << text << " at " << pattern;
+  };
+  // Every single byte, and every pair with a meaning in it.
+  const std::string text = everyByte() + "ab--^^$$..||";
+  forEveryText(everyByte(), 1, [&](const std::string& pattern) { agrees(text, pattern); });
+  forEveryText("a-^$\\.*+?()[]{}|,\n\0\xFF"s, 2, [&](const std::string& p) { agrees(text, p); });
+  // Plain patterns that overlap themselves.
+  for (const char* pattern : {"a", "aa", "ab", "aba", "aab", "bb"}) {
+    forEveryText("ab", 9, [&](const std::string& t) { agrees(t, pattern); });
   }
 }
 
@@ -255,6 +277,8 @@ TEST(LongText, PlainDelimitersSplitIt) {
   EXPECT_EQ(tokenizer.getToken(1), "y");
   EXPECT_EQ(tokenizer.split(std::string(kLongText, ','), ","), kLongText);
   EXPECT_EQ(tokenizer.split("a", std::string(kLongText, ',')), 1u);
+  EXPECT_EQ(tokenizer.splitMulti(std::string(kLongText, 'x') + ", y", ", "), 2u);
+  EXPECT_EQ(tokenizer.splitMulti(std::string(kLongText, 'x'), std::string(kLongText / 2, 'x')), 2u);
 }
 
 TEST(LongText, BracketSyntaxOfOneCharacterSplitsIt) {

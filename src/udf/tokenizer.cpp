@@ -6,6 +6,7 @@
 #include <ostream>
 #include <regex>
 
+#include "zn_find.h"
 #include "zn_pattern.h"
 
 namespace zn_lib {
@@ -29,6 +30,17 @@ bool isPlainSet(const std::string& delimiters) {
   return atAnEnd && delimiters.find('-', hyphen + 1) == std::string::npos;
 }
 
+/// Appends the tokens between delimiters of `width` bytes; `find` gives the position of the first
+/// one from a position on, npos where there is none.
+template <class Find>
+void appendTokens(Tokens& tokens, const std::string& text, std::size_t width, Find find) {
+  std::size_t start = 0;
+  for (std::size_t at; (at = find(start)) != std::string::npos; start = at + width) {
+    tokens.emplace_back(text, start, at - start);
+  }
+  if (start < text.size() || tokens.empty()) tokens.emplace_back(text, start);
+}
+
 Tokens splitAtCharacters(const std::string& text, const std::string& delimiters) {
   std::array<bool, 256> isDelimiter{};
   for (const char c : delimiters) isDelimiter[static_cast<unsigned char>(c)] = true;
@@ -38,14 +50,17 @@ Tokens splitAtCharacters(const std::string& text, const std::string& delimiters)
 
   Tokens tokens;
   tokens.reserve(static_cast<std::size_t>(std::count_if(text.begin(), text.end(), endsToken)) + 1);
-  auto start = text.begin();
-  for (;;) {
-    const auto delimiter = std::find_if(start, text.end(), endsToken);
-    if (delimiter == text.end()) break;
-    tokens.emplace_back(start, delimiter);
-    start = delimiter + 1;
-  }
-  if (start != text.end() || tokens.empty()) tokens.emplace_back(start, text.end());
+  appendTokens(tokens, text, 1, [&](std::size_t start) {
+    while (start < text.size() && !endsToken(text[start])) ++start;
+    return start < text.size() ? start : std::string::npos;
+  });
+  return tokens;
+}
+
+Tokens splitAtText(const std::string& text, const std::string& delimiter) {
+  Tokens tokens;
+  appendTokens(tokens, text, delimiter.size(),
+               [&](std::size_t start) { return findText(text, delimiter, start); });
   return tokens;
 }
 
@@ -91,7 +106,7 @@ std::size_t Tokenizer::split(const std::string& text, const std::string& delimit
 std::size_t Tokenizer::splitMulti(const std::string& text, const std::string& pattern) {
   Tokens old;
   old.swap(tokens);
-  tokens = splitAtMatches(text, pattern);
+  tokens = isPlainPattern(pattern) ? splitAtText(text, pattern) : splitAtMatches(text, pattern);
   return tokens.size();
 }
 

@@ -19,6 +19,12 @@ inline std::regex compilePattern(const std::string& pattern,
   return compiled;
 }
 
+/// True when `pattern` finds exactly its own text. False says nothing.
+inline bool isPlainPattern(const std::string& pattern) {
+  using namespace std::string_literals;
+  return !pattern.empty() && pattern.find_first_of("^$\\.*+?()[]{}|\0"s) == std::string::npos;
+}
+
 }  // namespace zn_lib
 
 #endif  // ZN_PATTERN_H

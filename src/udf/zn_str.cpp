@@ -4,12 +4,12 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <regex>
 #include <string_view>
 
 #include "zn_ascii.h"
+#include "zn_find.h"
 #include "zn_pattern.h"
 
 namespace zn_lib {
@@ -55,14 +55,6 @@ std::string withoutBytes(const std::string& text, Drop drop) {
   }
   kept.resize(static_cast<std::size_t>(end - kept.data()));
   return kept;
-}
-
-/// Where `part` first occurs in `text`, npos when it does not. std::string::find would take
-/// quadratic time on texts that repeat themselves; memmem does not.
-std::size_t findText(const std::string& text, const std::string& part) {
-  const void* const hit = memmem(text.data(), text.size(), part.data(), part.size());
-  return hit == nullptr ? std::string::npos
-                        : static_cast<std::size_t>(static_cast<const char*>(hit) - text.data());
 }
 
 const char* skipDigits(const char* at, const char* end) {
