@@ -137,7 +137,7 @@ bool isNumber(const std::string& text) {
   if (at == end) return true;
   if (toLower(*at) != 'e') return false;
   // Every piece before the exponent may be missing, so the whole text matches exactly when what is
-  // left does.
+  // left does. Three bytes show whether that is an exponent; fewer are left to the pattern.
   constexpr std::ptrdiff_t signedDigit = 3;
   if (end - at >= signedDigit && (at[1] == '-' || at[1] == '+') && isDigit(at[2])) {
     return skipDigits(at + signedDigit, end) == end;
