@@ -14,21 +14,11 @@
 #include <iostream>
 #include <string>
 
+#include "output_capture.h"
+
 namespace {
 
 using namespace std::string_literals;
-
-/// What `run` writes to standard output and standard error.
-struct Written {
-  std::string out, err;
-};
-
-Written written(const std::function<void()>& run) {
-  testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr();
-  run();
-  return {testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
-}
 
 class Output : public testing::Test {
  protected:

@@ -1,0 +1,21 @@
+/// What a piece of code writes to the standard streams, as bytes on the descriptors.
+#ifndef OUTPUT_CAPTURE_H
+#define OUTPUT_CAPTURE_H
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+struct Written {
+  std::string out, err;
+};
+
+inline Written written(const std::function<void()>& run) {
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  run();
+  return {testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
+}
+
+#endif  // OUTPUT_CAPTURE_H

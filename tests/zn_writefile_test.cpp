@@ -1,0 +1,124 @@
+#include <gtest/gtest.h>
+#include <zn_output.h>
+#include <zn_writefile.h>
+
+#include <string>
+
+#include "output_capture.h"
+#include "temporary_files.h"
+
+namespace {
+
+class WriteFileTest : public InTemporaryDirectory {
+ protected:
+  WriteFileTest() { zn_lib::setVerbose(true); }
+  ~WriteFileTest() override { zn_lib::setVerbose(false); }
+};
+
+/// Opens `file` on `name`, writes `text` and gives what was printed meanwhile.
+std::string printedByWriting(zn_lib::WriteFile& file, std::string name, const std::string& text) {
+  file.setFileName(name);
+  const Written printed = written([&] {
+    EXPECT_TRUE(file.fileOpen()) << name;
+    file.file << text;
+    file.fileClose();
+  });
+  EXPECT_EQ(printed.out, "");
+  return printed.err;
+}
+
+TEST_F(WriteFileTest, HeaderExample) {
+  for (const char* expected : {"started\n", "started\nstarted\n"}) {
+    zn_lib::WriteFile log;
+    std::string name = "run.log";
+    log.setFileName(name);
+    log.append = true;
+    if (log.fileOpen()) log.file << "started\n";
+    log.fileClose();
+    EXPECT_EQ(readFile("run.log"), expected);
+  }
+}
+
+TEST_F(WriteFileTest, IsClosedAtFirst) {
+  zn_lib::WriteFile file;
+  EXPECT_FALSE(file.append);
+  EXPECT_TRUE(file.overwrite);
+  EXPECT_FALSE(file.file.is_open());
+  file.fileClose();
+  EXPECT_TRUE(file.file.good());
+}
+
+TEST_F(WriteFileTest, EmptiesAnExistingFile) {
+  writeFile("a", "old text");
+  zn_lib::WriteFile file;
+  EXPECT_EQ(printedByWriting(file, "a", "new"), "");
+  EXPECT_EQ(readFile("a"), "new");
+}
+
+TEST_F(WriteFileTest, WarnsAndEmptiesAllTheSame) {
+  writeFile("a", "old text");
+  zn_lib::WriteFile file;
+  file.overwrite = false;
+  EXPECT_EQ(printedByWriting(file, "a", "new"), "ERROR: File name exists\n");
+  EXPECT_EQ(readFile("a"), "new");
+  EXPECT_FALSE(file.overwrite);
+  EXPECT_EQ(printedByWriting(file, "b", "new"), "") << "nothing to warn of";
+
+  zn_lib::setVerbose(false);
+  EXPECT_EQ(printedByWriting(file, "a", "newer"), "");
+  EXPECT_EQ(readFile("a"), "newer");
+}
+
+TEST_F(WriteFileTest, AppendingNeverWarns) {
+  writeFile("a", "old ");
+  zn_lib::WriteFile file;
+  file.overwrite = false;
+  file.append = true;
+  EXPECT_EQ(printedByWriting(file, "a", "new"), "");
+  EXPECT_EQ(readFile("a"), "old new");
+  EXPECT_TRUE(file.overwrite);
+}
+
+TEST_F(WriteFileTest, SaysNothingWhereItCannotWrite) {
+  zn_lib::WriteFile file;
+  std::string name = "missing/a";
+  file.setFileName(name);
+  const Written printed = written([&] { EXPECT_FALSE(file.fileOpen()); });
+  EXPECT_EQ(printed.out + printed.err, "");
+}
+
+TEST_F(WriteFileTest, KeepsAnOpenFile) {
+  zn_lib::WriteFile file;
+  std::string name = "a";
+  file.setFileName(name);
+  ASSERT_TRUE(file.fileOpen());
+  name = "b";
+  file.setFileName(name);
+  EXPECT_TRUE(file.fileOpen());
+  EXPECT_TRUE(file.file.fail());
+  EXPECT_FALSE(isThere("b"));
+}
+
+TEST_F(WriteFileTest, DestructorWritesWhatIsLeft) {
+  {
+    zn_lib::WriteFile file;
+    std::string name = "a";
+    file.setFileName(name);
+    ASSERT_TRUE(file.fileOpen());
+    file.file << "text";
+  }
+  EXPECT_EQ(readFile("a"), "text");
+}
+
+TEST_F(WriteFileTest, AFailedCloseShowsInTheStream) {
+  zn_lib::WriteFile file;
+  std::string name = "/dev/full";
+  file.setFileName(name);
+  ASSERT_TRUE(file.fileOpen());
+  file.file << "text";
+  file.fileClose();
+  EXPECT_TRUE(file.file.fail());
+  EXPECT_FALSE(file.file.is_open());
+}
+
+}  // namespace
