@@ -1,7 +1,5 @@
 #include "zn_file.h"
 
-#include <unistd.h>
-
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -10,6 +8,7 @@
 #include <regex>
 
 #include "tokenizer.h"
+#include "zn_exists.h"
 #include "zn_output.h"
 #include "zn_pattern.h"
 #include "zn_str.h"
@@ -20,14 +19,6 @@ namespace {
 const std::regex lastExt = compilePattern("(.+)[\\.](.+)$");
 const std::regex fileSplit = compilePattern("(.+[\\/])?(.+)");
 
-/// The engine recurses once a character: it is given no name that no file could have.
-constexpr std::size_t kLongestForEngine = 255;
-
-/// The patterns' "." takes every byte but these: a name that holds one matches neither pattern.
-bool hasLineBreak(const std::string& name) {
-  return name.find_first_of("\n\r") != std::string::npos;
-}
-
 /// Where `mark` last stands with at least one byte before and behind it; npos when it does not.
 std::size_t lastInside(const std::string& text, char mark) {
   if (text.size() < 3) return std::string::npos;
@@ -35,12 +26,14 @@ std::size_t lastInside(const std::string& text, char mark) {
   return position == 0 ? std::string::npos : position;
 }
 
+/// A name without its extension.
 struct Stem {
   std::string stem;       ///< the name without extension and dot
   std::string extension;  ///< empty when there is none
 };
 
 Stem splitExtension(const std::string& name) {
+  // A name with a line break matches neither pattern, since "." takes all bytes but those.
   if (!hasLineBreak(name)) {
     const std::size_t dot = lastInside(name, '.');
     if (dot == std::string::npos) return {name, ""};
@@ -54,8 +47,6 @@ Stem splitExtension(const std::string& name) {
 }
 
 void useSlashes(std::string& name) { name = replaceChar(name, '\\', '/'); }
-
-bool exists(const std::string& name) { return access(name.c_str(), F_OK) == 0; }
 
 /// Makes way for `target`: false when it exists and may not or cannot be removed.
 bool clearTarget(const std::string& target, bool overwrite) {

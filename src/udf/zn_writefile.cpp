@@ -1,7 +1,6 @@
 #include "zn_writefile.h"
 
-#include <unistd.h>
-
+#include "zn_exists.h"
 #include "zn_output.h"
 
 namespace zn_lib {
@@ -14,7 +13,7 @@ bool WriteFile::fileOpen() {
   const std::string name = getFileName();
   if (append) {
     overwrite = true;
-  } else if (!overwrite && access(name.c_str(), F_OK) == 0) {
+  } else if (!overwrite && exists(name)) {
     errorMessage("File name exists");
   }
   file.open(name, append ? std::ios_base::app : std::ios_base::trunc);

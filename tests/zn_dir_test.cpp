@@ -1,0 +1,244 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <zn_dir.h>
+#include <zn_output.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "output_capture.h"
+#include "samples.h"
+#include "temporary_files.h"
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+class Directories : public InTemporaryDirectory {
+ protected:
+  Directories() { zn_lib::setVerbose(true); }
+  ~Directories() override { zn_lib::setVerbose(false); }
+
+  /// Two files, a hidden one, a link, and two directories, one of them hidden.
+  void fill() {
+    writeFile("one.txt", "1");
+    writeFile("two.cpp", "22");
+    writeFile(".hidden", "333");
+    std::filesystem::create_directory("sub");
+    std::filesystem::create_directory(".hiddensub");
+    std::filesystem::create_directory_symlink("sub", "link");
+  }
+};
+
+/// The names that `listDir` gives, sorted, since the system's order is its own.
+Names listed(const std::string& dir, const std::string& filter, bool skipHidden) {
+  Names names;
+  EXPECT_TRUE(zn_lib::listDir(dir, filter, skipHidden, names)) << dir << ' ' << filter;
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+/// What is printed on standard error when `call` fails, as it must.
+std::string messageOf(const std::function<bool()>& call) {
+  const Written text = written([&] { EXPECT_FALSE(call()); });
+  EXPECT_EQ(text.out, "");
+  return text.err;
+}
+
+TEST_F(Directories, HeaderExamples) {
+  fill();
+  Names entries;
+  EXPECT_TRUE(zn_lib::listDir(".", "\\.cpp$", true, entries));
+  EXPECT_EQ(entries, Names{"two.cpp"});
+  EXPECT_TRUE(zn_lib::listDir("", "<dir>", true, entries));
+  EXPECT_EQ(entries, (Names{"two.cpp", "sub"}));
+}
+
+TEST_F(Directories, ChangeAndCreate) {
+  EXPECT_TRUE(zn_lib::createDir("a"));
+  EXPECT_FALSE(zn_lib::createDir("a"));
+  EXPECT_FALSE(zn_lib::createDir("b/c")) << "no parents";
+  EXPECT_FALSE(zn_lib::createDir(""));
+  EXPECT_TRUE(zn_lib::changeDir("a"));
+  EXPECT_EQ(std::filesystem::current_path(), directory / "a");
+  EXPECT_FALSE(zn_lib::changeDir("missing"));
+  EXPECT_FALSE(zn_lib::changeDir("~")) << "no home directory here";
+  EXPECT_EQ(std::filesystem::current_path(), directory / "a");
+}
+
+TEST_F(Directories, CreateLetsOwnerAndGroupIn) {
+  struct stat status;
+  for (const mode_t mask : {mode_t{0}, mode_t{0027}}) {
+    const mode_t before = umask(mask);
+    EXPECT_TRUE(zn_lib::createDir("d"));
+    umask(before);
+    ASSERT_EQ(stat("d", &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, mode_t{0770} & ~mask);
+    std::filesystem::remove("d");
+  }
+}
+
+TEST_F(Directories, ListSelects) {
+  fill();
+  const struct {
+    const char* filter;
+    bool skipHidden;
+    Names names;
+  } cases[] = {
+      {"", false, {".", "..", ".hidden", ".hiddensub", "link", "one.txt", "sub", "two.cpp"}},
+      {"", true, {"link", "one.txt", "sub", "two.cpp"}},
+      {"<dir>", false, {".hiddensub", "sub"}},
+      {"<dir>", true, {"sub"}},
+      {"t", true, {"one.txt", "two.cpp"}},
+      {"txt$", true, {"one.txt"}},
+      {"^t", true, {"two.cpp"}},
+      {"o.e", true, {"one.txt"}},
+      {"o|k", true, {"link", "one.txt", "two.cpp"}},
+      {"hiddensub", false, {".hiddensub"}},
+      {"T", true, {}},
+      {"<dir> ", true, {}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(listed(".", c.filter, c.skipHidden), c.names) << c.filter;
+}
+
+TEST_F(Directories, ListAppends) {
+  fill();
+  Names names = {"before"};
+  EXPECT_TRUE(zn_lib::listDir("sub", "", false, names));
+  EXPECT_TRUE(zn_lib::listDir("sub", "", false, names));
+  ASSERT_EQ(names.size(), 5u);
+  EXPECT_EQ(names[0], "before");
+  names = {"sub", "t"};
+  EXPECT_TRUE(zn_lib::listDir(".", names[1], true, names)) << "arguments from the list itself";
+  EXPECT_EQ(names.size(), 4u);
+}
+
+TEST_F(Directories, ListExpandsTheHomeDirectory) {
+  fill();
+  const Home home(directory.c_str());
+  writeFile("sub/x", "");
+  EXPECT_EQ(listed("~/sub", "", true), Names{"x"});
+  EXPECT_EQ(listed(" ~/sub/", "", true), Names{"x"});
+}
+
+TEST_F(Directories, ListFailures) {
+  fill();
+  Names names = {"before"};
+  const auto list = [&](const std::string& dir, const std::string& filter) {
+    return messageOf([&] { return zn_lib::listDir(dir, filter, false, names); });
+  };
+  EXPECT_EQ(list("missing", ""), "ERROR: Couldn't open the directory\n");
+  EXPECT_EQ(list("one.txt", ""), "ERROR: Couldn't open the directory\n");
+  EXPECT_EQ(list("  ", ""), "ERROR: Couldn't open the directory\n");
+  EXPECT_EQ(list(".", "("), "ERROR: Invalid filter\n");
+  EXPECT_EQ(list("missing", "["), "ERROR: Invalid filter\n");
+  EXPECT_EQ(names, Names{"before"});
+
+  std::filesystem::create_directory("gone");
+  std::filesystem::current_path("gone");
+  std::filesystem::remove("../gone");
+  EXPECT_EQ(list("", ""), "ERROR: Couldn't open the directory\n")
+      << "a working directory without a name";
+  std::filesystem::current_path(directory);
+}
+
+TEST_F(Directories, FiltersAgreeWithTheEngine) {
+  const std::string alphabet = "ab.+-\xE4\n";
+  forEveryText(alphabet, 2, [](const std::string& name) {
+    if (!name.empty() && name != "." && name != "..") writeFile(name, "");
+  });
+  const Names all = listed(".", "", false);
+  ASSERT_GT(all.size(), 40u);
+  forEveryText("ab.+$\\", 3, [&](const std::string& filter) {
+    Names expected;
+    try {
+      const std::regex pattern(filter);
+      std::copy_if(all.begin(), all.end(), std::back_inserter(expected),
+                   [&](const std::string& name) { return std::regex_search(name, pattern); });
+    } catch (const std::regex_error&) {
+      EXPECT_EQ(messageOf([&] {
+                  Names none;
+                  return zn_lib::listDir(".", filter, false, none);
+                }),
+                "ERROR: Invalid filter\n");
+      return;
+    }
+    ASSERT_EQ(listed(".", filter, false), expected) << filter;
+  });
+}
+
+TEST_F(Directories, LongFiltersSelectNothing) {
+  fill();
+  EXPECT_EQ(listed(".", std::string(kLongText, 'x'), false), Names{});
+  EXPECT_EQ(listed(".", std::string(kLongText, '.'), false), Names{});
+  EXPECT_EQ(listed(".", std::string(255, '.'), false), Names{});
+}
+
+// ---- Copying
+
+TEST_F(Directories, CopyMakesTheTarget) {
+  fill();
+  std::filesystem::rename("link", "sub/link");
+  writeFile("sub/file", "text");
+  writeFile("sub/.hidden", "");
+  std::filesystem::create_directory("sub/deeper");
+  writeFile("sub/deeper/x", "");
+  std::string source = "sub";
+  std::string target = "copy";
+  const Written text = written([&] { EXPECT_TRUE(zn_lib::copyDir(source, target)); });
+  EXPECT_EQ(text.out + text.err, "");
+  EXPECT_EQ(listed("copy", "", false), (Names{".", "..", "deeper", "file"}))
+      << "the link, which led nowhere from there, has no file behind it";
+  EXPECT_EQ(readFile("copy/file"), "text");
+  EXPECT_TRUE(std::filesystem::is_regular_file("copy/deeper")) << "not entered";
+  EXPECT_EQ(readFile("copy/deeper"), "");
+}
+
+TEST_F(Directories, CopyKeepsWhatIsThere) {
+  fill();
+  std::filesystem::create_directory("copy");
+  writeFile("copy/file", "kept");
+  writeFile("sub/file", "new");
+  writeFile("sub/more", "more");
+  std::string source = "sub/";
+  std::string target = "copy/";
+  for (int run = 0; run < 2; ++run) {
+    EXPECT_TRUE(zn_lib::copyDir(source, target));
+    EXPECT_EQ(readFile("copy/file"), "kept");
+    EXPECT_EQ(readFile("copy/more"), "more");
+  }
+}
+
+TEST_F(Directories, CopyExpandsTheHomeDirectoryInTheCallersNames) {
+  fill();
+  const Home home(directory.c_str());
+  std::string source = " ~/sub";
+  std::string target = "~/copy";
+  EXPECT_TRUE(zn_lib::copyDir(source, target));
+  EXPECT_EQ(source, directory / "sub");
+  EXPECT_EQ(target, directory / "copy");
+}
+
+TEST_F(Directories, CopyFailures) {
+  fill();
+  const auto copy = [](std::string source, std::string target) {
+    return messageOf([&] { return zn_lib::copyDir(source, target); });
+  };
+  EXPECT_EQ(copy("", "b"), "ERROR: No target and/or destination provided\n");
+  EXPECT_EQ(copy("a", ""), "ERROR: No target and/or destination provided\n");
+  EXPECT_EQ(copy("missing", "b"), "ERROR: missing does not exist\n");
+  EXPECT_EQ(copy("sub", "b/c"), "ERROR: Cannot create b/c\n");
+
+  std::string source = "one.txt";
+  std::string target = "of_a_file";
+  const Written text = written([&] { EXPECT_TRUE(zn_lib::copyDir(source, target)); });
+  EXPECT_EQ(text.err, "ERROR: Couldn't open the directory\n") << "the listing's own message";
+  EXPECT_TRUE(isThere("of_a_file"));
+}
+
+}  // namespace
