@@ -1,0 +1,347 @@
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <zn_output.h>
+#include <zn_process.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <string>
+
+#include "output_capture.h"
+#include "temporary_files.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+constexpr pid_t kAnyChild = -1;
+constexpr int kNoSuchChild = -1;
+constexpr int kSignalled = 1000;
+
+/// Waits for `child` and reaps it. Its exit status, or `kSignalled` and the signal's number.
+int reap(pid_t child) {
+  int status = 0;
+  pid_t reaped;
+  while ((reaped = waitpid(child, &status, 0)) < 0 && errno == EINTR) {
+  }
+  if (reaped < 0) return kNoSuchChild;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
+}
+
+/// Ends `child`, which is still running, and reaps it; gives `kSignalled + SIGKILL`.
+int killAndReap(pid_t child) {
+  // A process that is no child of ours any more must not be hit.
+  if (child <= 0 || waitpid(child, nullptr, WNOHANG) != 0) return kNoSuchChild;
+  kill(child, SIGKILL);
+  return reap(child);
+}
+
+/// The process that the message about waiting names; 0 where there is no such message.
+pid_t namedChild(const std::string& out) {
+  const std::string before = "Waiting for child process #";
+  return out.rfind(before, 0) == 0 ? std::stoi(out.substr(before.size())) : 0;
+}
+
+/// Runs `childProcess` without waiting and gives the exit status of the child.
+int childStatus(const std::string& program, const std::string& argument) {
+  zn_lib::childProcess(program, argument, false);
+  return reap(kAnyChild);
+}
+
+/// Gives the program `name` in the working directory this text, and its absolute path.
+std::string makeProgram(const std::string& name, mode_t mode, const std::string& text) {
+  writeFile(name, text);
+  chmod(name.c_str(), mode);
+  return std::filesystem::absolute(name);
+}
+
+std::string makeScript(const std::string& name, const std::string& text) {
+  return makeProgram(name, 0700, "#!/bin/sh\n" + text);
+}
+
+/// Each test leaves no child behind.
+class Process : public InTemporaryDirectory {
+ protected:
+  ~Process() override {
+    EXPECT_EQ(waitpid(kAnyChild, nullptr, WNOHANG), -1) << "a child was left";
+    zn_lib::setVerbose(false);
+  }
+};
+
+TEST_F(Process, HeaderExamples) {
+  const Home home(directory.c_str());
+  std::filesystem::create_directory("bin");
+  makeScript("bin/report", "printf '%s argument: %s' \"$#\" \"$1\"");
+  const Written text =
+      written([] { EXPECT_EQ(zn_lib::childProcess("~/bin/report", "2026-06-01", true), 0); });
+  EXPECT_EQ(text.out, "1 argument: 2026-06-01");
+  EXPECT_EQ(text.err, "");
+}
+
+TEST_F(Process, PassesExactlyOneArgument) {
+  const std::string program = makeScript("count", "printf '%s:%s' \"$#\" \"$1\"");
+  const struct {
+    const char* what;
+    std::string argument, seen;
+  } cases[] = {
+      {"a word", "word", "word"},
+      {"the empty text", "", ""},
+      {"blanks are not split at", " a  b\tc\n", " a  b\tc\n"},
+      {"nothing is expanded", "~ * $HOME `id`", "~ * $HOME `id`"},
+      {"quotes", R"('a' "b" \c)", R"('a' "b" \c)"},
+      {"an option", "-n", "-n"},
+      {"bytes above 0x7F", "\xC3\x9C\xFF", "\xC3\x9C\xFF"},
+      {"a NUL ends it", "ab\0cd"s, "ab"},
+      {"a NUL in front", "\0cd"s, ""},
+      {"a long text", std::string(100000, 'x'), std::string(100000, 'x')},
+  };
+  for (const auto& c : cases) {
+    const Written text = written([&] { zn_lib::childProcess(program, c.argument, true); });
+    EXPECT_EQ(text.out, "1:" + c.seen) << c.what;
+    EXPECT_EQ(text.err, "") << c.what;
+  }
+}
+
+TEST_F(Process, GivesTheProgramItsExpandedPathAsArgumentZero) {
+  const Home home("/bin");
+  // What a process was called with, each argument closed by a NUL.
+  const std::string arguments = "/bin/cat\0/proc/self/cmdline\0"s;
+  for (const std::string program : {"/bin/cat", " \t\n/bin/cat", "~/cat", "  ~/cat"}) {
+    const auto run = [&] { zn_lib::childProcess(program, "/proc/self/cmdline", true); };
+    EXPECT_EQ(written(run).out, arguments) << program;
+  }
+  const auto run = [] { zn_lib::childProcess("~/cat\0 -n"s, "/proc/self/cmdline", true); };
+  EXPECT_EQ(written(run).out, arguments) << "a NUL ends the program";
+}
+
+TEST_F(Process, ExpandsTheFirstTildeWhereverItStands) {
+  const struct {
+    const char* what;
+    const char* home;
+    const char* program;
+    int status;
+  } cases[] = {
+      {"within the name", "bin", "/~/false", 1},
+      {"the whole name", "/bin/false", "~", 1},
+      {"without HOME there is no such program", nullptr, "~", 0},
+      {"without HOME the blanks go", nullptr, " /bin/false", 1},
+  };
+  for (const auto& c : cases) {
+    const Home home(c.home);
+    EXPECT_EQ(childStatus(c.program, ""), c.status) << c.what;
+  }
+}
+
+TEST_F(Process, ReturnsZeroWhateverTheProgramsStatus) {
+  const struct {
+    const char* program;
+    int status;
+  } cases[] = {{"/bin/true", 0}, {"/bin/false", 1}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(zn_lib::childProcess(c.program, "", true), 0) << c.program;
+    EXPECT_EQ(zn_lib::childProcess(c.program, "", false), 0) << c.program;
+    EXPECT_EQ(reap(kAnyChild), c.status) << c.program;
+  }
+}
+
+TEST_F(Process, TakesAProgramThatCannotBeStartedForASuccess) {
+  // Each of them would end with a status other than 0 if it ran.
+  const struct {
+    const char* what;
+    std::string program, argument;
+  } cases[] = {
+      {"no such file", "./missing", ""},
+      {"no such directory", "missing/program", ""},
+      {"no name", "", ""},
+      {"nothing before the NUL", "\0/bin/false"s, ""},
+      {"a trailing blank belongs to the name", "/bin/false ", ""},
+      {"PATH is not searched", "false", ""},
+      {"a directory", "/bin", ""},
+      {"not executable", makeProgram("plain", 0600, "#!/bin/sh\nexit 5"), ""},
+      {"no interpreter named", makeProgram("bare", 0700, "exit 5"), ""},
+      {"an interpreter that is missing", makeProgram("lost", 0700, "#!/missing/interpreter\n"), ""},
+      {"an argument that is too long", "/bin/false", std::string(1 << 20, 'x')},
+      {"a name that is too long", '/' + std::string(1 << 20, 'x'), ""},
+  };
+  for (const auto& c : cases) {
+    for (const bool verbose : {false, true}) {
+      zn_lib::setVerbose(verbose);
+      int status = -1;
+      const Written text = written([&] { status = childStatus(c.program, c.argument); });
+      EXPECT_EQ(status, 0) << c.what;
+      EXPECT_EQ(text.out, "") << c.what;
+      EXPECT_EQ(text.err, "") << c.what;
+    }
+    EXPECT_EQ(zn_lib::childProcess(c.program, c.argument, true), 0) << c.what;
+  }
+}
+
+TEST_F(Process, SaysForWhichProcessItWaits) {
+  const std::string program = makeScript("number", "echo $$ > \"$1\"");
+  const auto run = [&] { zn_lib::childProcess(program, "pid", true); };
+  zn_lib::setVerbose(true);
+  const Written text = written(run);
+  std::string pid = readFile("pid");
+  ASSERT_GT(pid.size(), 1u);
+  pid.pop_back();
+  EXPECT_EQ(text.out, "Waiting for child process #" + pid + " to complete...\n");
+  EXPECT_EQ(text.err, "");
+
+  zn_lib::setVerbose(false);
+  std::filesystem::remove("pid");
+  const Written silent = written(run);
+  EXPECT_NE(readFile("pid"), "") << "the program has not ended";
+  EXPECT_EQ(silent.out, "");
+  EXPECT_EQ(silent.err, "");
+}
+
+TEST_F(Process, SaysSoBeforeItWaits) {
+  // The program ends once standard output, a file here, is no longer empty; after 5 s in any case.
+  const std::string program = makeScript("patient",
+                                         "tries=0\n"
+                                         "until [ -s /proc/self/fd/1 ] || [ $tries -eq 500 ]; do\n"
+                                         "  sleep 0.01\n"
+                                         "  tries=$((tries + 1))\n"
+                                         "done\n"
+                                         "echo ended\n");
+  zn_lib::setVerbose(true);
+  const std::string out = written([&] { zn_lib::childProcess(program, "", true); }).out;
+  EXPECT_GT(namedChild(out), 0) << "the message does not come first";
+  EXPECT_EQ(out.substr(out.find('\n') + 1), "ended\n");
+}
+
+TEST_F(Process, LeavesAChildUnreapedUnlessItWaits) {
+  // The program reads from a named pipe, so it cannot end before the test opens the other side.
+  ASSERT_EQ(mkfifo("gate", 0600), 0);
+  zn_lib::setVerbose(true);
+  const Written text = written([&] { zn_lib::childProcess("/bin/cat", "gate", false); });
+  EXPECT_EQ(text.out, "");
+  EXPECT_EQ(text.err, "");
+  EXPECT_EQ(waitpid(kAnyChild, nullptr, WNOHANG), 0) << "the child is not running";
+  std::ofstream("gate").close();
+
+  siginfo_t zombie{};
+  EXPECT_EQ(waitid(P_ALL, 0, &zombie, WEXITED | WNOWAIT), 0);
+  EXPECT_GT(zombie.si_pid, 0);
+  EXPECT_EQ(reap(zombie.si_pid), 0);
+}
+
+TEST_F(Process, MayReapAnotherChildThanItsOwn) {
+  const pid_t other = fork();
+  if (other == 0) _exit(7);
+  ASSERT_GT(other, 0);
+  siginfo_t zombie{};
+  ASSERT_EQ(waitid(P_PID, static_cast<id_t>(other), &zombie, WEXITED | WNOWAIT), 0);
+
+  zn_lib::setVerbose(true);
+  const Written text = written([] { zn_lib::childProcess("/bin/sleep", "10", true); });
+  EXPECT_EQ(killAndReap(namedChild(text.out)), kSignalled + SIGKILL);
+  EXPECT_EQ(reap(other), kNoSuchChild);
+}
+
+volatile std::sig_atomic_t alarms;
+
+/// Sends this process SIGALRM ten times a second; `flags` are those of the signal's handler.
+class Alarms {
+ public:
+  explicit Alarms(int flags) {
+    alarms = 0;
+    struct sigaction action {};
+    action.sa_handler = [](int) { alarms = alarms + 1; };
+    action.sa_flags = flags;
+    sigaction(SIGALRM, &action, &action_);
+    const itimerval every{{0, 100000}, {0, 100000}};
+    setitimer(ITIMER_REAL, &every, nullptr);
+  }
+
+  ~Alarms() {
+    const itimerval never{};
+    setitimer(ITIMER_REAL, &never, nullptr);
+    sigaction(SIGALRM, &action_, nullptr);
+  }
+
+ private:
+  struct sigaction action_;
+};
+
+TEST_F(Process, WaitsOnAfterASignalWhoseHandlerRestartsCalls) {
+  zn_lib::setVerbose(true);
+  const Written text = written([] {
+    const Alarms alarm(SA_RESTART);
+    zn_lib::childProcess("/bin/sleep", "0.5", true);
+  });
+  EXPECT_GT(alarms, 0);
+  ASSERT_GT(namedChild(text.out), 0);
+  EXPECT_EQ(reap(namedChild(text.out)), kNoSuchChild) << "the child was not waited for";
+}
+
+TEST_F(Process, StopsWaitingAtASignalWhoseHandlerDoesNotRestartCalls) {
+  zn_lib::setVerbose(true);
+  const Written text = written([] {
+    const Alarms alarm(0);
+    EXPECT_EQ(zn_lib::childProcess("/bin/sleep", "10", true), 0);
+  });
+  EXPECT_GT(alarms, 0);
+  EXPECT_EQ(killAndReap(namedChild(text.out)), kSignalled + SIGKILL);
+}
+
+TEST_F(Process, WritesBufferedOutputOnce) {
+  for (const bool wait : {true, false}) {
+    for (const std::string program : {"/bin/true", "/missing/program"}) {
+      const Written text = written([&] {
+        std::cout << "of the stream,";
+        std::fputs("of the file", stdout);
+        zn_lib::childProcess(program, "", wait);
+        if (!wait) reap(kAnyChild);
+      });
+      EXPECT_EQ(text.out, "of the stream,of the file") << program;
+    }
+  }
+}
+
+constexpr int kCannotForbidForks = 99;
+
+/// Lets this process create no further ones, for good.
+void forbidForks() {
+  // The limit does not bind root.
+  constexpr uid_t kNobody = 65534;
+  const rlimit none{0, 0};
+  if ((getuid() == 0 && setuid(kNobody) != 0) || setrlimit(RLIMIT_NPROC, &none) != 0) {
+    _exit(kCannotForbidForks);
+  }
+}
+
+TEST_F(Process, EndsTheCallerWhenNoChildCanBeCreated) {
+  for (const bool verbose : {false, true}) {
+    for (const bool wait : {false, true}) {
+      int status = -1;
+      const Written text = written([&] {
+        const pid_t caller = fork();
+        if (caller == 0) {
+          forbidForks();
+          zn_lib::setVerbose(verbose);
+          std::atexit([] { std::cout << "exit handler" << std::endl; });
+          // A buffer of its own, which the message does not flush.
+          std::fputs("buffered", fdopen(dup(STDOUT_FILENO), "w"));
+          zn_lib::childProcess("/bin/true", "", wait);
+          _exit(2);
+        }
+        status = reap(caller);
+      });
+      EXPECT_EQ(status, 1);
+      EXPECT_EQ(text.out, "");
+      EXPECT_EQ(text.err, verbose ? "ERROR: Cannot create subprocess\n" : "");
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,174 @@
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <zn_output.h>
+#include <zn_shell.h>
+
+#include <cerrno>
+#include <csignal>
+#include <functional>
+#include <iostream>
+#include <string>
+
+#include "output_capture.h"
+#include "temporary_files.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+class Shell : public InTemporaryDirectory {
+ protected:
+  ~Shell() override { zn_lib::setVerbose(false); }
+};
+
+TEST_F(Shell, HeaderExamples) {
+  writeFile("names.txt", "b\nc\na\n");
+  EXPECT_TRUE(zn_lib::execShell("sort names.txt > sorted.txt"));
+  EXPECT_EQ(readFile("sorted.txt"), "a\nb\nc\n");
+  EXPECT_TRUE(zn_lib::execShell("exit 3"));
+}
+
+TEST_F(Shell, RunsTheCommandInTheShell) {
+  const struct {
+    const char* what;
+    std::string command, out, err;
+  } cases[] = {
+      {"standard output", "echo out", "out\n", ""},
+      {"standard error", "echo err >&2", "", "err\n"},
+      {"several commands and a pipe", "a=x; (echo $a; echo b) | tr b c", "x\nc\n", ""},
+      {"several lines", "echo 1\necho 2\n", "1\n2\n", ""},
+      {"quotes", "printf '%s|' 'a b' \"c d\"", "a b|c d|", ""},
+      {"bytes above 0x7F", "printf %s '\xC3\x9C\xFF'", "\xC3\x9C\xFF", ""},
+      {"a NUL ends it", "echo a\0; echo b"s, "a\n", ""},
+      {"it is waited for", "(sleep 0.2; echo late)", "late\n", ""},
+  };
+  for (const auto& c : cases) {
+    for (const bool verbose : {false, true}) {
+      zn_lib::setVerbose(verbose);
+      const Written text = written([&] { EXPECT_TRUE(zn_lib::execShell(c.command)) << c.what; });
+      EXPECT_EQ(text.out, c.out) << c.what;
+      EXPECT_EQ(text.err, c.err) << c.what;
+    }
+  }
+}
+
+TEST_F(Shell, NeverExaminesTheExitStatus) {
+  zn_lib::setVerbose(true);
+  const struct {
+    const char* what;
+    std::string command;
+  } cases[] = {
+      {"the empty command", ""},
+      {"nothing before the NUL", "\0exit 1"s},
+      {"a blank", " "},
+      {"status 3", "exit 3"},
+      {"status 255", "exit 255"},
+      {"status 127", "exit 127"},
+      {"a failing command", "false"},
+      {"ended by a signal", "kill -KILL $$"},
+  };
+  for (const auto& c : cases) {
+    const Written text = written([&] { EXPECT_TRUE(zn_lib::execShell(c.command)) << c.what; });
+    EXPECT_EQ(text.out, "") << c.what;
+    EXPECT_EQ(text.err, "") << c.what;
+  }
+}
+
+TEST_F(Shell, LeavesItToTheShellToReportACommandThatDoesNotExist) {
+  const Written text = written([] { EXPECT_TRUE(zn_lib::execShell("/missing/command")); });
+  EXPECT_EQ(text.out, "");
+  EXPECT_NE(text.err.find("/missing/command"), std::string::npos) << text.err;
+}
+
+TEST_F(Shell, LeavesItToTheShellToReportACommandThatDoesNotParse) {
+  const Written text = written([] { EXPECT_TRUE(zn_lib::execShell("if")); });
+  EXPECT_EQ(text.out, "");
+  EXPECT_NE(text.err, "");
+}
+
+TEST_F(Shell, LeavesNoChildBehind) {
+  EXPECT_TRUE(zn_lib::execShell("exit 3"));
+  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+  EXPECT_EQ(errno, ECHILD);
+}
+
+TEST_F(Shell, WritesBufferedOutputOnce) {
+  const Written text = written([] {
+    std::cout << "buffered";
+    EXPECT_TRUE(zn_lib::execShell("exit 3"));
+  });
+  EXPECT_EQ(text.out, "buffered");
+}
+
+// ---- Failures, each in a child process that spoils something for itself.
+
+constexpr int kCannotPrepare = 99;
+
+/// What `execShell(command)` gives and writes in a child process that ran `prepare` first.
+struct Outcome {
+  int result;
+  Written text;
+};
+
+Outcome after(const std::function<bool()>& prepare, const std::string& command, bool verbose) {
+  int status = 0;
+  const Written text = written([&] {
+    const pid_t child = fork();
+    if (child == 0) {
+      zn_lib::setVerbose(verbose);
+      _exit(prepare() ? int{zn_lib::execShell(command)} : kCannotPrepare);
+    }
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+  });
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status), text};
+}
+
+/// Lets this process create no further ones, for good.
+bool forbidForks() {
+  // The limit does not bind root.
+  constexpr uid_t kNobody = 65534;
+  const rlimit none{0, 0};
+  return (getuid() != 0 || setuid(kNobody) == 0) && setrlimit(RLIMIT_NPROC, &none) == 0;
+}
+
+/// Ignoring the signal lets the system reap the shell, unseen by the process that started it.
+bool ignoreChildSignal() { return std::signal(SIGCHLD, SIG_IGN) != SIG_ERR; }
+
+/// Reaps the shell at SIGUSR1, before `system` can.
+bool reapAtSignal() {
+  struct sigaction action {};
+  action.sa_handler = [](int) { wait(nullptr); };
+  return sigaction(SIGUSR1, &action, nullptr) == 0;
+}
+
+TEST_F(Shell, SaysThatThereIsNoCommandProcessor) {
+  for (const bool verbose : {false, true}) {
+    for (const auto& prepare : {forbidForks, ignoreChildSignal}) {
+      const Outcome outcome = after(prepare, "echo a", verbose);
+      EXPECT_EQ(outcome.result, 0);
+      EXPECT_EQ(outcome.text.out, "");
+      EXPECT_EQ(outcome.text.err, "No command processor available\n");
+    }
+  }
+}
+
+TEST_F(Shell, SaysThatACommandCouldNotBeExecuted) {
+  for (const bool verbose : {false, true}) {
+    const Outcome outcome = after(reapAtSignal, "echo a; kill -USR1 $PPID", verbose);
+    EXPECT_EQ(outcome.result, 0);
+    EXPECT_EQ(outcome.text.out, "a\n");
+    EXPECT_EQ(outcome.text.err, "Problem executing command\n");
+  }
+}
+
+TEST_F(Shell, SucceedsInAChildProcessThatSpoilsNothing) {
+  const Outcome outcome = after([] { return true; }, "echo a", true);
+  EXPECT_EQ(outcome.result, 1);
+  EXPECT_EQ(outcome.text.out, "a\n");
+  EXPECT_EQ(outcome.text.err, "");
+}
+
+}  // namespace
