@@ -1,12 +1,268 @@
 #include <gtest/gtest.h>
-#include <zn_file.h>
+#include <zn_error.h>
+#include <zn_output.h>
 
+#include <cerrno>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 
+#include "output_capture.h"
+#include "samples.h"
 #include "temporary_files.h"
 
 namespace {
+
+using namespace std::string_literals;
+using Catalog = std::map<int, std::string, zn_lib::error_order>;
+
+class ErrorCatalog : public InTemporaryDirectory {
+ protected:
+  ~ErrorCatalog() override { zn_lib::setVerbose(false); }
+};
+
+/// The catalog in a file that holds `xml`.
+Catalog catalogOf(const std::string& xml) {
+  writeFile("errors.xml", xml);
+  Catalog catalog;
+  EXPECT_TRUE(zn_lib::readErrorFile("errors.xml", catalog));
+  return catalog;
+}
+
+/// One error in the form that is read without loss.
+std::string error(const std::string& id, const std::string& message) {
+  return "<ERROR><ID>" + id + "</ID><MESSAGE>" + message + "</MESSAGE></ERROR>";
+}
+
+TEST_F(ErrorCatalog, HeaderExamples) {
+  writeFile("errors.xml",
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+            "<ERRORS>\n"
+            "<ERROR><ID>1</ID><MESSAGE>Text of error one</MESSAGE></ERROR>\n"
+            "<ERROR><ID>2</ID><MESSAGE>Text of error two</MESSAGE></ERROR>\n"
+            "</ERRORS>\n");
+  std::map<int, std::string, zn_lib::error_order> catalog;
+  zn_lib::readErrorFile("errors.xml", catalog);
+  zn_lib::setVerbose(true);
+  EXPECT_EQ(written([&] { zn_lib::showErrorMessage(catalog, 2); }).err,
+            "ERROR: #2\tText of error two\n");
+  EXPECT_EQ(catalog, (Catalog{{1, "Text of error one"}, {2, "Text of error two"}}));
+}
+
+TEST_F(ErrorCatalog, Reads) {
+  const struct {
+    const char* what;
+    std::string xml;
+    Catalog catalog;
+  } cases[] = {
+      {"no error", "<E></E>", {}},
+      {"any root", "<x>" + error("7", "seven") + "</x>", {{7, "seven"}}},
+      {"any depth", "<x><y>" + error("7", "seven") + "</y></x>", {{7, "seven"}}},
+      {"blanks around",
+       "<E><ERROR><ID> 7 </ID><MESSAGE> a b </MESSAGE></ERROR></E>",
+       {{7, "a b "}}},
+      {"no number", "<E>" + error("x", "m") + "</E>", {{0, "m"}}},
+      {"a negative number",
+       "<E>" + error("-3", "m") + error("2", "n") + "</E>",
+       {{-3, "m"}, {2, "n"}}},
+      {"a sign", "<E>" + error("+3x", "m") + "</E>", {{3, "m"}}},
+      {"a huge number", "<E>" + error(std::string(400, '9'), "m") + "</E>", {{-1, "m"}}},
+      {"the later message wins", "<E>" + error("1", "a") + error("1", "b") + "</E>", {{1, "b"}}},
+      {"line breaks between the elements",
+       "<E><ERROR><ID>1</ID>\n<MESSAGE>a</MESSAGE>\n</ERROR></E>",
+       {{0, ""}}},
+      {"text behind the error",
+       "<E>" + error("1", "a") + "\n text " + error("2", "b") + "</E>",
+       {{1, "a"}, {2, "b"}}},
+      {"text before the number",
+       "<E><ERROR>\n<ID>1</ID><MESSAGE>a</MESSAGE></ERROR></E>",
+       {{1, "a"}}},
+      {"the last piece",
+       "<E>" + error("1", "a &amp; b") + error("2", "a\n  b") + error("3", "a&lt;") + "</E>",
+       {{1, "b"}, {2, "b"}, {3, "<"}}},
+      {"no message",
+       "<E>" + error("1", "a") + "<ERROR><ID>2</ID></ERROR></E>",
+       {{1, "a"}, {2, "a"}}},
+      {"no number of its own",
+       "<E>" + error("1", "a") + "<ERROR><MESSAGE>b</MESSAGE></ERROR></E>",
+       {{1, "b"}}},
+      {"other case", "<E><error><id>1</id><message>a</message></error></E>", {}},
+      {"attributes",
+       "<E><ERROR x='1'><ID y='2'>1</ID><MESSAGE>a</MESSAGE></ERROR></E>",
+       {{1, "a"}}},
+      {"broken behind an error", "<E>" + error("1", "a") + "<ERROR><ID>2</MESSAGE>", {{1, "a"}}},
+      {"an empty file", "", {}},
+      {"no XML", "\x01\xFF\0"s, {}},
+      {"another encoding declared",
+       "<?xml version='1.0' encoding='ISO-8859-1'?><E>" + error("1", "\xC3\xA4") + "</E>",
+       {{1, "\xC3\xA4"}}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(catalogOf(c.xml), c.catalog) << c.what;
+}
+
+TEST_F(ErrorCatalog, MergesIntoWhatIsThere) {
+  writeFile("errors.xml", "<E>" + error("1", "new") + "</E>");
+  Catalog catalog = {{1, "old"}, {2, "kept"}};
+  EXPECT_TRUE(zn_lib::readErrorFile("errors.xml", catalog));
+  EXPECT_EQ(catalog, (Catalog{{1, "new"}, {2, "kept"}}));
+  EXPECT_TRUE(zn_lib::readErrorFile("missing.xml", catalog));
+  EXPECT_TRUE(zn_lib::readErrorFile(".", catalog));
+  EXPECT_EQ(catalog.size(), 2u);
+}
+
+TEST_F(ErrorCatalog, ExpandsTheHomeDirectory) {
+  const Home home(directory.c_str());
+  writeFile("errors.xml", "<E>" + error("1", "a") + "</E>");
+  Catalog catalog;
+  zn_lib::readErrorFile("~/errors.xml", catalog);
+  EXPECT_EQ(catalog.size(), 1u);
+}
+
+TEST_F(ErrorCatalog, StopsAtAnEntityBomb) {
+  std::string xml = "<!DOCTYPE E [<!ENTITY a '" + std::string(1000, 'x') + "'>";
+  for (char c = 'b'; c < 'j'; ++c) {
+    xml += std::string("<!ENTITY ") + c + " '";
+    for (int i = 0; i < 100; ++i) xml += std::string("&") + static_cast<char>(c - 1) + ";";
+    xml += "'>";
+  }
+  EXPECT_EQ(catalogOf(xml + "]><E>" + error("1", "a") + error("2", "&i;") + "</E>"),
+            (Catalog{{1, "a"}}));
+}
+
+TEST_F(ErrorCatalog, PrintsInVerboseModeOnly) {
+  Catalog catalog = {{2, "two"}, {-1, "minus"}, {10, "ten\0cut"s}};
+  const std::string line(70, '-');
+  const auto list = [&] { zn_lib::showErrorList(catalog); };
+  const auto show = [&] { zn_lib::showErrorMessage(catalog, 5); };
+  EXPECT_EQ(written(list).out, "");
+  EXPECT_EQ(written(show).err, "");
+  EXPECT_EQ(catalog.at(5), "") << "an unknown number is inserted in quiet mode too";
+  catalog.erase(5);
+
+  zn_lib::setVerbose(true);
+  EXPECT_EQ(written(list).out, "Error list\n" + line + "\n-1 minus\n2 two\n10 ten\n" + line + "\n");
+  EXPECT_EQ(written(show).err, "ERROR: #5\t\n");
+  EXPECT_EQ(catalog.at(5), "");
+  EXPECT_EQ(written([&] { zn_lib::showErrorMessage(catalog, -1); }).err, "ERROR: #-1\tminus\n");
+  catalog.clear();
+  EXPECT_EQ(written(list).out, "Error list\n" + line + "\n" + line + "\n");
+}
+
+TEST_F(ErrorCatalog, SystemErrorPrintsErrno) {
+  errno = ENOENT;
+  EXPECT_EQ(written([] { zn_lib::systemError(); }).err, "");
+  zn_lib::setVerbose(true);
+  for (const int number : {ENOENT, 0, EACCES, 99999}) {
+    const std::string text = std::strerror(number);
+    EXPECT_EQ(written([number] {
+                errno = number;
+                zn_lib::systemError();
+              }).err,
+              "ERROR: System error #" + std::to_string(number) + ". " + text + "\n");
+  }
+}
+
+TEST(ErrorOrder, IsAscending) {
+  const zn_lib::error_order before;
+  EXPECT_TRUE(before(-1, 0));
+  EXPECT_FALSE(before(1, 1));
+  EXPECT_FALSE(before(2, 1));
+}
+
+// ---- The reader
+
+TEST_F(ErrorCatalog, ReaderOpensOnlyWhatIsThere) {
+  zn_lib::ReadXml<zn_lib::ErrorEvent> reader;
+  ASSERT_NE(reader.event, nullptr);
+  EXPECT_EQ(reader.event->id, 0);
+  EXPECT_EQ(reader.event->tag + reader.event->message, "");
+  EXPECT_FALSE(reader.parseFile()) << "no name";
+  std::string name = "missing.xml";
+  reader.setFileName(name);
+  EXPECT_FALSE(reader.parseFile());
+  name = ".";
+  reader.setFileName(name);
+  EXPECT_TRUE(reader.parseFile()) << "a directory opens, and reads as an empty file";
+  EXPECT_TRUE(reader.event->data.empty());
+}
+
+TEST_F(ErrorCatalog, ReaderTakesFilesOfEverySize) {
+  // The end of the file and the blocks in which it is read fall on every place of the document.
+  for (int padding = 8192 - 120; padding < 8192 + 20; ++padding) {
+    const std::string xml =
+        "<E>" + std::string(static_cast<std::size_t>(padding), ' ') + error("1", "a") + "</E>";
+    ASSERT_EQ(catalogOf(xml), (Catalog{{1, "a"}})) << padding;
+  }
+  for (const std::size_t size : {std::size_t{8192}, std::size_t{16384}}) {
+    std::string xml = "<E>" + error("1", "a") + "</E>";
+    xml.resize(size, '\n');
+    EXPECT_EQ(catalogOf(xml), (Catalog{{1, "a"}})) << size;
+  }
+}
+
+TEST_F(ErrorCatalog, ReaderTakesDeepAndLongDocuments) {
+  std::string deep;
+  for (int i = 0; i < 300000; ++i) deep += "<a>";
+  EXPECT_EQ(catalogOf(deep), Catalog());
+  EXPECT_EQ(catalogOf("<E>" + error("1", std::string(kLongText, 'm')) + "</E>").size(), 1u);
+}
+
+/// What an event handler does with memory that runs out: keeps it until the parser is gone.
+class Failing : public zn_lib::XmlEvent<Catalog> {
+ public:
+  void OnStartElement(const XML_Char* name, const XML_Char**) override {
+    guarded([&] {
+      ++events;
+      if (std::string(name) == "bad") throw std::bad_alloc();
+    });
+  }
+  int events = 0;
+};
+
+TEST(XmlEvent, KeepsAnExceptionUntilItIsAskedFor) {
+  Failing handler;
+  handler.rethrow();
+  handler.OnStartElement("good", nullptr);
+  handler.OnStartElement("bad", nullptr);
+  handler.OnStartElement("good", nullptr);
+  EXPECT_EQ(handler.events, 2) << "nothing after the failure";
+  EXPECT_THROW(handler.rethrow(), std::bad_alloc);
+  handler.rethrow();
+}
+
+TEST(XmlEvent, SkipWhiteSpace) {
+  zn_lib::XmlEvent<Catalog> handler;
+  EXPECT_EQ(handler.element + handler.lastElement, "");
+  EXPECT_TRUE(handler.data.empty());
+  const struct {
+    const char* text;
+    int length;
+    const char* result;
+  } cases[] = {
+      {"  a b  ", 7, "a b  "},
+      {"\n\t", 2, ""},
+      {" \t\n\v\f\rx", 7, "x"},
+      {"abc", 2, "ab"},
+      {"a\0b", 3, "a"},
+      {"abc", 0, ""},
+      {"abc", -1, ""},
+      {"\xA0"
+       "a",
+       2,
+       "\xA0"
+       "a"},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(handler.skipWhiteSpace(c.text, c.length), c.result) << c.text;
+  const char unterminated[] = {' ', 'a', 'b'};
+  EXPECT_EQ(handler.skipWhiteSpace(unterminated, 3), "ab");
+}
+
+// ---- File names
 
 /// Stands in for the file objects: FileName is made as their base only.
 class Named : public zn_lib::FileName {};

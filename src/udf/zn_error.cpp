@@ -1,6 +1,17 @@
+#include "zn_error.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
 #include "zn_file.h"
+#include "zn_output.h"
+#include "zn_str.h"
 
 namespace zn_lib {
+
+template class XmlEvent<std::map<int, std::string, error_order>>;
+template class ReadXml<ErrorEvent>;
 
 FileName::FileName() = default;
 
@@ -12,6 +23,66 @@ std::string FileName::getFileName() {
   std::string name = createFileName(nameParts.path, nameParts.name, nameParts.extension);
   checkHomePath(name);
   return name;
+}
+
+bool error_order::operator()(int a, int b) const { return a < b; }
+
+ErrorEvent::ErrorEvent() = default;
+
+void ErrorEvent::OnStartElement(const XML_Char* name, const XML_Char**) {
+  guarded([&] { tag = name; });
+}
+
+void ErrorEvent::OnEndElement(const XML_Char* name) {
+  guarded([&] {
+    // Of the element that ends, not of the one around it: text behind an end tag still counts for
+    // it.
+    tag = name;
+    if (tag == "ERROR") data[id] = message;
+  });
+}
+
+void ErrorEvent::OnCharacterData(const XML_Char* text, int length) {
+  guarded([&] {
+    if (tag == "ID") {
+      // As atoi, but defined for numbers of any length.
+      id = static_cast<int>(std::strtol(skipWhiteSpace(text, length).c_str(), nullptr, 10));
+    } else if (tag == "MESSAGE") {
+      message = skipWhiteSpace(text, length);
+    }
+  });
+}
+
+void ErrorEvent::exportData(std::map<int, std::string, error_order>& catalog) {
+  for (const auto& [number, text] : data) catalog[number] = text;
+}
+
+bool readErrorFile(std::string fileName, std::map<int, std::string, error_order>& catalog) {
+  ReadXml<ErrorEvent> reader;
+  reader.setFileName(fileName);
+  reader.parseFile();
+  reader.event->exportData(catalog);
+  return true;
+}
+
+void showErrorMessage(std::map<int, std::string, error_order>& catalog, int id) {
+  errorMessage("#" + std::to_string(id) + "\t" + catalog[id]);
+}
+
+void showErrorList(std::map<int, std::string, error_order>& catalog) {
+  if (!isVerbose()) return;
+  const std::string line = replicateChar('-', 70) + "\n";
+  std::string text = "Error list\n" + line;
+  for (const auto& [number, message] : catalog) {
+    // A message ends at its first NUL, as in all that is printed.
+    text += std::to_string(number) + " " + message.c_str() + "\n";
+  }
+  display(text + line);
+}
+
+void systemError() {
+  const int number = errno;
+  errorMessage("System error #" + std::to_string(number) + ". " + std::strerror(number));
 }
 
 }  // namespace zn_lib

@@ -1,0 +1,80 @@
+/// Numbered error messages, kept in XML catalogs, and the system's own last error.
+///
+///     std::map<int, std::string, zn_lib::error_order> catalog;
+///     zn_lib::readErrorFile("errors.xml", catalog);
+///     zn_lib::setVerbose(true);
+///     zn_lib::showErrorMessage(catalog, 2);   // standard error: ERROR: #2<tab>Text of error two
+///
+/// A catalog is an XML file of this form, whatever its root element is called:
+///
+///     <?xml version="1.0" encoding="UTF-8"?>
+///     <ERRORS>
+///     <ERROR><ID>1</ID><MESSAGE>Text of error one</MESSAGE></ERROR>
+///     <ERROR><ID>2</ID><MESSAGE>Text of error two</MESSAGE></ERROR>
+///     </ERRORS>
+///
+/// Write the elements of one error directly after one another. Text that follows `</ID>` or
+/// `</MESSAGE>`, and be it a line break, is taken for the number or the message, which then is 0 or
+/// empty. A message that the parser delivers in pieces keeps the last one only: what follows its
+/// last "&amp;" or line break. An error without number or message has those of the error before it.
+///
+/// The printing functions print in verbose mode only. Nothing is thrown, except when memory runs
+/// out.
+#ifndef ZN_ERROR_H
+#define ZN_ERROR_H
+
+#include <map>
+#include <string>
+
+#include "zn_common.h"
+#include "zn_readxml.h"
+
+namespace zn_lib {
+
+/// Ascending order of error numbers.
+struct ZN_UDF_API error_order {
+  bool operator()(int a, int b) const;
+};
+
+extern template class XmlEvent<std::map<int, std::string, error_order>>;
+
+/// Fills a map from error number to message while a catalog is parsed.
+class ZN_UDF_API ErrorEvent final : public XmlEvent<std::map<int, std::string, error_order>> {
+ public:
+  ErrorEvent();
+
+  void OnStartElement(const XML_Char* name, const XML_Char** attributes) override;
+  void OnEndElement(const XML_Char* name) override;
+  void OnCharacterData(const XML_Char* text, int length) override;
+
+  /// Copies each message that was read into `catalog`, in place of one with the same number.
+  void exportData(std::map<int, std::string, error_order>& catalog);
+
+  std::string tag;      ///< the element last started or ended
+  int id = 0;           ///< the number last read
+  std::string message;  ///< the message last read
+};
+
+extern template class ReadXml<ErrorEvent>;
+
+/// Reads a catalog into `catalog`, in place of messages with the same numbers. Always true: a file
+/// that is missing or malformed adds what could be read of it, without a message. "~" in the name
+/// is expanded.
+ZN_UDF_API bool readErrorFile(std::string fileName,
+                              std::map<int, std::string, error_order>& catalog);
+
+/// Prints "#", the number, a tab and its message through `errorMessage`. A number that `catalog`
+/// does not hold is put into it, with an empty message, in quiet mode too.
+ZN_UDF_API void showErrorMessage(std::map<int, std::string, error_order>& catalog, int id);
+
+/// Prints all messages in the order of their numbers between two lines of hyphens, through
+/// `display`.
+ZN_UDF_API void showErrorList(std::map<int, std::string, error_order>& catalog);
+
+/// Prints the C library's last error, "System error #2. No such file or directory", through
+/// `errorMessage`. The text is in the language of the C locale.
+ZN_UDF_API void systemError();
+
+}  // namespace zn_lib
+
+#endif  // ZN_ERROR_H

@@ -1,0 +1,130 @@
+/// What the XML readers share: `ReadXml` feeds a file to an event handler, which keeps what it
+/// reads in a map. Error catalogs (`zn_error.h`) are read this way.
+///
+///     zn_lib::ReadXml<zn_lib::ErrorEvent> reader;
+///     std::string name = "errors.xml";
+///     reader.setFileName(name);
+///     if (reader.parseFile()) reader.event->exportData(catalog);
+#ifndef ZN_READXML_H
+#define ZN_READXML_H
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "zn_readfile.h"
+#include "zn_str.h"
+#include "zn_xmlparser.h"
+
+namespace zn_lib {
+
+/// An event handler with the map that it fills and the state that its callbacks share.
+template <class Map>
+class ZN_UDF_API XmlEvent : public XMLEvtHandler {
+ public:
+  /// What has been read.
+  Map data;
+
+  /// The element whose text is being read; empty between elements.
+  std::string element;
+
+  /// The element whose text was stored last.
+  std::string lastElement;
+
+  /// The first `length` bytes of `text`, or those before its first NUL, without leading blanks.
+  /// Trailing ones stay.
+  std::string skipWhiteSpace(const char* text, int length);
+
+  /// Throws what a callback could not handle, such as memory that ran out; does nothing otherwise.
+  void rethrow();
+
+ protected:
+  /// Runs what a callback does. No exception may pass through the parser: it is kept for `rethrow`,
+  /// and further events are ignored until then.
+  template <class Callback>
+  void guarded(Callback callback) noexcept {
+    if (failure_) return;
+    try {
+      callback();
+    } catch (...) {
+      failure_ = std::current_exception();
+    }
+  }
+
+ private:
+  std::exception_ptr failure_;
+};
+
+template <class Map>
+std::string XmlEvent<Map>::skipWhiteSpace(const char* text, int length) {
+  if (length < 1) return "";
+  return leftTrim({text, strnlen(text, static_cast<std::size_t>(length))});
+}
+
+template <class Map>
+void XmlEvent<Map>::rethrow() {
+  if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
+}
+
+/// Reads an XML file into an event handler, which it owns.
+///
+/// It opens the file by itself: the stream and the `binary` flag of `ReadFile` are not used.
+template <class Event>
+class ZN_UDF_API ReadXml : public ReadFile {
+ public:
+  /// Where the data is after `parseFile`; deleted with the reader.
+  Event* event;
+
+  /// No name and a new event handler.
+  ReadXml();
+  ~ReadXml() override;
+
+  ReadXml(const ReadXml&) = delete;
+  ReadXml& operator=(const ReadXml&) = delete;
+
+  /// Reads the file that `setFileName` named. False when it cannot be opened.
+  ///
+  /// True says nothing about its content: a malformed file gives the entries before the error, a
+  /// read that fails those before the failure. Prints nothing. The file is taken for UTF-8.
+  virtual bool parseFile();
+};
+
+template <class Event>
+ReadXml<Event>::ReadXml() : event(new Event) {}
+
+template <class Event>
+ReadXml<Event>::~ReadXml() {
+  delete event;
+}
+
+template <class Event>
+bool ReadXml<Event>::parseFile() {
+  XMLParser parser(event);
+  parser.Create("UTF-8", nullptr);
+  parser.EnableElementHandler(true);
+  parser.EnableCharacterDataHandler(true);
+
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> in(std::fopen(getFileName().c_str(), "r"),
+                                                           &std::fclose);
+  if (in == nullptr) return false;
+  std::array<char, 8192> block;
+  bool isFinal = false;
+  bool isParsed = true;
+  while (!isFinal && isParsed) {
+    const std::size_t count = std::fread(block.data(), 1, block.size(), in.get());
+    // A read that fails, of a directory for one, never comes to the end of the file.
+    isFinal = std::feof(in.get()) != 0 || std::ferror(in.get()) != 0;
+    isParsed = parser.Parse(block.data(), count, isFinal);
+  }
+  parser.Destroy();
+  event->rethrow();
+  return true;
+}
+
+}  // namespace zn_lib
+
+#endif  // ZN_READXML_H
