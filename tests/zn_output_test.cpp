@@ -315,7 +315,7 @@ TEST(Prompts, ReadOneLineFromAPipe) {
 
 TEST(Prompts, CountClosedStandardInputAsAnEmptyAnswer) {
   const auto closed = [](const Prompt& prompt) {
-    return throughPipe([&] { return close(STDIN_FILENO), prompt(); }, "q\n").result;
+    return throughPipe([&] { return close(STDIN_FILENO), prompt(); }, "").result;
   };
   EXPECT_EQ(closed(askMore), 1);
   EXPECT_EQ(closed(askYesOrNo("Sure? ")), 0);

@@ -1,0 +1,503 @@
+#include <gtest/gtest.h>
+#include <sys/ptrace.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <zn_datetime.h>
+#include <zn_output.h>
+#include <zn_setcfg.h>
+
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include "output_capture.h"
+#include "samples.h"
+#include "temporary_files.h"
+
+namespace {
+
+using namespace std::string_literals;
+using zn_lib::Configuration;
+
+class Settings : public InTemporaryDirectory {
+ protected:
+  Settings() { zn_lib::setUseTime(false); }
+};
+
+/// Value, type and description of a setting in one text.
+std::string fieldsOf(const zn_lib::ConfigElement& element) {
+  return element.value + "|" + element.type + "|" + element.describe;
+}
+
+/// What a store reads from a file that holds `xml`.
+zn_lib::config_map loaded(const std::string& xml) {
+  writeFile("config.xml", xml);
+  Configuration store;
+  EXPECT_TRUE(store.load());
+  return store.elements;
+}
+
+std::size_t entriesHere() {
+  std::size_t count = 0;
+  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(".")) ++count;
+  return count;
+}
+
+TEST_F(Settings, HeaderExamples) {
+  {
+    Configuration settings("TOOL", "tool");
+    settings.load();
+    settings.set("colour", "blue");
+    EXPECT_EQ(settings.get("colour").value, "blue");
+    settings.set("UPDATE", "DATE", "2024-03-05 14:07:09", "Date of update in ISO9601");
+  }
+  EXPECT_EQ(
+      readFile("tool.cfg"),
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+      "<CONFIGURATION type='TOOL'>\n"
+      "<UPDATE data_type='DATE' describe='Date of update in ISO9601'>2024-03-05 14:07:09</UPDATE>\n"
+      "<colour data_type='TEXT' describe='colour'>blue</colour>\n"
+      "</CONFIGURATION>\n");
+}
+
+TEST_F(Settings, StartEmpty) {
+  const zn_lib::ConfigElement element;
+  EXPECT_EQ(fieldsOf(element), "|TEXT|");
+  Configuration store;
+  EXPECT_EQ(store.path + "," + store.name + "," + store.extension + "," + store.type,
+            ",config,xml,SYSTEM");
+  EXPECT_FALSE(store.changed);
+  EXPECT_TRUE(store.backup);
+  EXPECT_TRUE(store.elements.empty());
+  EXPECT_EQ(store.getConfigurationFile(), "config.xml");
+  Configuration named("TYPE", "name");
+  EXPECT_EQ(named.path + "," + named.name + "," + named.extension + "," + named.type,
+            ",name,cfg,TYPE");
+  EXPECT_FALSE(named.changed);
+}
+
+TEST_F(Settings, FileName) {
+  const Home home("/home/ada");
+  Configuration store;
+  store.path = "~/conf";
+  EXPECT_EQ(store.getConfigurationFile(), "/home/ada/conf/config.xml");
+  store.extension = "";
+  EXPECT_EQ(store.getConfigurationFile(), "/home/ada/conf/config");
+  store.name = "";
+  EXPECT_EQ(store.getConfigurationFile(), "");
+  EXPECT_FALSE(store.load());
+  EXPECT_FALSE(store.save());
+}
+
+// ---- In memory
+
+TEST_F(Settings, KeysAreTrimmedAndKeepTheirCase) {
+  Configuration store("T", "");
+  std::string key = " \tMy key\n";
+  store.adjustKey(key);
+  EXPECT_EQ(key, "My key");
+  store.set("  key ", "v");
+  EXPECT_EQ(store.get("key").value, "v");
+  EXPECT_EQ(store.get(" key\n").value, "v");
+  EXPECT_EQ(fieldsOf(store.get("KEY")), "|TEXT|");
+  EXPECT_EQ(store.elements.size(), 1u) << "get never inserts";
+  store.set("", "empty");
+  EXPECT_EQ(store.get("").value, "empty");
+}
+
+TEST_F(Settings, SetWithAValue) {
+  Configuration store("T", "");
+  store.set("new", "v");
+  EXPECT_TRUE(store.changed);
+  EXPECT_EQ(fieldsOf(store.get("new")), "v|TEXT|new");
+  store.set("new", "NUMBER", "1", "a number");
+  store.set("new", "2");
+  EXPECT_EQ(fieldsOf(store.get("new")), "2|NUMBER|a number");
+  store.set(" new ", "3");
+  EXPECT_EQ(fieldsOf(store.get("new")), "3|TEXT| new ") << "looked up as given";
+  store.elements[" odd "];
+  store.set(" odd ", "4");
+  EXPECT_EQ(fieldsOf(store.get("odd")), "4|TEXT|");
+}
+
+TEST_F(Settings, SetWithAnElement) {
+  Configuration store("T", "");
+  zn_lib::ConfigElement element;
+  element.value = "v";
+  element.type = "t";
+  element.describe = "d";
+  store.set(" key ", element);
+  EXPECT_TRUE(store.changed);
+  EXPECT_EQ(fieldsOf(store.get("key")), "v|t|d");
+  store.set("copy", store.elements.at("key").value);
+  EXPECT_EQ(store.get("copy").value, "v");
+}
+
+TEST(MapKey, IsByteWise) {
+  const zn_lib::map_key<std::string> before;
+  EXPECT_TRUE(before("B", "a"));
+  EXPECT_TRUE(before("a", "ab"));
+  EXPECT_TRUE(before("a", "\xC3"));
+  EXPECT_FALSE(before("a", "a"));
+}
+
+// ---- Loading
+
+TEST_F(Settings, LoadReads) {
+  const struct {
+    const char* what;
+    std::string xml, fields;
+  } cases[] = {
+      {"two attributes", "<C><k a='t' b='d'>v</k></C>", "v|t|d"},
+      {"one attribute", "<C><k a='t'>v</k></C>", "v|t|"},
+      {"more attributes", "<C><k a='t' b='d' c='x'>v</k></C>", "v|t|d"},
+      {"no attribute", "<C><k>v</k></C>", "v|TEXT|"},
+      {"no text", "<C><k a='t'/></C>", "|t|"},
+      {"blanks", "<C><k a='t'>  v w \n </k></C>", "v w |t|"},
+      {"an entity", "<C><k a='t'>a &amp; b</k></C>", "a &b|t|"},
+      {"a line break", "<C><k a='t'>a\n  b</k></C>", "ab|t|"},
+      {"twice", "<C><k a='t' b='d'>v</k><k a='u'>w</k></C>", "w|u|d"},
+      {"text behind a child", "<C><k a='t'>v<x/>w</k></C>", "v|t|"},
+      {"deeper", "<C><x><k a='t'>v</k></x></C>", "v|t|"},
+      {"broken behind it", "<C><k a='t'>v</k><", "v|t|"},
+      {"a quote", "<C><k a='t' b=\"it's\">v</k></C>", "v|t|it's"},
+  };
+  for (const auto& c : cases) {
+    const zn_lib::config_map elements = loaded(c.xml);
+    ASSERT_EQ(elements.count("k"), 1u) << c.what;
+    EXPECT_EQ(fieldsOf(elements.at("k")), c.fields) << c.what;
+  }
+}
+
+TEST_F(Settings, LoadSkipsOnlyTheRootsUsualName) {
+  EXPECT_TRUE(loaded("<CONFIGURATION type='x'>text</CONFIGURATION>").empty());
+  EXPECT_EQ(fieldsOf(loaded("<root type='x'>text</root>").at("root")), "text|x|");
+  EXPECT_TRUE(loaded("").empty());
+  EXPECT_TRUE(loaded("no XML").empty());
+}
+
+TEST_F(Settings, LoadMerges) {
+  writeFile("config.xml", "<CONFIGURATION type='OTHER'><a x='t' y='d'>new</a></CONFIGURATION>");
+  Configuration store;
+  store.set("a", "old");
+  store.set("b", "kept");
+  EXPECT_TRUE(store.load());
+  EXPECT_FALSE(store.changed);
+  EXPECT_EQ(fieldsOf(store.get("a")), "new|t|d");
+  EXPECT_EQ(store.get("b").value, "kept");
+  EXPECT_EQ(store.type, "SYSTEM");
+}
+
+TEST_F(Settings, LoadOfAMissingFileIsNoFailure) {
+  Configuration store;
+  store.changed = true;
+  EXPECT_TRUE(store.load());
+  EXPECT_FALSE(store.changed);
+  EXPECT_TRUE(store.elements.empty());
+}
+
+// ---- Saving
+
+TEST_F(Settings, TheFirstSaveIsStamped) {
+  Configuration store;
+  const std::string before = zn_lib::getTodayAsISO();
+  EXPECT_TRUE(store.save());
+  EXPECT_FALSE(zn_lib::isUseTime()) << "restored";
+  const std::string stamp = store.get("UPDATE").value;
+  EXPECT_EQ(stamp.size(), 19u);
+  EXPECT_GE(stamp, before);
+  EXPECT_EQ(fieldsOf(store.get("UPDATE")), stamp + "|DATE|Date of update in ISO9601");
+  EXPECT_FALSE(store.changed);
+  EXPECT_EQ(readFile("config.xml"),
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CONFIGURATION type='SYSTEM'>\n"
+            "<UPDATE data_type='DATE' describe='Date of update in ISO9601'>" +
+                stamp + "</UPDATE>\n</CONFIGURATION>\n");
+  store.set("UPDATE", "DATE", "kept", "");
+  zn_lib::setUseTime(true);
+  EXPECT_TRUE(store.save());
+  EXPECT_TRUE(zn_lib::isUseTime());
+  EXPECT_EQ(store.get("UPDATE").value, "kept");
+}
+
+TEST_F(Settings, SaveEscapesNothing) {
+  Configuration store("T'<\0x"s, "tool");
+  store.set("UPDATE", "", "", "");
+  store.set("my key", "t\0x"s, "a<b&c\0x"s, "d'\0x"s);
+  EXPECT_TRUE(store.save());
+  EXPECT_EQ(readFile("tool.cfg"),
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CONFIGURATION type='T'<'>\n"
+            "<UPDATE data_type='' describe=''></UPDATE>\n"
+            "<my key data_type='t' describe='d''>a<b&c</my key>\n</CONFIGURATION>\n");
+}
+
+TEST_F(Settings, WhatIsSavedIsLoaded) {
+  {
+    Configuration store;
+    store.set("plain", "TEXT", "value", "description");
+    store.set("trailing", "TEXT", "value ", "");
+    store.set("leading", "TEXT", " value", "");
+    store.set("lines", "TEXT", "one\n  two", "");
+    store.set("bytes", "TEXT", "\xC3\xA4", "\xE2\x82\xAC");
+  }
+  Configuration store;
+  store.load();
+  EXPECT_EQ(fieldsOf(store.get("plain")), "value|TEXT|description");
+  EXPECT_EQ(store.get("trailing").value, "value ");
+  EXPECT_EQ(store.get("leading").value, "value");
+  EXPECT_EQ(store.get("lines").value, "onetwo");
+  EXPECT_EQ(fieldsOf(store.get("bytes")), "\xC3\xA4|TEXT|\xE2\x82\xAC");
+}
+
+TEST_F(Settings, AKeyWithABlankEndsTheNextLoad) {
+  {
+    Configuration store;
+    store.set("a", "1");
+    store.set("my key", "2");
+    store.set("z", "3");
+  }
+  Configuration store;
+  store.load();
+  EXPECT_EQ(store.get("a").value, "1");
+  EXPECT_EQ(store.elements.count("z"), 0u);
+}
+
+TEST_F(Settings, TheDestructorSavesWhatWasChanged) {
+  writeFile("config.xml", "<C><a x='t'>1</a></C>");
+  { Configuration().load(); }
+  EXPECT_EQ(readFile("config.xml"), "<C><a x='t'>1</a></C>");
+  EXPECT_EQ(entriesHere(), 1u) << "no backup either";
+  {
+    Configuration store;
+    store.load();
+    store.set("b", "2");
+  }
+  EXPECT_EQ(readFile("config.xml~"), "<C><a x='t'>1</a></C>");
+  EXPECT_EQ(loaded(readFile("config.xml")).size(), 3u);
+}
+
+TEST_F(Settings, BackupIsThePreviousFile) {
+  for (int run = 0; run < 4; ++run) {
+    const std::string before = readFile("config.xml");
+    Configuration store;
+    store.load();
+    store.set("run", std::to_string(run));
+    EXPECT_TRUE(store.save());
+    EXPECT_EQ(readFile("config.xml~"), before);
+    EXPECT_EQ(entriesHere(), run == 0 ? 1u : 2u) << "nothing else is left";
+  }
+  Configuration store;
+  store.backup = false;
+  store.set("only", "1");
+  EXPECT_TRUE(store.save());
+  EXPECT_NE(readFile("config.xml"), readFile("config.xml~"));
+  EXPECT_EQ(loaded(readFile("config.xml~")).at("run").value, "2");
+}
+
+TEST_F(Settings, SaveFailsWhereNoFileCanBe) {
+  zn_lib::setVerbose(true);
+  Configuration store;
+  store.path = "missing";
+  store.set("a", "1");
+  const Written text = written([&] { EXPECT_FALSE(store.save()); });
+  zn_lib::setVerbose(false);
+  EXPECT_EQ(text.out + text.err, "");
+  EXPECT_TRUE(store.changed) << "the destructor tries again";
+  EXPECT_EQ(store.elements.count("UPDATE"), 0u);
+  store.path = "";
+}
+
+TEST_F(Settings, TheFileHasTheModeOfANewFile) {
+  const mode_t before = umask(0027);
+  for (const bool backup : {true, false}) {
+    Configuration store("T", backup ? "with" : "without");
+    store.backup = backup;
+    EXPECT_TRUE(store.save());
+    struct stat status;
+    ASSERT_EQ(stat(store.getConfigurationFile().c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, mode_t{0640});
+  }
+  umask(before);
+}
+
+TEST_F(Settings, ALinkIsMovedAsItIs) {
+  writeFile("real", "text");
+  std::filesystem::create_symlink("real", "config.xml");
+  Configuration store;
+  EXPECT_TRUE(store.save());
+  EXPECT_EQ(readFile("real"), "text");
+  EXPECT_TRUE(std::filesystem::is_symlink("config.xml~"));
+  EXPECT_TRUE(std::filesystem::is_regular_file("config.xml"));
+  EXPECT_FALSE(std::filesystem::is_symlink("config.xml"));
+}
+
+TEST_F(Settings, ADirectoryInTheBackupsPlace) {
+  writeFile("config.xml", "old");
+  std::filesystem::create_directories("config.xml~");
+  Configuration().save();
+  EXPECT_EQ(readFile("config.xml~"), "old") << "an empty directory makes way";
+  std::filesystem::remove("config.xml~");
+  std::filesystem::create_directories("config.xml~/full");
+  Configuration().save();
+  EXPECT_NE(readFile("config.xml"), "old");
+  EXPECT_EQ(entriesHere(), 2u);
+}
+
+TEST_F(Settings, LongNamesAreWrittenInPlace) {
+  // No name beside a name of the greatest length: there is no room for more.
+  Configuration store("T", std::string(250, 'n'));
+  store.set("a", "1");
+  EXPECT_TRUE(store.save());
+  store.set("a", "2");
+  EXPECT_TRUE(store.save());
+  EXPECT_EQ(entriesHere(), 2u);
+}
+
+// ---- Nothing is lost
+
+/// Runs `run` in a child, killed as it enters its `number`th system call. False when it ended
+/// before that.
+bool killedAtCall(int number, const std::function<void()>& run) {
+  const pid_t child = fork();
+  if (child == 0) {
+    ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+    raise(SIGSTOP);
+    run();
+    _exit(0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  // The child stops as it enters a call and as it leaves it.
+  for (int stops = 0;; ++stops) {
+    const bool isReached = stops == 2 * number - 1;
+    if (isReached || ptrace(PTRACE_SYSCALL, child, nullptr, nullptr) != 0) {
+      if (!isReached) ADD_FAILURE() << "the child cannot be traced";
+      kill(child, SIGKILL);
+      waitpid(child, &status, 0);
+      return isReached;
+    }
+    waitpid(child, &status, 0);
+    if (WIFEXITED(status) || WIFSIGNALED(status)) return false;
+  }
+}
+
+/// A store of `count` settings, besides the stamp.
+void makeStore(int count) {
+  Configuration store;
+  for (int i = 0; i < count; ++i)
+    store.set("k" + std::to_string(i), "TEXT", "value " + std::to_string(i), "");
+  ASSERT_TRUE(store.save());
+}
+
+void changeStore() {
+  Configuration store;
+  store.load();
+  store.set("changed", "yes");
+  store.save();
+}
+
+TEST_F(Settings, ASaveKilledAtAnySystemCallLosesNothing) {
+  for (const int count : {0, 1, 1000}) {
+    int kills = 0;
+    for (bool wasKilled = true; wasKilled; ++kills) {
+      for (const auto& entry : std::filesystem::directory_iterator("."))
+        std::filesystem::remove(entry);
+      makeStore(count);
+      changeStore();
+      Configuration before;
+      before.load();
+      wasKilled = killedAtCall(kills + 1, changeStore);
+      changeStore();
+      Configuration after;
+      after.load();
+      for (const auto& [key, element] : before.elements) {
+        ASSERT_EQ(fieldsOf(after.get(key)), fieldsOf(element))
+            << key << " after a kill at call " << kills + 1;
+      }
+    }
+    EXPECT_GT(kills, 15) << "the calls of a load and a save";
+  }
+}
+
+TEST_F(Settings, SavesThatCannotBeWrittenWholeLeaveFileAndBackup) {
+  makeStore(1000);
+  changeStore();
+  const std::string file = readFile("config.xml");
+  const std::string backup = readFile("config.xml~");
+  for (const rlim_t limit : {rlim_t{0}, rlim_t{1}, rlim_t{4096}, file.size() - 1}) {
+    const pid_t child = fork();
+    if (child == 0) {
+      signal(SIGXFSZ, SIG_IGN);
+      const rlimit size = {limit, limit};
+      setrlimit(RLIMIT_FSIZE, &size);
+      bool isTrue = true;
+      for (int i = 0; i < 20; ++i) {
+        Configuration store;
+        store.load();
+        store.set("changed", "yes");
+        isTrue = store.save() && !store.changed && isTrue;
+      }
+      _exit(isTrue ? 7 : 8);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 7) << limit;
+    EXPECT_EQ(readFile("config.xml"), file) << limit;
+    EXPECT_EQ(readFile("config.xml~"), backup) << limit;
+    EXPECT_EQ(entriesHere(), 2u) << limit;
+  }
+}
+
+// ---- Listing
+
+TEST_F(Settings, ListPrintsATable) {
+  Configuration store;
+  const auto list = [&] { store.listConfiguration(); };
+  EXPECT_EQ(written(list).out, "\n[ SYSTEM ]\nDescriptionValue\n----------------\n\n");
+  store.set("b", "TEXT", "1", "short");
+  store.set("a", "TEXT", "2\0x"s, "the longest of all");
+  EXPECT_EQ(written(list).out,
+            "\n[ SYSTEM ]\n"
+            "Description        Value\n"
+            "-----------        -----\n"
+            "the longest of all 2\n"
+            "short              1\n"
+            "\n");
+  store.changed = false;
+}
+
+// ---- The handler
+
+TEST(ConfigEvent, ExportsWhatItRead) {
+  zn_lib::ConfigEvent event;
+  const XML_Char* const attributes[] = {"x", "type", "y", "description", nullptr};
+  event.OnStartElement("key", const_cast<const XML_Char**>(attributes));
+  EXPECT_EQ(event.element, "key");
+  event.OnCharacterData(" one", 4);
+  EXPECT_EQ(event.lastElement, "key");
+  event.OnCharacterData(" two", 4);
+  event.OnCharacterData("ignored", 0);
+  event.OnEndElement("key");
+  EXPECT_EQ(event.element, "");
+  event.OnCharacterData("between", 7);
+  zn_lib::config_map target;
+  target["key"].value = "old";
+  target["other"].value = "kept";
+  event.exportData(target);
+  EXPECT_EQ(target.size(), 2u);
+  EXPECT_EQ(fieldsOf(target.at("key")), "onetwo|type|description");
+  EXPECT_EQ(target.at("other").value, "kept");
+}
+
+TEST_F(Settings, DocumentsOfAnySize) {
+  const std::string text(kLongText, 'v');
+  EXPECT_EQ(loaded("<C><k a='t'>" + text + "</k></C>").at("k").value, text);
+  std::string many = "<C>";
+  for (int i = 0; i < 100000; ++i)
+    many += "<k" + std::to_string(i) + " a='t'>v</k" + std::to_string(i) + ">";
+  EXPECT_EQ(loaded(many).size(), 100000u) << "cut off behind the last";
+}
+
+}  // namespace
