@@ -1,5 +1,6 @@
 /// What the XML readers share: `ReadXml` feeds a file to an event handler, which keeps what it
-/// reads in a map. Error catalogs (`zn_error.h`) are read this way.
+/// reads in a map. Error catalogs (`zn_error.h`) and settings (`zn_setcfg.h`) are
+/// read this way.
 ///
 ///     zn_lib::ReadXml<zn_lib::ErrorEvent> reader;
 ///     std::string name = "errors.xml";
