@@ -1,8 +1,10 @@
 #!/bin/sh
-# What README.md shows is so: almanac prints the table, and the host program compiles as it stands and prints its line.
+# What README.md shows is so: almanac prints the table and draws the picture, and the host program compiles as it stands and
+# prints its line.
 # usage: readme_test.sh SOURCE_DIR ALMANAC LIBRARY_DIR COMPILER [FLAGS]
 set -eu
-readme=$1/README.md
+source=$1
+readme=$source/README.md
 include=$1/include
 almanac=$2
 library=$3
@@ -10,6 +12,9 @@ shift 3
 compiler="$*"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+# No settings of the user's.
+export HOME="$work"
+unset XDG_CONFIG_HOME
 
 # block LANGUAGE NUMBER: the NUMBERth block of README.md in that language.
 block() {
@@ -30,6 +35,12 @@ block text 1 | sed 1d >"$work/shown"
 # shellcheck disable=SC2046
 "$almanac" $(block text 1 | sed -n '1s/^[^ ]* [^ ]* //p') >"$work/printed"
 compare "the table of almanac"
+
+cp "$source/docs/almanac.svg" "$work/shown"
+rm "$work/printed"
+# shellcheck disable=SC2046
+"$almanac" $(sed -n 's|^build/quickstart/examples/almanac/almanac \(.*--svg\) almanac.svg$|\1|p' "$readme") "$work/printed"
+compare "the picture of almanac"
 
 block cpp 1 >"$work/host.cpp"
 block text 2 >"$work/shown"

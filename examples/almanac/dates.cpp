@@ -3,6 +3,7 @@
 #include <tokenizer.h>
 #include <zn_str.h>
 
+#include <map>
 #include <optional>
 
 #include "errors.h"
@@ -11,22 +12,24 @@
 namespace almanac {
 namespace {
 
+const std::map<std::string, zn_lib::DATE_FORMAT> kOrders = {{"dmy", zn_lib::DAY_MONTH_YEAR},
+                                                            {"mdy", zn_lib::MONTH_DAY_YEAR},
+                                                            {"ymd", zn_lib::YEAR_MONTH_DAY}};
+
+const std::map<std::string, DateStyle> kStyles = {{"iso", DateStyle::kIso},
+                                                  {"number", DateStyle::kNumber},
+                                                  {"short", DateStyle::kShortName},
+                                                  {"full", DateStyle::kFullName}};
+
 constexpr int kLastYear = 9999;
 constexpr std::size_t kYearDigits = 4;
 
 /// Longer than any date. It bounds the recursion of the regular expression that splits one, too.
 constexpr std::size_t kLongestDate = 80;
 
-Error unreadable(const std::string& text) {
-  return Error("cannot read the date " + quoted(text) +
-               ": it takes three fields in the order of --order, the year with four digits");
-}
+Error unreadable(const std::string& text) { return Error(Problem::kUnreadableDate, {quote(text)}); }
 
-Error impossible(const std::string& text) { return Error("there is no date " + quoted(text)); }
-
-unsigned long long noonOf(int year, int month, int day) {
-  return zn_lib::dateToJulian(year, month, day, 12, 0, 0.0);
-}
+Error impossible(const std::string& text) { return Error(Problem::kNoSuchDate, {quote(text)}); }
 
 std::string zeroFilled(int number, int width) {
   return zn_lib::rightPad(std::to_string(number), width, '0');
@@ -94,13 +97,24 @@ unsigned long long readFreeForm(const std::string& text) {
 
 }  // namespace
 
-void setDateStyle(zn_lib::DATE_FORMAT order, DateStyle style) {
+bool isOrder(const std::string& word) { return kOrders.count(word) != 0; }
+
+bool isStyle(const std::string& word) { return kStyles.count(word) != 0; }
+
+DateStyle styleOf(const std::string& word) { return kStyles.at(word); }
+
+void setDateStyle(const std::string& orderWord, DateStyle style) {
+  const zn_lib::DATE_FORMAT order = kOrders.at(orderWord);
   zn_lib::MONTH_FORMAT month = zn_lib::MONTH_NUMBER;
   if (style == DateStyle::kShortName) month = zn_lib::MONTH_SHORT_NAME;
   if (style == DateStyle::kFullName) month = zn_lib::MONTH_FULL_NAME;
   // With the year first the library writes months as numbers whatever the settings say.
   const bool hasName = month != zn_lib::MONTH_NUMBER && order != zn_lib::YEAR_MONTH_DAY;
   zn_lib::setDateTimeFormat(order, month, hasName ? ' ' : '/', ' ', ':', false);
+}
+
+unsigned long long noonOf(int year, int month, int day) {
+  return zn_lib::dateToJulian(year, month, day, 12, 0, 0.0);
 }
 
 unsigned long long readDate(const std::string& text) {

@@ -1,6 +1,6 @@
 /// Dates as the command line gives them and as the table shows them.
 ///
-///     setDateStyle(zn_lib::DAY_MONTH_YEAR, DateStyle::kFullName);
+///     setDateStyle("dmy", DateStyle::kFullName);
 ///     formatDate(readDate("5/3/2024"), DateStyle::kFullName)   ->  "05 March 2024"
 #ifndef ALMANAC_DATES_H
 #define ALMANAC_DATES_H
@@ -16,9 +16,21 @@ constexpr unsigned long long kMillisecondsPerDay = 86400000;
 /// How the table writes dates.
 enum class DateStyle { kIso, kNumber, kShortName, kFullName };
 
-/// Sets the library's date settings: dates without times, their fields in `order`. Comes before all
-/// that follows.
-void setDateStyle(zn_lib::DATE_FORMAT order, DateStyle style);
+/// Whether `word` names an order of a date's fields: "dmy", "mdy" or "ymd".
+bool isOrder(const std::string& word);
+
+/// Whether `word` names a style: "iso", "number", "short" or "full".
+bool isStyle(const std::string& word);
+
+/// The style that `word` names.
+DateStyle styleOf(const std::string& word);
+
+/// Sets the library's date settings: dates without times, their fields in the order that the word
+/// names. Comes before all that follows.
+void setDateStyle(const std::string& order, DateStyle style);
+
+/// The Julian value of noon on a day; 0 when the calendar does not have it.
+unsigned long long noonOf(int year, int month, int day);
 
 /// The Julian value of noon on the day that `text` names.
 ///

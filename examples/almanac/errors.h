@@ -2,23 +2,58 @@
 #ifndef ALMANAC_ERRORS_H
 #define ALMANAC_ERRORS_H
 
-#include <stdexcept>
+#include <exception>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace almanac {
 
-constexpr int kExitFailure = 1;
-constexpr int kExitUsage = 2;
+/// The numbers of the messages in almanac.xml. The comments say what fills the message in.
+enum class Problem {
+  // A command line that cannot be understood.
+  kUnknownOption = 1,
+  kMissingArgument = 2,     ///< the option
+  kUnexpectedArgument = 3,  ///< the option with it
+  kStrayArgument = 4,       ///< the argument
+  kUnknownWord = 5,         ///< the word, the option
+  kNotOnePlace = 6,
+  kNoFileToKeep = 7,
 
-/// A value, a file or a place that cannot be used: `kExitFailure`.
-class Error : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
+  // Values, files and places that cannot be used.
+  kUnreadableDate = 20,  ///< the text
+  kNoSuchDate = 21,      ///< the text
+  kBadDays = 22,         ///< the most days, the text
+  kBadLatitude = 23,     ///< the text
+  kBeyondLastDay = 24,
+  kCannotOpen = 25,     ///< the file, the system's reason
+  kCannotRead = 26,     ///< the file, the system's reason
+  kLineTooLong = 27,    ///< the file, the line's number
+  kMalformedLine = 28,  ///< the file, the line's number
+  kNoSuchPlace = 29,    ///< the place, the file
+  kCannotPrint = 30,
+  kCannotWrite = 31,         ///< the file
+  kKept = 32,                ///< the file
+  kCannotBackUp = 33,        ///< the file
+  kCannotSaveSettings = 34,  ///< the file
+  kBadSetting = 35,          ///< the value, the setting, the file
 };
 
-/// A command line that cannot be understood: `kExitUsage`.
-class UsageError : public Error {
+/// The values are in quotes where they come from the user; `quote` does that.
+class Error : public std::exception {
  public:
-  using Error::Error;
+  explicit Error(Problem problem, std::vector<std::string> values = {})
+      : problem_(problem), values_(std::move(values)) {}
+
+  Problem problem() const { return problem_; }
+  const std::vector<std::string>& values() const { return values_; }
+
+  /// 2 for a command line that cannot be understood, else 1.
+  int exitStatus() const { return problem_ < Problem::kUnreadableDate ? 2 : 1; }
+
+ private:
+  Problem problem_;
+  std::vector<std::string> values_;
 };
 
 }  // namespace almanac

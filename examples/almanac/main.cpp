@@ -9,7 +9,10 @@
 
 #include "dates.h"
 #include "errors.h"
+#include "messages.h"
 #include "options.h"
+#include "output.h"
+#include "picture.h"
 #include "places.h"
 #include "table.h"
 #include "text.h"
@@ -21,38 +24,67 @@ constexpr int kMostDays = 36600;
 
 int readDays(const std::string& text) {
   const std::optional<int> days = toWholeNumber(text, 1, kMostDays);
-  if (!days) {
-    throw Error("the number of days is 1 to " + std::to_string(kMostDays) + ", not " +
-                quoted(text));
-  }
+  if (!days) throw Error(Problem::kBadDays, {std::to_string(kMostDays), quote(text)});
   return *days;
 }
 
 double readLatitude(const std::string& text) {
   constexpr double pole = 90.0;
   const std::optional<double> latitude = toNumber(text, -pole, pole);
-  if (!latitude) throw Error("the latitude is -90 to 90 degrees, not " + quoted(text));
+  if (!latitude) throw Error(Problem::kBadLatitude, {quote(text)});
   return *latitude;
 }
 
-/// Reads the values of the options; all that can be refused is refused here, before the first row
-/// is printed.
-TableRequest makeRequest(const Options& options) {
-  TableRequest request;
-  request.style = options.style;
+/// Reads the values of the options and the settings; all that can be refused is refused here,
+/// before anything is written.
+Request makeRequest(const Options& options) {
+  const Settings& settings = options.settings;
+  if (settings.place.has_value() == settings.latitude.has_value()) {
+    throw Error(Problem::kNotOnePlace);
+  }
+  Request request;
+  request.style = styleOf(settings.format.value_or("iso"));
+  setDateStyle(settings.order.value_or("ymd"), request.style);
   request.days = readDays(options.days);
   request.first = options.from ? readDate(*options.from) : today();
   const unsigned long long daysLeft = (lastDay() - request.first) / kMillisecondsPerDay + 1;
   if (static_cast<unsigned long long>(request.days) > daysLeft) {
-    throw Error("the run of days goes beyond 31 December 9999");
+    throw Error(Problem::kBeyondLastDay);
   }
-  if (options.place) {
-    request.place = *options.place;
-    request.latitude = latitudeOf(*options.place, options.places);
+  if (settings.place) {
+    request.place = *settings.place;
+    request.latitude = latitudeOf(*settings.place, options.places);
   } else {
-    request.latitude = readLatitude(*options.latitude);
+    request.latitude = readLatitude(*settings.latitude);
   }
   return request;
+}
+
+void draw(const Request& request, const Options& options) {
+  const Existing existing = {options.backup, options.number};
+  if (options.output) {
+    OutputFile file(*options.output, existing);
+    printTable(file.stream(), request);
+    file.close();
+  }
+  if (options.svg) {
+    OutputFile file(*options.svg, existing);
+    file.stream() << drawYear(request);
+    file.close();
+  }
+  if (!options.output && !options.svg) printTable(std::cout, request);
+}
+
+void drawOrList(Options options) {
+  zn_lib::setVerbose(options.verbose);
+  const bool isListing = options.action == Action::kListSettings;
+  if (!isListing || options.save) {
+    complete(options.settings);
+    const Request request = makeRequest(options);
+    if (options.save) save(options.settings);
+    if (!isListing) draw(request, options);
+  }
+  if (isListing) list();
 }
 
 void run(const Options& options) {
@@ -63,20 +95,13 @@ void run(const Options& options) {
     case Action::kPrintVersion:
       std::cout << "almanac, with zn_udf " << zn_udf_1VersionNumber << '\n';
       break;
-    case Action::kPrintTable:
-      zn_lib::setVerbose(options.verbose);
-      setDateStyle(options.order, options.style);
-      printTable(makeRequest(options));
+    case Action::kDraw:
+    case Action::kListSettings:
+      drawOrList(options);
       break;
   }
   // Only the flush shows whether the last rows could be written.
-  if (!std::cout.flush()) throw Error("cannot write to standard output");
-}
-
-/// The library prints errors only when it is verbose.
-void printError(const std::exception& error) {
-  zn_lib::setVerbose(true);
-  zn_lib::errorMessage(error.what());
+  if (!std::cout.flush()) throw Error(Problem::kCannotPrint);
 }
 
 }  // namespace
@@ -89,11 +114,12 @@ int main(int argc, char* argv[]) {
   try {
     almanac::run(almanac::readOptions(argc, argv));
     return 0;
-  } catch (const almanac::UsageError& error) {
-    almanac::printError(error);
-    return almanac::kExitUsage;
+  } catch (const almanac::Error& error) {
+    almanac::printError(error, argv[0]);
+    return error.exitStatus();
   } catch (const std::exception& error) {
-    almanac::printError(error);
-    return almanac::kExitFailure;
+    zn_lib::setVerbose(true);
+    zn_lib::errorMessage(error.what());
+    return 1;
   }
 }

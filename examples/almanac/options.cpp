@@ -2,8 +2,7 @@
 
 #include <getopt.h>
 
-#include <map>
-
+#include "dates.h"
 #include "errors.h"
 #include "text.h"
 
@@ -19,6 +18,12 @@ enum OptionCode {
   kOrder,
   kDays,
   kFormat,
+  kOutput,
+  kSvg,
+  kBackup,
+  kNumber,
+  kSave,
+  kListSettings,
   kVerbose,
   kHelpOption,
   kVersion
@@ -31,43 +36,35 @@ const option kLongOptions[] = {{"place", required_argument, nullptr, kPlace},
                                {"order", required_argument, nullptr, kOrder},
                                {"days", required_argument, nullptr, kDays},
                                {"format", required_argument, nullptr, kFormat},
+                               {"output", required_argument, nullptr, kOutput},
+                               {"svg", required_argument, nullptr, kSvg},
+                               {"backup", no_argument, nullptr, kBackup},
+                               {"number", no_argument, nullptr, kNumber},
+                               {"save", no_argument, nullptr, kSave},
+                               {"settings", no_argument, nullptr, kListSettings},
                                {"verbose", no_argument, nullptr, kVerbose},
                                {"help", no_argument, nullptr, kHelpOption},
                                {"version", no_argument, nullptr, kVersion},
                                {nullptr, 0, nullptr, 0}};
 
-const std::map<std::string, zn_lib::DATE_FORMAT> kOrders = {{"dmy", zn_lib::DAY_MONTH_YEAR},
-                                                            {"mdy", zn_lib::MONTH_DAY_YEAR},
-                                                            {"ymd", zn_lib::YEAR_MONTH_DAY}};
-
-const std::map<std::string, DateStyle> kStyles = {{"iso", DateStyle::kIso},
-                                                  {"number", DateStyle::kNumber},
-                                                  {"short", DateStyle::kShortName},
-                                                  {"full", DateStyle::kFullName}};
-
-UsageError usageError(const std::string& what) { return UsageError(what + "; try --help"); }
-
-template <typename Value>
-Value lookUp(const std::map<std::string, Value>& words, const std::string& option,
-             const std::string& word) {
-  const auto found = words.find(word);
-  if (found == words.end()) throw usageError("unknown word " + quoted(word) + " for " + option);
-  return found->second;
+Error unknownWord(const std::string& word, const std::string& option) {
+  return Error(Problem::kUnknownWord, {quote(word), option});
 }
 
 /// The error for what getopt_long has just refused.
-UsageError refused(char* argv[]) {
-  if (optopt >= kPlace) return usageError("no value is taken by " + quoted(argv[optind - 1]));
+Error refused(char* argv[]) {
+  if (optopt >= kPlace) return Error(Problem::kUnexpectedArgument, {quote(argv[optind - 1])});
   // For one of several letters behind a hyphen, the argument itself may lie ahead.
   const std::string name =
       optopt == 0 ? argv[optind - 1] : std::string("-") + static_cast<char>(optopt);
-  return usageError("unknown or ambiguous option " + quoted(name));
+  return Error(Problem::kUnknownOption, {quote(name)});
 }
 
 }  // namespace
 
 Options readOptions(int argc, char* argv[]) {
   Options options;
+  Settings& settings = options.settings;
   opterr = 0;
   for (;;) {
     // The colon asks for an answer of its own where an argument is missing.
@@ -75,25 +72,45 @@ Options readOptions(int argc, char* argv[]) {
     if (code == -1) break;
     switch (code) {
       case kPlace:
-        options.place = optarg;
+        settings.place = optarg;
         break;
       case kPlaces:
         options.places = optarg;
         break;
       case kLatitude:
-        options.latitude = optarg;
+        settings.latitude = optarg;
         break;
       case kFrom:
         options.from = optarg;
         break;
       case kOrder:
-        options.order = lookUp(kOrders, "--order", optarg);
+        settings.order = optarg;
+        if (!isOrder(optarg)) throw unknownWord(optarg, "--order");
         break;
       case kDays:
         options.days = optarg;
         break;
       case kFormat:
-        options.style = lookUp(kStyles, "--format", optarg);
+        settings.format = optarg;
+        if (!isStyle(optarg)) throw unknownWord(optarg, "--format");
+        break;
+      case kOutput:
+        options.output = optarg;
+        break;
+      case kSvg:
+        options.svg = optarg;
+        break;
+      case kBackup:
+        options.backup = true;
+        break;
+      case kNumber:
+        options.number = true;
+        break;
+      case kSave:
+        options.save = true;
+        break;
+      case kListSettings:
+        options.action = Action::kListSettings;
         break;
       case kVerbose:
         options.verbose = true;
@@ -105,14 +122,15 @@ Options readOptions(int argc, char* argv[]) {
         options.action = Action::kPrintVersion;
         return options;
       case ':':
-        throw usageError("an argument is missing behind " + quoted(argv[optind - 1]));
+        throw Error(Problem::kMissingArgument, {quote(argv[optind - 1])});
       default:
         throw refused(argv);
     }
   }
-  if (optind < argc) throw usageError("stray argument " + quoted(argv[optind]));
-  if (options.place.has_value() == options.latitude.has_value()) {
-    throw usageError("one of --place and --latitude is needed, and one only");
+  if (optind < argc) throw Error(Problem::kStrayArgument, {quote(argv[optind])});
+  if (settings.place && settings.latitude) throw Error(Problem::kNotOnePlace);
+  if ((options.backup || options.number) && !options.output && !options.svg) {
+    throw Error(Problem::kNoFileToKeep);
   }
   return options;
 }
@@ -120,6 +138,7 @@ Options readOptions(int argc, char* argv[]) {
 const char kHelp[] =
     "Usage: almanac --place NAME [OPTION]...\n"
     "       almanac --latitude DEGREES [OPTION]...\n"
+    "       almanac [OPTION]...                      with what --save has kept\n"
     "\n"
     "Prints one row a day: the date, the length of the day, its change since the day\n"
     "before in minutes and seconds, the moon's phase and the lit share of its disc,\n"
@@ -135,7 +154,16 @@ const char kHelp[] =
     "  --format FORMAT     how dates are written: iso, number, short or full; the\n"
     "                      latter three in the order of --order, with the month as\n"
     "                      a number, a short name or a full name; default iso\n"
-    "  --verbose           print a title and column headings as well\n"
+    "  --output FILE       write the table to FILE\n"
+    "  --svg FILE          draw the year of the first day to FILE instead: the length\n"
+    "                      of its days and the quarters of the moon; both files are\n"
+    "                      written with --output\n"
+    "  --backup            move a FILE that exists to its backup, \"FILE~\"\n"
+    "  --number            write to a numbered name where FILE exists, and print that\n"
+    "                      name; it may follow another name found beside FILE\n"
+    "  --save              keep place or latitude, order and format for later runs\n"
+    "  --settings          print what is kept instead of the table\n"
+    "  --verbose           a title and column headings; tell which files are written\n"
     "  --help              print this text\n"
     "  --version           print the version\n"
     "\n"
@@ -144,7 +172,10 @@ const char kHelp[] =
     "with mdy, 2024/3/5 with ymd). Years are 0001 to 9999, always with four digits.\n"
     "In the order ymd, months are written as numbers whatever the format.\n"
     "\n"
-    "Exit status: 0 for success, 1 when a value, a file or the output fails, 2 for a\n"
-    "command line that cannot be understood.\n";
+    "Without --backup and --number, almanac asks before it overwrites a file. What\n"
+    "--save keeps lies in $XDG_CONFIG_HOME/almanac.cfg, or ~/.config/almanac.cfg.\n"
+    "\n"
+    "Exit status: 0 for success, 1 when a value, a file or the output fails or a file\n"
+    "was kept as it was, 2 for a command line that cannot be understood.\n";
 
 }  // namespace almanac

@@ -2,32 +2,32 @@
 #ifndef ALMANAC_OPTIONS_H
 #define ALMANAC_OPTIONS_H
 
-#include <zn_datetime.h>
-
 #include <optional>
 #include <string>
 
-#include "dates.h"
+#include "settings.h"
 
 namespace almanac {
 
-enum class Action { kPrintTable, kPrintHelp, kPrintVersion };
+enum class Action { kDraw, kListSettings, kPrintHelp, kPrintVersion };
 
 /// What the command line says. Values are as given: they are read, and refused, only where the
 /// options as such are right.
 struct Options {
-  Action action = Action::kPrintTable;
-  std::optional<std::string> place;
-  std::optional<std::string> latitude;
+  Action action = Action::kDraw;
+  Settings settings;
   std::string places = "/usr/share/zoneinfo/zone.tab";
   std::optional<std::string> from;
   std::string days = "7";
-  zn_lib::DATE_FORMAT order = zn_lib::YEAR_MONTH_DAY;
-  DateStyle style = DateStyle::kIso;
+  std::optional<std::string> output;
+  std::optional<std::string> svg;
+  bool backup = false;
+  bool number = false;
+  bool save = false;
   bool verbose = false;
 };
 
-/// Reads the options, up to the first that asks for help or for the version. Throws UsageError.
+/// Reads the options, up to the first that asks for help or for the version. Throws Error.
 Options readOptions(int argc, char* argv[]);
 
 /// What --help prints.

@@ -4,10 +4,8 @@
 #include <zn_str.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <fstream>
 #include <optional>
-#include <system_error>
 #include <vector>
 
 #include "errors.h"
@@ -25,9 +23,8 @@ struct Place {
 };
 
 /// The error for a file, with the reason that the system has just given.
-Error fileError(const std::string& what, const std::string& file) {
-  const std::string reason = std::generic_category().message(errno);
-  return Error("cannot " + what + ' ' + quoted(file) + ": " + reason);
+Error fileError(Problem problem, const std::string& file) {
+  return Error(problem, {quote(file), systemReason()});
 }
 
 bool isCapital(char c) { return c >= 'A' && c <= 'Z'; }
@@ -71,7 +68,9 @@ std::optional<double> readLatitude(const std::string& coordinates) {
 }
 
 bool isName(const std::string& text) {
-  return !text.empty() && text.find(' ') == std::string::npos;
+  constexpr const char* characters =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789/_+-.";
+  return !text.empty() && text.find_first_not_of(characters) == std::string::npos;
 }
 
 /// The place of one line of the table; nothing when the line is malformed.
@@ -91,25 +90,25 @@ std::optional<Place> readPlace(const std::string& line) {
 class LineReader {
  public:
   explicit LineReader(const std::string& file) : file_(file), in_(file, std::ios::binary) {
-    if (!in_) throw fileError("open", file_);
+    if (!in_) throw fileError(Problem::kCannotOpen, file_);
   }
 
   /// Stores the next line without its line end; false when there is none.
   bool next(std::string& line) {
     ++number_;
     in_.getline(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
-    if (in_.bad()) throw fileError("read", file_);
+    if (in_.bad()) throw fileError(Problem::kCannotRead, file_);
     if (in_.fail() && in_.eof()) return false;
-    if (in_.fail()) throw error("the line is too long");
+    if (in_.fail()) throw error(Problem::kLineTooLong);
     // The count includes the line end, which the last line may lack.
     const std::streamsize length = in_.gcount() - (in_.eof() ? 0 : 1);
     line.assign(buffer_.data(), static_cast<std::size_t>(length));
     return true;
   }
 
-  /// `what`, with the place in the file where it is so.
-  Error error(const std::string& what) const {
-    return Error(what + ": " + quoted(file_) + ", line " + std::to_string(number_));
+  /// `problem` with the line that was read last.
+  Error error(Problem problem) const {
+    return Error(problem, {quote(file_), std::to_string(number_)});
   }
 
  private:
@@ -128,10 +127,10 @@ double latitudeOf(const std::string& name, const std::string& file) {
     const std::string text = zn_lib::rightTrim(line);
     if (text.empty() || text.front() == '#') continue;
     const std::optional<Place> place = readPlace(text);
-    if (!place) throw lines.error("malformed line");
+    if (!place) throw lines.error(Problem::kMalformedLine);
     if (!latitude && place->name == name) latitude = place->latitude;
   }
-  if (!latitude) throw Error("there is no place " + quoted(name) + " in " + quoted(file));
+  if (!latitude) throw Error(Problem::kNoSuchPlace, {quote(name), quote(file)});
   return *latitude;
 }
 

@@ -9,10 +9,10 @@ namespace almanac {
 /// The latitude, in degrees, of the place called `name` in the table `file`; of the first one,
 /// should it stand there twice.
 ///
-/// A line is two capital letters of country code, ISO 6709 coordinates, a name without blanks, and,
-/// as it likes, comments, with one tab between each two of them. Empty lines and those that begin
-/// with "#" are skipped. Blanks at a line's end do not count, so lines may end as they do on other
-/// systems.
+/// A line is two capital letters of country code, ISO 6709 coordinates, a name of letters,
+/// digits and "/_+-.", and, as it likes, comments, with one tab between each two of them. Empty
+/// lines and those that begin with "#" are skipped. Blanks at a line's end do not count, so lines
+/// may end as they do on other systems.
 ///
 /// Reads and checks the whole file, wherever the name stands. Throws Error when the file cannot be
 /// read, when any of its lines is malformed, and when the place is not there.

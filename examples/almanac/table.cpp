@@ -1,28 +1,21 @@
 #include "table.h"
 
-#include <zn_daylength.h>
-#include <zn_moonphase.h>
+#include <zn_datetime.h>
 #include <zn_output.h>
 #include <zn_str.h>
 
-#include <array>
 #include <cmath>
-#include <iostream>
+
+#include "sky.h"
 
 namespace almanac {
 namespace {
 
-constexpr int kHoursPerDay = 24;
 constexpr int kLengthWidth = 11;  // "polar night"
 constexpr int kChangeWidth = 8;   // "+1234:56", a few kilometres from a pole
 constexpr int kPhaseWidth = 15;   // "waxing crescent"
 constexpr int kPercentWidth = 4;  // "100%"
 constexpr int kBarWidth = kHoursPerDay;
-
-/// In the order of MoonPhase::phase.
-constexpr std::array<const char*, 8> kPhaseNames = {
-    "new moon",  "waxing crescent", "first quarter", "waxing gibbous",
-    "full moon", "waning gibbous",  "last quarter",  "waning crescent"};
 
 // leftPad pushes the text to the left end of its field, rightPad to the right end.
 
@@ -39,18 +32,6 @@ bool isPolarNight(double hours) { return std::isnan(hours); }
 bool isPolarDay(double hours) { return hours >= kHoursPerDay; }
 
 bool isPolar(double hours) { return isPolarNight(hours) || isPolarDay(hours); }
-
-double dayLength(unsigned long long julian, double latitude) {
-  zn_lib::DayLength day;
-  day.julian = julian;
-  day.latitude = latitude;
-  return day.compute();
-}
-
-/// A whole number of minutes as "hours:minutes", or of seconds as "minutes:seconds". The format
-/// cuts what is below the last place, where a whole number may come out a little too small: the
-/// half keeps clear of that.
-std::string sexagesimal(double sixtieths) { return zn_lib::hourFormat((sixtieths + 0.5) / 60.0); }
 
 std::string lengthText(double hours) {
   if (isPolarNight(hours)) return "polar night";
@@ -72,46 +53,31 @@ std::string bar(double hours) {
   return zn_lib::leftPad(zn_lib::replicateString("#", lit), kBarWidth, '.');
 }
 
-zn_lib::MoonPhase moonOf(unsigned long long julian) {
-  constexpr double julianDateOfDayZero = 2444238.5;
-  zn_lib::MoonPhase moon;
-  moon.days = static_cast<double>(julian) / kMillisecondsPerDay - julianDateOfDayZero;
-  moon.compute();
-  return moon;
-}
-
-std::string latitudeText(double latitude) {
-  return sexagesimal(std::round(std::fabs(latitude) * 60.0)) + (latitude < 0.0 ? " S" : " N");
-}
-
-void printHeading(const TableRequest& request) {
-  const std::string where = request.place.empty() ? "" : request.place + ", ";
-  zn_lib::processTitle("Day length and moon at " + where + "latitude " +
-                       latitudeText(request.latitude));
-  zn_lib::display(alignLeft("date", dateWidth(request.style)) + "  ");
-  zn_lib::display(alignRight("day length", kLengthWidth) + ' ');
-  zn_lib::display(alignRight("change", kChangeWidth) + "  ");
-  zn_lib::display(alignLeft("moon", kPhaseWidth) + ' ');
-  zn_lib::display(alignRight("lit", kPercentWidth) + "  ");
-  zn_lib::message("0     6     12    18");
+/// A row of the table from its six columns.
+std::string row(const std::string& date, const std::string& length, const std::string& change,
+                const std::string& phase, const std::string& lit, const std::string& hours) {
+  return date + "  " + alignRight(length, kLengthWidth) + ' ' + alignRight(change, kChangeWidth) +
+         "  " + alignLeft(phase, kPhaseWidth) + ' ' + alignRight(lit, kPercentWidth) + "  " +
+         hours + '\n';
 }
 
 }  // namespace
 
-void printTable(const TableRequest& request) {
-  printHeading(request);
+void printTable(std::ostream& out, const Request& request) {
   const int widthOfDate = dateWidth(request.style);
+  if (zn_lib::isVerbose()) {
+    out << "[Day length and moon at " << whereabouts(request.place, request.latitude) << "]\n"
+        << row(alignLeft("date", widthOfDate), "day length", "change", "moon", "lit",
+               "0     6     12    18");
+  }
   unsigned long long julian = request.first;
   double before = dayLength(julian - kMillisecondsPerDay, request.latitude);
-  for (int row = 0; row < request.days; ++row) {
+  for (int i = 0; i < request.days; ++i) {
     const double hours = dayLength(julian, request.latitude);
-    const zn_lib::MoonPhase moon = moonOf(julian);
-    std::cout << alignLeft(formatDate(julian, request.style), widthOfDate) << "  "
-              << alignRight(lengthText(hours), kLengthWidth) << ' '
-              << alignRight(changeText(before, hours), kChangeWidth) << "  "
-              << alignLeft(kPhaseNames.at(static_cast<std::size_t>(moon.phase)), kPhaseWidth) << ' '
-              << alignRight(zn_lib::percentString(moon.illuminated, 1.0, 0), kPercentWidth) << "  "
-              << bar(hours) << '\n';
+    const zn_lib::MoonPhase moon = moonAt(julian);
+    out << row(alignLeft(formatDate(julian, request.style), widthOfDate), lengthText(hours),
+               changeText(before, hours), kPhaseNames.at(static_cast<std::size_t>(moon.phase)),
+               zn_lib::percentString(moon.illuminated, 1.0, 0), bar(hours));
     before = hours;
     julian += kMillisecondsPerDay;
   }

@@ -3,6 +3,8 @@
 #include <zn_str.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <system_error>
 
 namespace almanac {
 namespace {
@@ -27,11 +29,13 @@ bool isControl(char c) {
   return byte < firstPrintable || byte == del;
 }
 
-std::string quoted(const std::string& text) {
+std::string quote(const std::string& text) {
   std::string shown = text;
   std::replace_if(shown.begin(), shown.end(), isControl, '?');
   return zn_lib::inQuotes(shown, '"');
 }
+
+std::string systemReason() { return std::generic_category().message(errno); }
 
 std::optional<int> toWholeNumber(const std::string& text, int least, int most) {
   const std::optional<double> value = toNumberWithout("-,.eE", text, least, most);

@@ -12,7 +12,10 @@ bool isControl(char c);
 
 /// `text` in double quotes, with a "?" for each control character: a message stays one line
 /// whatever it quotes.
-std::string quoted(const std::string& text);
+std::string quote(const std::string& text);
+
+/// Why the last system call failed, in the system's words.
+std::string systemReason();
 
 /// The value of `text` when it is digits only and lies between `least` and `most`; nothing
 /// otherwise.

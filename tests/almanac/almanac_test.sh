@@ -1,5 +1,6 @@
 #!/bin/sh
-# The almanac prints what the stored tables beside this script say, and ends as it should when something is wrong.
+# The almanac prints what the stored tables beside this script say, keeps settings, writes files and pictures, and ends as
+# it should when something is wrong. The cases are in the scripts beside this one.
 # usage: almanac_test.sh PATH_TO_ALMANAC
 set -u
 if [ $# -ne 1 ] || [ ! -x "$1" ]; then
@@ -11,6 +12,9 @@ data=$(CDPATH='' cd -- "$(dirname -- "$0")" && pwd)
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 1
+mkdir home
+export HOME="$work/home"
+unset XDG_CONFIG_HOME
 
 checked=0
 failed=0
@@ -57,9 +61,14 @@ expect_error() {
   shift 3
   run "$@"
   { echo "exit status $status, standard error:"; cat err; echo "standard output:"; head -n 3 out; } >why
-  [ "$status" -eq "$expected_status" ] && [ ! -s out ] && [ "$(wc -l <err)" -eq 1 ] &&
-    [ -z "$(tail -c 1 err)" ] && grep -q '^ERROR: ' err && grep -qe "$pattern" err
+  [ "$status" -eq "$expected_status" ] && [ ! -s out ] && is_error "$pattern"
   report "$name" $? why
+}
+
+# is_error PATTERN: whether `err` is one line, an error with its number that the pattern matches.
+is_error() {
+  sed -n 's/^ERROR: #\([0-9]*\)	.*/\1/p' err >>seen
+  [ "$(wc -l <err)" -eq 1 ] && [ -z "$(tail -c 1 err)" ] && grep -q '^ERROR: #[0-9][0-9]*	' err && grep -qe "$1" err
 }
 
 # expect_silent_pipe NAME: what a pipeline left in `first`, `err` and `status` is one row and a death by SIGPIPE.
@@ -70,354 +79,10 @@ expect_silent_pipe() {
 }
 
 places=$data/places.tab
-
-# ---- Tables
-
-expect_stored week --place Europe/Amsterdam --places "$places" --from 2026-06-01
-expect_stored verbose --place=Europe/Amsterdam --places="$places" --from=2026-06-01 --days=3 --verbose
-expect_stored verbose_latitude --latitude -36.8667 --from 2026-09-29 --days 3 --verbose --format full --order dmy
-expect_stored southern --place Pacific/Auckland --places "$places" --from 2026-12-18 --days 8
-expect_stored seconds --place America/New_York --places "$places" --from 2024-02-27 --days 4
-expect_stored new_year --latitude 52 --from 2023-12-29 --days 5
-expect_stored polar_day --latitude 80 --from 2026-06-20 --days 3
-expect_stored polar_night --latitude 80 --from 2026-12-20 --days 3
-expect_stored into_polar_night --latitude 70 --from 2026-11-22 --days 8
-expect_stored into_polar_day --place Arctic/Longyearbyen --places "$places" --from 2026-04-15 --days 8
-expect_stored southern_polar_night --latitude -80 --from 2026-06-20 --days 2
-expect_stored southern_polar_day --latitude -80 --from 2026-12-20 --days 2
-expect_stored first_year --latitude 0 --from 0001-01-01 --days 2
-expect_stored help --help
-
-for format in iso number short full; do
-  for order in dmy mdy ymd; do
-    echo "$format $order"
-    "$almanac" --latitude 45 --from 2024-09-30 --days 2 --format $format --order $order || echo "exit status $?"
-  done
-done >formats 2>&1
-diff "$data/formats.txt" formats >why
-report formats $? why
-
-# Each date as it is printed is read again, in the same order, as the same day.
-for format in iso number short full; do
-  for order in dmy mdy ymd; do
-    run --latitude 45 --from 2024-03-05 --days 1 --format $format --order $order
-    mv out expected
-    printed=$(sed 's/  .*//' expected)
-    expect_table "round trip, $format $order: $printed" expected \
-      --latitude 45 --from "$printed" --days 1 --format $format --order $order
-  done
+for part in tables places command_line settings files pictures messages; do
+  # shellcheck source=/dev/null
+  . "$data/$part.sh"
 done
-
-run --version
-[ $status -eq 0 ] && [ ! -s err ] && [ "$(wc -l <out)" -eq 1 ] && grep -q '^almanac, with zn_udf [0-9][0-9]*\.[0-9]' out
-report version $? out
-
-for days in 1 31 366 36600; do
-  run --latitude 52 --from 2000-01-01 --days $days
-  [ $status -eq 0 ] && [ ! -s err ] && [ "$(wc -l <out)" -eq $days ]
-  report "$days days are $days rows" $? err
-done
-run --latitude 52
-[ "$(wc -l <out)" -eq 7 ]
-report "a week when --days is not given" $?
-
-# Today is that of the time zone: these two never have the same date.
-for zone in EAST-14 WEST+12; do
-  earliest=$(TZ=$zone date +%Y-%m-%d)
-  TZ=$zone "$almanac" --latitude 52 --days 1 >out 2>err
-  printed=$(cut -d' ' -f1 out)
-  latest=$(TZ=$zone date +%Y-%m-%d)
-  echo "printed $printed, today is $latest" >why
-  [ "$printed" = "$earliest" ] || [ "$printed" = "$latest" ]
-  report "today, TZ=$zone" $? why
-done
-
-# ---- The columns agree with each other
-
-# Consecutive dates; the change is the difference of the lengths; as many marks as hours; the phase fits the lit share.
-for latitude in -60 -0.5 23.4 52.366666666666667 65; do
-  run --latitude $latitude --from 2023-12-31 --days 400
-  awk -v rows=400 '
-    function bad(what) { print "row " NR ": " what ": " $0; failures++ }
-    BEGIN { split("31 29 31 30 31 30 31 31 30 31 30 31", last, " ") }
-    {
-      split($1, ymd, "-"); split($2, hm, ":"); split(substr($3, 2), ms, ":")
-      minutes = hm[1] * 60 + hm[2]
-      change = (ms[1] * 60 + ms[2]) * (substr($3, 1, 1) == "-" ? -1 : 1)
-      marks = gsub(/#/, "#", $NF)
-      lit = $(NF - 1) + 0
-      phase = NF == 7 ? $4 " " $5 : $4
-      if (NR > 1) {
-        day++
-        if (day > last[month]) { day = 1; month++ }
-        if (month > 12) { month = 1; year++ }
-        if ($1 != sprintf("%04d-%02d-%02d", year, month, day)) bad("date")
-        difference = (minutes - before) * 60 - change
-        if (difference > 61 || difference < -61) bad("change")
-      }
-      year = ymd[1] + 0; month = ymd[2] + 0; day = ymd[3] + 0
-      before = minutes
-      if (hm[2] !~ /^[0-5][0-9]$/ || ms[2] !~ /^[0-5][0-9]$/) bad("time")
-      if (length($NF) != 24 || marks * 60 - minutes > 30 || minutes - marks * 60 > 30) bad("bar")
-      least["new moon"] = 0; most["new moon"] = 4
-      least["waxing crescent"] = least["waning crescent"] = 4
-      most["waxing crescent"] = most["waning crescent"] = 31
-      least["first quarter"] = least["last quarter"] = 31; most["first quarter"] = most["last quarter"] = 69
-      least["waxing gibbous"] = least["waning gibbous"] = 69; most["waxing gibbous"] = most["waning gibbous"] = 96
-      least["full moon"] = 96; most["full moon"] = 100
-      if (!(phase in most) || lit < least[phase] || lit > most[phase]) bad("moon")
-    }
-    END { if (NR != rows) { print NR " rows"; failures++ }; exit failures > 0 }' out >why
-  report "the columns agree, latitude $latitude" $? why
-done
-
-# ---- Dates
-
-# Each line: the order, the text, the same date in ISO 8601.
-cat >dates <<'END'
-ymd|20240305|2024-03-05
-ymd|2024-03|2024-03-01
-ymd|2024|2024-01-01
-dmy|2024-03-05|2024-03-05
-mdy|20240305|2024-03-05
-dmy|5 March 2024|2024-03-05
-dmy|05/03/2024|2024-03-05
-dmy|05-03-2024|2024-03-05
-dmy|5.3.2024|2024-03-05
-dmy|5. Mar. 2024|2024-03-05
-dmy|  5  march  2024  |2024-03-05
-dmy|31 DECEMBER 2024|2024-12-31
-dmy|1 Dec 2024|2024-12-01
-dmy|1 may 2024|2024-05-01
-mdy|Dec 25, 2024|2024-12-25
-mdy|Sept 1, 2024|2024-09-01
-mdy|03/05/2024|2024-03-05
-ymd|2024/3/5|2024-03-05
-ymd|2024-3-5|2024-03-05
-ymd|2024 Mar 5|2024-03-05
-ymd|2024/2/29|2024-02-29
-ymd|0024/2/29|0024-02-29
-END
-while IFS='|' read -r order text iso; do
-  run --latitude 52 --from "$iso" --days 1
-  mv out expected
-  if [ "$(cut -d' ' -f1 expected)" != "$iso" ]; then echo 'a row of that date' >expected; fi
-  expect_table "date $order $text" expected --latitude 52 --from "$text" --days 1 --order "$order"
-done <dates
-
-while IFS='|' read -r order text pattern; do
-  expect_error "date $order '$text'" 1 "$pattern" --latitude 52 --from "$text" --order "$order"
-done <<'END'
-ymd|2023-02-29|there is no date
-ymd|2024-02-30|there is no date
-ymd|20241301|there is no date
-ymd|2024-13-45|there is no date
-dmy|31/4/2024|there is no date
-mdy|Feb 29, 1900|there is no date
-mdy|13/1/2024|there is no date
-ymd|0000/1/1|there is no date
-ymd|0000-01-01|there is no date
-ymd|2024-00-10|cannot read the date
-ymd|2024-01-00|cannot read the date
-ymd|2024-03-05T14:07|cannot read the date
-ymd|2024-0305|cannot read the date
-ymd|2024-03-|cannot read the date
-ymd||cannot read the date
-ymd|hello|cannot read the date
-ymd|5 March 2024|cannot read the date
-ymd|24/3/5|cannot read the date
-dmy|3/5/24|cannot read the date
-dmy|5 Ma 2024|cannot read the date
-dmy|5 Marx 2024|cannot read the date
-dmy|5 Decembers 2024|cannot read the date
-dmy|5 xyz 2024|cannot read the date
-dmy|5//3/2024|cannot read the date
-dmy|5/3/2024/|cannot read the date
-dmy|-5/3/2024|cannot read the date
-dmy|5/3|cannot read the date
-dmy|1/5/3/2024|cannot read the date
-dmy|65541/3/2024|cannot read the date
-dmy|1e+0/3/2024|cannot read the date
-dmy|5/3/12024|cannot read the date
-END
-expect_error "date of many bytes" 1 "cannot read the date" --latitude 52 --from "$(printf '%100000s' x | tr ' ' -)"
-expect_error "date in two lines" 1 "cannot read the date" --latitude 52 --from "2024
-03 05"
-
-run --latitude 52 --from 9999-12-30 --days 2
-[ $status -eq 0 ] && [ "$(cut -d' ' -f1 out | tail -n 1)" = 9999-12-31 ]
-report "the last day of all" $? err
-expect_error "a day beyond the last" 1 "31 December 9999" --latitude 52 --from 9999-12-30 --days 3
-
-# ---- Numbers
-
-for latitude in '' - . 1. +5 5,5 5x 90.01 -90.01 nan inf 0x10 1e5 1e+5 1e+ e+1 1e-999 '5 ' '5
-6'; do
-  expect_error "latitude '$latitude'" 1 "the latitude is -90 to 90 degrees" --latitude "$latitude"
-done
-for latitude in 90 -90 .5 -.5 0 -0 5e-1 1e+1; do
-  run --latitude "$latitude" --from 2026-06-01 --days 1
-  [ $status -eq 0 ] && [ ! -s err ] && [ "$(wc -l <out)" -eq 1 ]
-  report "latitude $latitude" $? err
-done
-for days in '' - 0 -1 +1 1.5 1e+1 1,000 36601 99999999999999999999 7x ' 7'; do
-  expect_error "days '$days'" 1 "the number of days is 1 to 36600" --latitude 52 --days "$days"
-done
-
-# ---- Places
-
-if [ -r /usr/share/zoneinfo/zone.tab ]; then
-  run --latitude 52.366666666666667 --from 2026-01-01 --days 366
-  mv out expected
-  expect_table "the system's places" expected --place Europe/Amsterdam --from 2026-01-01 --days 366
-else
-  echo "the system has no /usr/share/zoneinfo/zone.tab" >why
-  report "the system's places" 1 why
-fi
-
-expect_error "unknown place" 1 'there is no place "Europe/Atlantis" in' --place Europe/Atlantis --places "$places"
-expect_error "place in lower case" 1 'there is no place' --place europe/amsterdam --places "$places"
-expect_error "empty place" 1 'there is no place ""' --place '' --places "$places"
-expect_error "place in two lines" 1 'there is no place "a?b"' --place 'a
-b' --places "$places"
-expect_error "no such file" 1 'cannot open "none.tab"' --place X --places none.tab
-expect_error "file without a name" 1 'cannot open ""' --place X --places ''
-expect_error "file below a file" 1 'cannot open' --place X --places "$places/x"
-expect_error "directory" 1 'cannot read' --place X --places "$work"
-: >empty.tab
-expect_error "empty file" 1 'there is no place' --place X --places empty.tab
-expect_error "program as places" 1 'malformed line: .*, line 1$' --place X --places "$almanac"
-expect_error "endless line" 1 'too long: "/dev/zero", line 1$' --place X --places /dev/zero
-
-# Each of these lines spoils a file whose second line is the place that is wanted.
-while IFS= read -r line; do
-  { printf '# test\nNL\t+5222+00454\tEurope/Amsterdam\n'; printf '%b\n' "$line"; } >bad.tab
-  expect_error "malformed line '$line'" 1 'malformed line: "bad.tab", line 3$' \
-    --place Europe/Amsterdam --places bad.tab
-done <<'END'
-NL
-NL\t+5222+00454
-NL\t+5222+00454\t
-NL\t+5222+00454\t\tcomment
-NL\t+5222+00454\tA/B\tcomment\tmore
-NL +5222+00454 A/B
-\tNL\t+5222+00454\tA/B
- NL\t+5222+00454\tA/B
- # comment
-nl\t+5222+00454\tA/B
-N\t+5222+00454\tA/B
-NLD\t+5222+00454\tA/B
-N1\t+5222+00454\tA/B
-NL\t\tA/B
-NL\t5222+00454\tA/B
-NL\t+522200454\tA/B
-NL\t+5222+00454+\tA/B
-NL\t+5222+00454-00454\tA/B
-NL\t++5222+00454\tA/B
-NL\t+522+00454\tA/B
-NL\t+05222+00454\tA/B
-NL\t+5222+0454\tA/B
-NL\t+522200+00454\tA/B
-NL\t+5222+0045400\tA/B
-NL\t+5260+00454\tA/B
-NL\t+522260+0045400\tA/B
-NL\t+5222+00460\tA/B
-NL\t+9001+00454\tA/B
-NL\t+900001+0045400\tA/B
-NL\t+9100+00454\tA/B
-NL\t+5222+18001\tA/B
-NL\t+5222+18100\tA/B
-NL\t+52.2+00454\tA/B
-NL\t+52e2+00454\tA/B
-NL\t+5222 +00454\tA/B
-NL\t+5222+00454\tA B
-NL\t+5222+00454\tA/B\0000
-NL\t+5222+00454\tA/B\tcomm\0000ent
-NL\t+5222+00454\tA/B\tcomm\0033ent
-NL\t+5222+00454\rA/B
-END
-
-# Each of these lines is as good as the one in the test's places.
-run --place Europe/Amsterdam --places "$places" --from 2026-06-01 --days 2
-mv out amsterdam
-while IFS= read -r line; do
-  printf '%b' "$line" >good.tab
-  expect_table "well-formed line '$line'" amsterdam --place Europe/Amsterdam --places good.tab --from 2026-06-01 --days 2
-done <<'END'
-NL\t+5222+00454\tEurope/Amsterdam
-NL\t+5222+00454\tEurope/Amsterdam\n
-NL\t+5222+00454\tEurope/Amsterdam\r\n
-\n \t\n\r\nNL\t+5222+00454\tEurope/Amsterdam\n\n
-NL\t+5222+00454\tEurope/Amsterdam\t\n
-NL\t+5222+00454\tEurope/Amsterdam\tcomments, a few\n
-NL\t+5222+00454\tEurope/Amsterdam\t\0303\0251t\0351\n
-NL\t+5222-18000\tEurope/Amsterdam\n
-NL\t+522200+0045400\tEurope/Amsterdam\n
-#\n#\0000\0001\0377\nNL\t+5222+00454\tEurope/Amsterdam\n
-AQ\t-9000+00000\tSouth\nNL\t+5222+00454\tEurope/Amsterdam\nAQ\t+9000+00000\tNorth\n
-NL\t+5222+00454\tEurope/Amsterdam\nNL\t+0000+00000\tEurope/Amsterdam\n
-END
-{ printf '#%500000s\n' x; printf 'NL\t+5222+00454\tEurope/Amsterdam\t%500000s\n' x; } >long.tab
-expect_table "long lines" amsterdam --place Europe/Amsterdam --places long.tab --from 2026-06-01 --days 2
-
-# ---- The command line
-
-expect_error "no place" 2 'one of --place and --latitude'
-expect_error "no place, but the rest" 2 'one of --place and --latitude' --from 2026-06-01 --days 3 --places "$places"
-expect_error "place and latitude" 2 'one of --place and --latitude' --place Europe/Amsterdam --latitude 52
-expect_error "unknown option" 2 'unknown .*"--bogus"' --latitude 52 --bogus
-expect_error "unknown short option" 2 'unknown .*"-x"' --latitude 52 -x
-expect_error "unknown short options" 2 'unknown .*"-x"' -xyz --latitude 52
-expect_error "ambiguous option" 2 'ambiguous .*"--ver"' --latitude 52 --ver
-expect_error "option in two lines" 2 'unknown' --latitude 52 '--bo
-gus'
-expect_error "value of an option without" 2 'no value .*"--verbose=yes"' --latitude 52 --verbose=yes
-for option in place places latitude from order days format; do
-  expect_error "missing argument of --$option" 2 "missing behind \"--$option\"" --latitude 52 --$option
-done
-for order in '' DMY dym x; do
-  expect_error "order '$order'" 2 'for --order' --latitude 52 --order "$order"
-done
-for format in '' ISO long x; do
-  expect_error "format '$format'" 2 'for --format' --latitude 52 --format "$format"
-done
-expect_error "stray operand" 2 'stray argument "30"' --latitude 52 30
-expect_error "stray operand in front" 2 'stray argument "30"' 30 --latitude 52
-expect_error "stray operand behind --" 2 'stray argument "--days"' --latitude 52 -- --days
-expect_error "wrong usage before wrong values" 2 'one of --place and --latitude' --days x --from y
-expect_error "errors are alone when verbose" 1 'there is no date' --latitude 52 --from 2024-02-30 --verbose
-
-# ---- Output that cannot be written
-
-run --latitude 52 --from 2026-01-01 --days 1
-mv out one_row
-many="--latitude 52 --from 2026-01-01 --days 36600"
-# shellcheck disable=SC2086
-{ "$almanac" $many 2>err; echo $? >status; } | head -n 1 >first
-expect_silent_pipe "broken pipe"
-# shellcheck disable=SC2086
-(trap '' PIPE; { "$almanac" $many 2>err; echo $? >status; } | head -n 1 >first)
-expect_silent_pipe "broken pipe, signal ignored by the parent"
-
-# expect_lost NAME: what a command left in `err` and `status` is the error of a failed write.
-expect_lost() {
-  { echo "exit status $status"; cat err; } >why
-  [ "$status" -eq 1 ] && [ "$(cat err)" = "ERROR: cannot write to standard output" ]
-  report "$1" $? why
-}
-for arguments in '--latitude 52' "$many" '--latitude 52 --verbose' --help --version; do
-  # shellcheck disable=SC2086
-  "$almanac" $arguments >/dev/full 2>err
-  status=$?
-  expect_lost "full device: $arguments"
-  # shellcheck disable=SC2086
-  "$almanac" $arguments >&- 2>err
-  status=$?
-  expect_lost "closed standard output: $arguments"
-done
-"$almanac" --place Europe/Amsterdam --places "$places" >&- 2>err
-status=$?
-expect_lost "closed standard output: --place"
 
 echo "$checked cases, $failed failed"
 [ "$failed" -eq 0 ]

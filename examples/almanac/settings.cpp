@@ -1,0 +1,88 @@
+#include "settings.h"
+
+#include <zn_dir.h>
+#include <zn_file.h>
+#include <zn_setcfg.h>
+
+#include <cstdlib>
+
+#include "dates.h"
+#include "errors.h"
+#include "text.h"
+
+namespace almanac {
+namespace {
+
+/// The store with what the file holds.
+class Store : public zn_lib::Configuration {
+ public:
+  Store() : Configuration("ALMANAC", "almanac") {
+    const char* const directory = std::getenv("XDG_CONFIG_HOME");
+    const bool isSet = directory != nullptr && *directory != '\0';
+    path = isSet ? directory : "~/.config";
+    load();
+  }
+
+  /// The value of a setting that is there and not empty.
+  std::optional<std::string> find(const std::string& key) {
+    const std::string value = get(key).value;
+    if (value.empty()) return {};
+    return value;
+  }
+
+  /// The value of a setting that must be one of the words that `isWord` takes.
+  template <class IsWord>
+  std::optional<std::string> findWord(const std::string& key, IsWord isWord) {
+    const std::optional<std::string> word = find(key);
+    if (word && !isWord(*word)) {
+      throw Error(Problem::kBadSetting, {quote(*word), quote(key), quote(getConfigurationFile())});
+    }
+    return word;
+  }
+
+  /// A setting without a value is kept as an empty one: it is listed all the same.
+  void keep(const std::string& key, const std::optional<std::string>& value,
+            const std::string& describe) {
+    set(key, "TEXT", value.value_or(""), describe);
+  }
+};
+
+bool holds(Store& store, const Settings& settings) {
+  return store.find("place") == settings.place && store.find("latitude") == settings.latitude &&
+         store.find("order") == settings.order && store.find("format") == settings.format;
+}
+
+}  // namespace
+
+void complete(Settings& settings) {
+  Store store;
+  if (!settings.place && !settings.latitude) {
+    settings.place = store.find("place");
+    settings.latitude = store.find("latitude");
+  }
+  if (!settings.order) settings.order = store.findWord("order", isOrder);
+  if (!settings.format) settings.format = store.findWord("format", isStyle);
+}
+
+void save(const Settings& settings) {
+  Store store;
+  store.keep("place", settings.place, "Place");
+  store.keep("latitude", settings.latitude, "Latitude in degrees");
+  store.keep("order", settings.order, "Order of a date");
+  store.keep("format", settings.format, "Format of a date");
+
+  std::string directory = store.path;
+  zn_lib::checkHomePath(directory);
+  zn_lib::createDir(directory);
+  // A disk that is full does not show in the result, only in the file.
+  const bool isWritten = store.save();
+  store.changed = false;
+  Store written;
+  if (!isWritten || !holds(written, settings)) {
+    throw Error(Problem::kCannotSaveSettings, {quote(store.getConfigurationFile())});
+  }
+}
+
+void list() { Store().listConfiguration(); }
+
+}  // namespace almanac

@@ -1,0 +1,60 @@
+# Options that cannot be understood, and output that cannot be written. Sourced by almanac_test.sh.
+
+# ---- The command line
+
+expect_error "no place" 2 'one of --place and --latitude'
+expect_error "no place, but the rest" 2 'one of --place and --latitude' --from 2026-06-01 --days 3 --places "$places"
+expect_error "place and latitude" 2 'one of --place and --latitude' --place Europe/Amsterdam --latitude 52
+expect_error "unknown option" 2 'unknown .*"--bogus"' --latitude 52 --bogus
+expect_error "unknown short option" 2 'unknown .*"-x"' --latitude 52 -x
+expect_error "unknown short options" 2 'unknown .*"-x"' -xyz --latitude 52
+expect_error "ambiguous option" 2 'ambiguous .*"--ver"' --latitude 52 --ver
+expect_error "option in two lines" 2 'unknown' --latitude 52 '--bo
+gus'
+expect_error "value of an option without" 2 'no value .*"--verbose=yes"' --latitude 52 --verbose=yes
+for option in place places latitude from order days format; do
+  expect_error "missing argument of --$option" 2 "missing behind \"--$option\"" --latitude 52 --$option
+done
+for order in '' DMY dym x; do
+  expect_error "order '$order'" 2 'for --order' --latitude 52 --order "$order"
+done
+for format in '' ISO long x; do
+  expect_error "format '$format'" 2 'for --format' --latitude 52 --format "$format"
+done
+expect_error "stray operand" 2 'stray argument "30"' --latitude 52 30
+expect_error "stray operand in front" 2 'stray argument "30"' 30 --latitude 52
+expect_error "stray operand behind --" 2 'stray argument "--days"' --latitude 52 -- --days
+expect_error "wrong usage before wrong values" 2 'one of --place and --latitude' --days x --from y
+expect_error "errors are alone when verbose" 1 'there is no date' --latitude 52 --from 2024-02-30 --verbose
+
+# ---- Output that cannot be written
+
+run --latitude 52 --from 2026-01-01 --days 1
+mv out one_row
+many="--latitude 52 --from 2026-01-01 --days 36600"
+# shellcheck disable=SC2086
+{ "$almanac" $many 2>err; echo $? >status; } | head -n 1 >first
+expect_silent_pipe "broken pipe"
+# shellcheck disable=SC2086
+(trap '' PIPE; { "$almanac" $many 2>err; echo $? >status; } | head -n 1 >first)
+expect_silent_pipe "broken pipe, signal ignored by the parent"
+
+# expect_lost NAME: what a command left in `err` and `status` is the error of a failed write.
+expect_lost() {
+  { echo "exit status $status"; cat err; } >why
+  [ "$status" -eq 1 ] && is_error 'cannot write to standard output$'
+  report "$1" $? why
+}
+for arguments in '--latitude 52' "$many" '--latitude 52 --verbose' --help --version; do
+  # shellcheck disable=SC2086
+  "$almanac" $arguments >/dev/full 2>err
+  status=$?
+  expect_lost "full device: $arguments"
+  # shellcheck disable=SC2086
+  "$almanac" $arguments >&- 2>err
+  status=$?
+  expect_lost "closed standard output: $arguments"
+done
+"$almanac" --place Europe/Amsterdam --places "$places" >&- 2>err
+status=$?
+expect_lost "closed standard output: --place"

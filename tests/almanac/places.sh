@@ -1,0 +1,95 @@
+# Tables of places. Sourced by almanac_test.sh.
+
+if [ -r /usr/share/zoneinfo/zone.tab ]; then
+  run --latitude 52.366666666666667 --from 2026-01-01 --days 366
+  mv out expected
+  expect_table "the system's places" expected --place Europe/Amsterdam --from 2026-01-01 --days 366
+else
+  echo "the system has no /usr/share/zoneinfo/zone.tab" >why
+  report "the system's places" 1 why
+fi
+
+expect_error "unknown place" 1 'there is no place "Europe/Atlantis" in' --place Europe/Atlantis --places "$places"
+expect_error "place in lower case" 1 'there is no place' --place europe/amsterdam --places "$places"
+expect_error "empty place" 1 'there is no place ""' --place '' --places "$places"
+expect_error "place in two lines" 1 'there is no place "a?b"' --place 'a
+b' --places "$places"
+expect_error "no such file" 1 'cannot open "none.tab"' --place X --places none.tab
+expect_error "file without a name" 1 'cannot open ""' --place X --places ''
+expect_error "file below a file" 1 'cannot open' --place X --places "$places/x"
+expect_error "directory" 1 'cannot read' --place X --places "$work"
+: >empty.tab
+expect_error "empty file" 1 'there is no place' --place X --places empty.tab
+expect_error "program as places" 1 'malformed line: .*, line 1$' --place X --places "$almanac"
+expect_error "endless line" 1 'too long: "/dev/zero", line 1$' --place X --places /dev/zero
+
+# Each of these lines spoils a file whose second line is the place that is wanted.
+while IFS= read -r line; do
+  { printf '# test\nNL\t+5222+00454\tEurope/Amsterdam\n'; printf '%b\n' "$line"; } >bad.tab
+  expect_error "malformed line '$line'" 1 'malformed line: "bad.tab", line 3$' \
+    --place Europe/Amsterdam --places bad.tab
+done <<'END'
+NL
+NL\t+5222+00454
+NL\t+5222+00454\t
+NL\t+5222+00454\t\tcomment
+NL\t+5222+00454\tA/B\tcomment\tmore
+NL +5222+00454 A/B
+\tNL\t+5222+00454\tA/B
+ NL\t+5222+00454\tA/B
+ # comment
+nl\t+5222+00454\tA/B
+N\t+5222+00454\tA/B
+NLD\t+5222+00454\tA/B
+N1\t+5222+00454\tA/B
+NL\t\tA/B
+NL\t5222+00454\tA/B
+NL\t+522200454\tA/B
+NL\t+5222+00454+\tA/B
+NL\t+5222+00454-00454\tA/B
+NL\t++5222+00454\tA/B
+NL\t+522+00454\tA/B
+NL\t+05222+00454\tA/B
+NL\t+5222+0454\tA/B
+NL\t+522200+00454\tA/B
+NL\t+5222+0045400\tA/B
+NL\t+5260+00454\tA/B
+NL\t+522260+0045400\tA/B
+NL\t+5222+00460\tA/B
+NL\t+9001+00454\tA/B
+NL\t+900001+0045400\tA/B
+NL\t+9100+00454\tA/B
+NL\t+5222+18001\tA/B
+NL\t+5222+18100\tA/B
+NL\t+52.2+00454\tA/B
+NL\t+52e2+00454\tA/B
+NL\t+5222 +00454\tA/B
+NL\t+5222+00454\tA B
+NL\t+5222+00454\tA/B\0000
+NL\t+5222+00454\tA/B\tcomm\0000ent
+NL\t+5222+00454\tA/B\tcomm\0033ent
+NL\t+5222+00454\rA/B
+END
+
+# Each of these lines is as good as the one in the test's places.
+run --place Europe/Amsterdam --places "$places" --from 2026-06-01 --days 2
+mv out amsterdam
+while IFS= read -r line; do
+  printf '%b' "$line" >good.tab
+  expect_table "well-formed line '$line'" amsterdam --place Europe/Amsterdam --places good.tab --from 2026-06-01 --days 2
+done <<'END'
+NL\t+5222+00454\tEurope/Amsterdam
+NL\t+5222+00454\tEurope/Amsterdam\n
+NL\t+5222+00454\tEurope/Amsterdam\r\n
+\n \t\n\r\nNL\t+5222+00454\tEurope/Amsterdam\n\n
+NL\t+5222+00454\tEurope/Amsterdam\t\n
+NL\t+5222+00454\tEurope/Amsterdam\tcomments, a few\n
+NL\t+5222+00454\tEurope/Amsterdam\t\0303\0251t\0351\n
+NL\t+5222-18000\tEurope/Amsterdam\n
+NL\t+522200+0045400\tEurope/Amsterdam\n
+#\n#\0000\0001\0377\nNL\t+5222+00454\tEurope/Amsterdam\n
+AQ\t-9000+00000\tSouth\nNL\t+5222+00454\tEurope/Amsterdam\nAQ\t+9000+00000\tNorth\n
+NL\t+5222+00454\tEurope/Amsterdam\nNL\t+0000+00000\tEurope/Amsterdam\n
+END
+{ printf '#%500000s\n' x; printf 'NL\t+5222+00454\tEurope/Amsterdam\t%500000s\n' x; } >long.tab
+expect_table "long lines" amsterdam --place Europe/Amsterdam --places long.tab --from 2026-06-01 --days 2
