@@ -1,3 +1,5 @@
+#include <dirent.h>
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,6 +16,21 @@
 #include "output_capture.h"
 #include "samples.h"
 #include "temporary_files.h"
+
+namespace {
+
+bool typesAreUnknown = false;
+
+}  // namespace
+
+/// Stands in for the C library's function of this name, in the library under test too, so that it
+/// can be made to give no entry types.
+extern "C" __attribute__((visibility("default"))) dirent* readdir(DIR* directory) {
+  static const auto next = reinterpret_cast<dirent* (*)(DIR*)>(dlsym(RTLD_NEXT, "readdir"));
+  dirent* const entry = next(directory);
+  if (entry != nullptr && typesAreUnknown) entry->d_type = DT_UNKNOWN;
+  return entry;
+}
 
 namespace {
 
@@ -71,6 +88,24 @@ TEST_F(Directories, ChangeAndCreate) {
   EXPECT_EQ(std::filesystem::current_path(), directory / "a");
 }
 
+TEST_F(Directories, ChangeAndCreateTakeNamesAsTheyAre) {
+  const Home home(directory.c_str());
+  for (const std::string name : {"~", "~/a", "a\\b", " x "}) {
+    EXPECT_TRUE(zn_lib::createDir(name)) << name;
+    EXPECT_TRUE(std::filesystem::is_directory(directory / name)) << name;
+    EXPECT_TRUE(zn_lib::changeDir(name)) << name;
+    EXPECT_EQ(std::filesystem::current_path(), directory / name);
+    std::filesystem::current_path(directory);
+  }
+  writeFile("file", "");
+  const Written text = written([] {
+    EXPECT_FALSE(zn_lib::changeDir("file"));
+    EXPECT_FALSE(zn_lib::createDir("file"));
+    EXPECT_FALSE(zn_lib::createDir("missing/d"));
+  });
+  EXPECT_EQ(text.out + text.err, "") << "no message in verbose mode either";
+}
+
 TEST_F(Directories, CreateLetsOwnerAndGroupIn) {
   struct stat status;
   for (const mode_t mask : {mode_t{0}, mode_t{0027}}) {
@@ -80,6 +115,15 @@ TEST_F(Directories, CreateLetsOwnerAndGroupIn) {
     ASSERT_EQ(stat("d", &status), 0);
     EXPECT_EQ(status.st_mode & 07777, mode_t{0770} & ~mask);
     std::filesystem::remove("d");
+
+    std::string source = ".";
+    std::string target = "copy";
+    const mode_t again = umask(mask);
+    EXPECT_TRUE(zn_lib::copyDir(source, target));
+    umask(again);
+    ASSERT_EQ(stat("copy", &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, mode_t{0770} & ~mask) << "the target of a copy";
+    std::filesystem::remove_all("copy");
   }
 }
 
@@ -104,6 +148,37 @@ TEST_F(Directories, ListSelects) {
       {"<dir> ", true, {}},
   };
   for (const auto& c : cases) EXPECT_EQ(listed(".", c.filter, c.skipHidden), c.names) << c.filter;
+}
+
+TEST_F(Directories, ListSelectsDirectoriesWhereTheSystemGivesNoTypes) {
+  fill();
+  typesAreUnknown = true;
+  EXPECT_EQ(listed(".", "<dir>", false), (Names{".hiddensub", "sub"})) << "links are not followed";
+  EXPECT_EQ(listed("./", "<dir>", true), Names{"sub"});
+  EXPECT_EQ(listed(directory, "<dir>", true), Names{"sub"});
+  EXPECT_EQ(listed(".", "", true), (Names{"link", "one.txt", "sub", "two.cpp"}));
+  typesAreUnknown = false;
+}
+
+TEST_F(Directories, ListKeepsTheOrderOfTheSystem) {
+  for (int i = 0; i < 40; ++i) writeFile(std::to_string(i * 7919 % 1000), "");
+  Names inOrder;
+  DIR* const here = opendir(".");
+  ASSERT_NE(here, nullptr);
+  while (const dirent* const entry = readdir(here)) inOrder.push_back(entry->d_name);
+  closedir(here);
+  ASSERT_FALSE(std::is_sorted(inOrder.begin(), inOrder.end())) << "this file system sorts";
+  Names names;
+  EXPECT_TRUE(zn_lib::listDir("", "", false, names));
+  EXPECT_EQ(names, inOrder);
+}
+
+TEST_F(Directories, ListLeavesTheCallersNameAsItIs) {
+  const Home home(directory.c_str());
+  const std::string dir = " ~";
+  Names names;
+  EXPECT_TRUE(zn_lib::listDir(dir, "", true, names));
+  EXPECT_EQ(dir, " ~");
 }
 
 TEST_F(Directories, ListAppends) {
@@ -214,6 +289,24 @@ TEST_F(Directories, CopyKeepsWhatIsThere) {
   }
 }
 
+TEST_F(Directories, CopyIsTrueWhateverBecomesOfTheFiles) {
+  fill();
+  writeFile("sub/file", "text");
+  std::string source = "sub";
+  std::string target = "one.txt";
+  const auto copy = [&] { EXPECT_TRUE(zn_lib::copyDir(source, target)); };
+  EXPECT_EQ(written(copy).err, "") << "the target is a file";
+  EXPECT_EQ(readFile("one.txt"), "1");
+
+  target = "sub/within";
+  EXPECT_EQ(written(copy).err, "");
+  EXPECT_EQ(listed("sub/within", "", true), (Names{"file", "within"})) << "the target itself, too";
+  EXPECT_EQ(readFile("sub/within/within"), "");
+  target = "sub";
+  EXPECT_EQ(written(copy).err, "") << "onto itself";
+  EXPECT_EQ(readFile("sub/file"), "text");
+}
+
 TEST_F(Directories, CopyExpandsTheHomeDirectoryInTheCallersNames) {
   fill();
   const Home home(directory.c_str());
@@ -233,6 +326,15 @@ TEST_F(Directories, CopyFailures) {
   EXPECT_EQ(copy("a", ""), "ERROR: No target and/or destination provided\n");
   EXPECT_EQ(copy("missing", "b"), "ERROR: missing does not exist\n");
   EXPECT_EQ(copy("sub", "b/c"), "ERROR: Cannot create b/c\n");
+
+  EXPECT_EQ(copy(" ", "b"), "ERROR:  does not exist\n");
+  EXPECT_EQ(copy("sub", " "), "ERROR: Cannot create \n");
+  EXPECT_FALSE(isThere("b"));
+  {
+    const Home home("/missing/home");
+    EXPECT_EQ(copy("~", "b"), "ERROR: /missing/home does not exist\n");
+    EXPECT_EQ(copy("sub", "~"), "ERROR: Cannot create /missing/home\n");
+  }
 
   std::string source = "one.txt";
   std::string target = "of_a_file";

@@ -78,6 +78,31 @@ TEST_F(ErrorCatalog, Reads) {
       {"text behind the error",
        "<E>" + error("1", "a") + "\n text " + error("2", "b") + "</E>",
        {{1, "a"}, {2, "b"}}},
+      {"text behind the number counts for it",
+       "<E><ERROR><ID>1</ID>5<MESSAGE>a</MESSAGE></ERROR></E>",
+       {{5, "a"}}},
+      {"text behind the message counts for it",
+       "<E><ERROR><ID>1</ID><MESSAGE>a</MESSAGE>b</ERROR></E>",
+       {{1, "b"}}},
+      {"an empty number", "<E>" + error("1", "a") + error("", "b") + "</E>", {{1, "b"}}},
+      {"an empty message", "<E>" + error("1", "a") + error("2", "") + "</E>", {{1, "a"}, {2, "a"}}},
+      {"a message of blanks",
+       "<E>" + error("1", "a") + error("2", " ") + "</E>",
+       {{1, "a"}, {2, ""}}},
+      {"neither", "<E><ERROR/></E>", {{0, ""}}},
+      {"the number behind the message",
+       "<E><ERROR><MESSAGE>a</MESSAGE><ID>1</ID></ERROR></E>",
+       {{1, "a"}}},
+      {"the last piece of a number", "<E>" + error("1&#50;", "a") + "</E>", {{2, "a"}}},
+      {"a comment within a message", "<E>" + error("1", "a<!-- -->b") + "</E>", {{1, "b"}}},
+      {"a CDATA section", "<E>" + error("1", "<![CDATA[ a & b ]]>") + "</E>", {{1, "a & b "}}},
+      {"an element within a message",
+       "<E><ERROR><ID>1</ID><MESSAGE>a<b>c</b>d</MESSAGE></ERROR></E>",
+       {{1, "a"}}},
+      {"the root is an error", error("1", "a"), {{1, "a"}}},
+      {"an error within an error",
+       "<ERROR><ID>1</ID><MESSAGE>a</MESSAGE>" + error("2", "b") + "</ERROR>",
+       {{2, "b"}}},
       {"text before the number",
        "<E><ERROR>\n<ID>1</ID><MESSAGE>a</MESSAGE></ERROR></E>",
        {{1, "a"}}},
@@ -120,6 +145,9 @@ TEST_F(ErrorCatalog, ExpandsTheHomeDirectory) {
   Catalog catalog;
   zn_lib::readErrorFile("~/errors.xml", catalog);
   EXPECT_EQ(catalog.size(), 1u);
+  catalog.clear();
+  zn_lib::readErrorFile(" ~\\errors.xml", catalog);
+  EXPECT_EQ(catalog.size(), 1u) << "and takes a backslash for a slash";
 }
 
 TEST_F(ErrorCatalog, StopsAtAnEntityBomb) {

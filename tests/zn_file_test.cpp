@@ -1,20 +1,23 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <zn_file.h>
 #include <zn_output.h>
 
+#include <csignal>
 #include <cstdio>
-#include <functional>
+#include <filesystem>
 #include <limits>
 #include <regex>
 #include <string>
 #include <utility>
 
 #include "output_capture.h"
+#include "reference_names.h"
 #include "samples.h"
 #include "temporary_files.h"
+#include "unprivileged.h"
 
 namespace {
 
@@ -117,10 +120,11 @@ TEST(SplitFileName, AgreesWithItsPatterns) {
   const std::regex lastExt("(.+)[\\.](.+)$");
   const std::regex fileSplit("(.+[\\/])?(.+)");
   const auto agrees = [&](const std::string& text) {
-    std::string rest = text;
+    const std::string slashed = reference::withSlashes(text);
+    std::string rest = slashed;
     std::string extension;
     std::smatch match;
-    if (std::regex_match(text, match, lastExt)) {
+    if (std::regex_match(slashed, match, lastExt)) {
       extension = match[2];
       rest = match[1];
     }
@@ -131,13 +135,24 @@ TEST(SplitFileName, AgreesWithItsPatterns) {
     ASSERT_EQ(parts.extension, extension) << text;
     ASSERT_EQ(parts.path, split.str(1)) << text;
     ASSERT_EQ(parts.name, split.str(2)) << text;
+    ASSERT_EQ(name, slashed);
+    name = text;
     ASSERT_EQ(zn_lib::stripExtension(name), rest) << text;
+    ASSERT_EQ(name, slashed);
+
+    // The plain code stands in for the patterns where a text is too long for these.
+    const reference::Parts plain = reference::split(text);
+    ASSERT_EQ(plain.extension, extension) << text;
+    ASSERT_EQ(plain.path, split.str(1)) << text;
+    ASSERT_EQ(plain.name, split.str(2)) << text;
+    ASSERT_EQ(reference::stripExtension(text), rest) << text;
   };
-  forEveryText("a./\n\r\0\xFF"s, 6, agrees);
+  forEveryText("./-1a\n\r\\", 5, agrees);
+  forEveryText("a./\n\r\0\xFF"s, 5, agrees);
   forEveryText("a./", 10, agrees);
   std::mt19937 random(6);
   for (std::size_t length = 10; length < 1500; length += 3) {
-    agrees(randomText(random, "ab./-~ \xE4", length));
+    agrees(randomText(random, "ab./-~ \\\xE4", length));
     agrees(randomText(random, "abcdefghij./", length) + (length % 2 == 0 ? "\n" : "") + "x.y");
   }
 }
@@ -157,9 +172,20 @@ TEST(CreateFileName, Examples) {
       {"  ~", "f", "", "/home/ada/f"},
       {"  ", "f", "", "f"},
       {"~/a~", "f", "", "/home/ada/a~/f"},
+      {"a ", " f", " x", "a / f. x"},
+      {"a\n", "f", "", "a\n/f"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(zn_lib::createFileName(c.dir, c.name, c.ext), c.joined) << c.dir << c.name;
+  }
+}
+
+TEST(CreateFileName, TakesBackslashesOfTheHomeDirectoryForSlashes) {
+  const char* const cases[][2] = {
+      {"\\\\srv\\ada", "//srv/ada/f"}, {"C:\\", "C:/f"}, {"", "f"}, {"~", "~/f"}};
+  for (const auto& c : cases) {
+    const Home home(c[0]);
+    EXPECT_EQ(zn_lib::createFileName("~", "f", ""), c[1]) << c[0];
   }
 }
 
@@ -197,30 +223,80 @@ TEST(CheckHomePath, ReplacesTheFirstTilde) {
   }
 }
 
+/// A file object, which is what names are kept in.
+class Named : public zn_lib::FileName {};
+
+template <class Split>
+bool isSame(const Split& parts, const reference::Parts& expected) {
+  return parts.path == expected.path && parts.name == expected.name &&
+         parts.extension == expected.extension;
+}
+
+// Comparing with EXPECT_EQ would print both texts where they differ.
 TEST(LongNames, AreAnswered) {
-  const Home home("/home/ada");
-  const std::string a(kLongText, 'a');
-  std::string name = a + "\\" + a + "." + a;
-  const zn_lib::name_of_file parts = zn_lib::splitFileName(name);
-  EXPECT_EQ(parts.path, a + "/");
-  EXPECT_EQ(parts.name, a);
-  EXPECT_EQ(parts.extension, a);
-  EXPECT_EQ(zn_lib::stripExtension(name), a + "/" + a);
-  EXPECT_EQ(zn_lib::createFileName(a, a, a), name);
-  for (const char c : {'.', '/', '\\', '\n', ' ', '~', '\0'}) {
-    const bool isBreak = c == '\n';
-    std::string same(kLongText, c);
-    const zn_lib::name_of_file split = zn_lib::splitFileName(same);
-    EXPECT_EQ(split.path.size() + split.name.size() + split.extension.size(),
-              isBreak ? 0 : kLongText - (c == '.' ? 1 : 0))
-        << c;
+  const std::string home = "/home/ada";
+  const Home inHome(home.c_str());
+  std::mt19937 random(16);
+  const std::string mixture = randomText(random, "ab./\\-17 ~", 1000);
+  std::string mixtures;
+  while (mixtures.size() < kLongText) mixtures += mixture;
+  const std::string a(kLongText / 16, 'a');
+  const struct {
+    const char* what;
+    std::string text;
+  } cases[] = {
+      {"letters", std::string(kLongText, 'a')},
+      {"dots", std::string(kLongText, '.')},
+      {"slashes", std::string(kLongText, '/')},
+      {"backslashes", std::string(kLongText, '\\')},
+      {"hyphens behind digits", std::string(kLongText / 2, '7') + std::string(kLongText / 2, '-')},
+      {"blanks", std::string(kLongText, ' ')},
+      {"line feeds", std::string(kLongText, '\n')},
+      {"tildes", std::string(kLongText, '~')},
+      {"all but line breaks", mixtures},
+      {"all of them", mixture + '\n' + mixture + a},
+      {"carriage returns", std::string(kLongText / 16, '\r')},
+      {"NULs", std::string(kLongText / 16, '\0')},
+      {"bytes above 0x7F", std::string(kLongText / 16, '\xFF')},
+      {"three long parts", a + "\\" + a + "." + a},
+      {"a dot in front", "." + a},
+      {"a dot at the end", a + "."},
+      {"a slash in front", "/" + a},
+      {"a slash at the end", a + "/"},
+      {"a line break in the middle", a + ".\n" + a},
+      {"blanks and a tilde", std::string(a.size(), '\t') + "~" + a + "/~"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    const std::string slashed = reference::withSlashes(c.text);
+    const std::string homed = reference::withHome(c.text, home);
+    const reference::Parts parts = reference::split(slashed);
+    std::string name = c.text;
+    EXPECT_TRUE(isSame(zn_lib::splitFileName(name), parts));
+    EXPECT_TRUE(name == slashed);
+    name = c.text;
+    EXPECT_TRUE(zn_lib::stripExtension(name) == reference::stripExtension(slashed));
+    EXPECT_TRUE(name == slashed);
+    EXPECT_TRUE(zn_lib::createFileName(c.text, "n", "x") ==
+                reference::join({c.text, "n", "x"}, home));
+
+    Named file;
+    name = c.text;
+    file.setFileName(name);
+    EXPECT_TRUE(name == slashed);
+    EXPECT_TRUE(isSame(file.nameParts, parts));
+    EXPECT_TRUE(file.getFileName() == reference::withHome(reference::join(parts, home), home));
+
+    name = c.text;
+    zn_lib::checkHomePath(name);
+    EXPECT_TRUE(name == homed);
+    name = c.text;
+    zn_lib::addEndSlash(name);
+    EXPECT_EQ(name.size(), c.text.size() + (c.text.back() == '/' ? 0 : 1));
+    EXPECT_EQ(name.back(), '/');
+    EXPECT_EQ(name.compare(0, c.text.size(), c.text), 0);
   }
-  std::string broken = a + "\n" + a;
-  EXPECT_EQ(zn_lib::splitFileName(broken).name, "");
-  EXPECT_EQ(zn_lib::stripExtension(broken), broken);
-  zn_lib::checkHomePath(broken);
-  zn_lib::addEndSlash(broken);
-  EXPECT_EQ(broken, a + "\n" + a + "/");
+  EXPECT_TRUE(zn_lib::createFileName(a, mixtures, a) == a + "/" + mixtures + "." + a);
 }
 
 // ---- Files
@@ -268,18 +344,6 @@ TEST_F(Files, CopyIsTrueOnceItWasAttempted) {
   EXPECT_EQ(readFile("a"), "");
 }
 
-/// Runs `test` in a child without root's privileges and gives its exit status.
-int withoutPrivileges(const std::function<int()>& test) {
-  const pid_t child = fork();
-  if (child == 0) {
-    if (geteuid() == 0 && setuid(65534) != 0) _exit(99);
-    _exit(test());
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
-}
-
 TEST_F(Files, CopyOfAnUnreadableFileIsEmpty) {
   writeFile("a", "text");
   ASSERT_EQ(chmod("a", 0), 0);
@@ -319,6 +383,104 @@ TEST_F(Files, BackupMovesTheFile) {
   writeFile("a.cfg", "three");
   EXPECT_TRUE(zn_lib::createBackup("a.cfg\0junk"s)) << "a name ends at its first NUL";
   EXPECT_EQ(readFile("a.cfg~"), "three");
+}
+
+TEST_F(Files, NamesAreTakenAsTheyAre) {
+  const Home home("/missing");
+  for (const std::string& name : {"~"s, "a\\b"s, " x "s, "~\\~"s, "\xE4"s}) {
+    writeFile(name, "text");
+    EXPECT_TRUE(zn_lib::fileCopy(name, name + "2", false)) << name;
+    EXPECT_EQ(readFile(name + "2"), "text") << name;
+    EXPECT_TRUE(zn_lib::fileRename(name + "2", name + "3", false)) << name;
+    EXPECT_EQ(readFile(name + "3"), "text") << name;
+    EXPECT_NE(written([&] { EXPECT_TRUE(zn_lib::hexDump(name, 1)) << name; }).out, "");
+    EXPECT_TRUE(zn_lib::createBackup(name)) << name;
+    EXPECT_EQ(readFile(name + "~"), "text") << name;
+  }
+}
+
+TEST_F(Files, AnEmptyDirectoryMakesWay) {
+  const auto makeDirectories = [] {
+    std::filesystem::create_directories("empty");
+    std::filesystem::create_directories("full/x");
+    std::filesystem::create_directories("b~");
+  };
+  writeFile("a", "text");
+  makeDirectories();
+  EXPECT_TRUE(zn_lib::fileCopy("a", "empty", true));
+  EXPECT_EQ(readFile("empty"), "text");
+  EXPECT_TRUE(zn_lib::fileRename("empty", "b", true));
+  makeDirectories();
+  EXPECT_TRUE(zn_lib::createBackup("b"));
+  EXPECT_EQ(readFile("b~"), "text");
+  EXPECT_TRUE(zn_lib::fileRename("b~", "empty", true));
+  EXPECT_EQ(readFile("empty"), "text");
+
+  EXPECT_FALSE(zn_lib::fileRename("a", "full", true)) << "cannot be removed";
+  EXPECT_TRUE(std::filesystem::is_directory("full/x"));
+  EXPECT_EQ(readFile("a"), "text");
+  EXPECT_TRUE(zn_lib::fileRename("full", "moved", false)) << "a directory is renamed as a file is";
+  EXPECT_TRUE(std::filesystem::is_directory("moved/x"));
+}
+
+TEST_F(Files, ALinkThatLeadsNowhereDoesNotExist) {
+  std::filesystem::create_symlink("nowhere", "link");
+  EXPECT_FALSE(zn_lib::fileCopy("link", "b", true));
+  EXPECT_FALSE(zn_lib::fileRename("link", "b", true));
+  EXPECT_FALSE(zn_lib::createBackup("link"));
+  EXPECT_FALSE(isThere("b"));
+  writeFile("a", "text");
+  EXPECT_TRUE(zn_lib::fileCopy("a", "link", false)) << "through the link";
+  EXPECT_EQ(readFile("nowhere"), "text");
+}
+
+TEST_F(Files, OperationsWithoutPermission) {
+  writeFile("a", "text");
+  std::filesystem::create_directory("closed");
+  writeFile("closed/b", "old");
+  writeFile("secret", "text");
+  ASSERT_EQ(chmod("closed", 0555), 0);
+  ASSERT_EQ(chmod("secret", 0), 0);
+  ASSERT_EQ(chmod(".", 0755), 0);
+  const struct {
+    const char* what;
+    bool (*run)();
+    bool result;
+  } cases[] = {
+      {"a copy that cannot be created", [] { return zn_lib::fileCopy("a", "closed/c", true); },
+       true},
+      {"a target that cannot be removed", [] { return zn_lib::fileCopy("a", "closed/b", true); },
+       false},
+      {"renaming there", [] { return zn_lib::fileRename("a", "closed/c", true); }, false},
+      {"renaming over", [] { return zn_lib::fileRename("a", "closed/b", true); }, false},
+      {"a backup", [] { return zn_lib::createBackup("closed/b"); }, false},
+      {"a dump", [] { return zn_lib::hexDump("secret", 16); }, false},
+  };
+  zn_lib::setVerbose(true);
+  for (const auto& c : cases) {
+    int result = -1;
+    const Written text =
+        written([&] { result = withoutPrivileges([&] { return c.run() ? 1 : 0; }); });
+    EXPECT_EQ(result, c.result ? 1 : 0) << c.what;
+    EXPECT_EQ(text.out + text.err, "") << c.what;
+  }
+  EXPECT_EQ(readFile("a"), "text");
+  ASSERT_EQ(chmod("closed", 0755), 0) << "so that it can be removed";
+  EXPECT_EQ(readFile("closed/b"), "old");
+  EXPECT_FALSE(isThere("closed/c"));
+}
+
+TEST_F(Files, CopyIsTrueThoughTheDiskIsFull) {
+  writeFile("a", std::string(100000, 'x'));
+  ASSERT_EQ(chmod(".", 0777), 0);
+  const int result = withoutPrivileges([] {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit size = {5000, 5000};
+    if (setrlimit(RLIMIT_FSIZE, &size) != 0) return 98;
+    return zn_lib::fileCopy("a", "b", true) ? 1 : 0;
+  });
+  EXPECT_EQ(result, 1);
+  EXPECT_EQ(readFile("b"), std::string(5000, 'x'));
 }
 
 TEST_F(Files, NoOperationPrints) {
@@ -375,6 +537,11 @@ TEST_F(Files, HexDumpExample) {
   EXPECT_EQ(written([&] { result = zn_lib::hexDump("a", 4); }).out,
             " 0  1  2  3   0123\n\n48 65 6c 6c   Hell\n6f ffffffff \n");
   EXPECT_TRUE(result);
+
+  writeFile("a", "Hello, world!\n");
+  EXPECT_EQ(written([] { zn_lib::hexDump("a", 16); }).out,
+            " 0  1  2  3  4  5  6  7  8  9 10 11 12 13 14 15   0123456789012345\n\n"
+            "48 65 6c 6c 6f 2c 20 77 6f 72 6c 64 21 0a ffffffff \n");
 }
 
 TEST_F(Files, HexDumpOfEveryLengthAndWidth) {

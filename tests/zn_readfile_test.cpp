@@ -1,12 +1,16 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <zn_output.h>
 #include <zn_readfile.h>
 
 #include <string>
+#include <type_traits>
 
 #include "output_capture.h"
 #include "temporary_files.h"
+#include "unprivileged.h"
 
 namespace {
 
@@ -39,6 +43,76 @@ TEST_F(ReadFileTest, IsClosedAtFirst) {
   file.fileClose();
   EXPECT_TRUE(file.file.good()) << "closing what is not open does nothing";
   EXPECT_EQ(written([&] { EXPECT_FALSE(file.cat()); }).out, "");
+}
+
+TEST_F(ReadFileTest, IsANameAFlagAndAStream) {
+  static_assert(std::is_base_of_v<zn_lib::FileName, zn_lib::ReadFile>);
+  static_assert(std::has_virtual_destructor_v<zn_lib::ReadFile>);
+  const zn_lib::ReadFile file;
+  const auto* const flag = reinterpret_cast<const char*>(&file.binary);
+  EXPECT_LT(reinterpret_cast<const char*>(&file.nameParts), flag);
+  EXPECT_LT(flag, reinterpret_cast<const char*>(&file.file));
+  EXPECT_EQ(file.nameParts.path + file.nameParts.name + file.nameParts.extension, "");
+}
+
+/// The descriptor that the next file to be opened gets.
+int nextDescriptor() {
+  const int descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+  close(descriptor);
+  return descriptor;
+}
+
+TEST_F(ReadFileTest, DestructorClosesTheFile) {
+  writeFile("a", "x");
+  const int descriptor = nextDescriptor();
+  {
+    zn_lib::ReadFile file;
+    open(file, "a");
+    EXPECT_NE(nextDescriptor(), descriptor);
+  }
+  EXPECT_EQ(nextDescriptor(), descriptor);
+}
+
+TEST_F(ReadFileTest, AFailedCloseShowsInTheStream) {
+  writeFile("a", "x");
+  const int descriptor = nextDescriptor();
+  zn_lib::ReadFile file;
+  open(file, "a");
+  const Written text = written([&] {
+    EXPECT_EQ(close(descriptor), 0) << "behind the stream's back";
+    file.fileClose();
+  });
+  EXPECT_EQ(text.out + text.err, "");
+  EXPECT_TRUE(file.file.fail());
+  EXPECT_FALSE(file.file.is_open());
+}
+
+TEST_F(ReadFileTest, ComposesTheNameAtEachOpening) {
+  std::string name = "~/notes.txt";
+  zn_lib::ReadFile file;
+  file.setFileName(name);
+  for (const std::string home : {"one", "two"}) {
+    ASSERT_EQ(mkdir(home.c_str(), 0700), 0);
+    writeFile(home + "/notes.txt", "at " + home);
+    const Home inHome(home.c_str());
+    EXPECT_TRUE(file.fileOpen());
+    EXPECT_EQ(written([&] { file.cat(); }).out, "at " + home + "\n");
+    file.fileClose();
+    file.file.clear();
+  }
+}
+
+TEST_F(ReadFileTest, DoesNotOpenWhatMayNotBeRead) {
+  writeFile("secret", "x");
+  ASSERT_EQ(chmod("secret", 0), 0);
+  ASSERT_EQ(chmod(".", 0755), 0);
+  EXPECT_EQ(withoutPrivileges([] {
+              zn_lib::ReadFile file;
+              std::string name = "secret";
+              file.setFileName(name);
+              return file.fileOpen() || file.cat() ? 1 : 0;
+            }),
+            0);
 }
 
 TEST_F(ReadFileTest, OpensInEitherMode) {

@@ -1,3 +1,4 @@
+#include <dirent.h>
 #include <gtest/gtest.h>
 #include <zn_dir.h>
 #include <zn_output.h>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "output_capture.h"
+#include "reference_names.h"
 #include "samples.h"
 #include "temporary_files.h"
 
@@ -54,6 +56,9 @@ TEST_F(SequentialFile, Examples) {
       {"the base as a pattern", {"aXc.d"}, "a.c.d", "aXc-1.d"},
       {"a dot file", {".profile"}, ".profile", ".profile-1."},
       {"a hidden file counts", {".run.log"}, "run.log", ".run-1.log"},
+      {"a backslash in a file's name", {"run\\x.log"}, "run.log", "run/x-1.log"},
+      {"two extensions", {"run.tar.gz"}, "run.log", "run.tar-1.log"},
+      {"a line break in a file's name", {"run\n-7.log"}, "run.log", "run\n-7.log-1.log"},
   };
   for (const auto& c : cases) {
     std::filesystem::create_directory("case");
@@ -114,24 +119,109 @@ TEST_F(SequentialFile, AgreesWithItsPattern) {
   });
 }
 
+/// The names in `dir` in the system's order; none where it cannot be opened.
+std::vector<std::string> entriesOf(const std::string& dir) {
+  std::vector<std::string> entries;
+  DIR* const directory = opendir(dir.empty() ? "." : dir.c_str());
+  if (directory == nullptr) return entries;
+  while (const dirent* const entry = readdir(directory)) entries.push_back(entry->d_name);
+  closedir(directory);
+  return entries;
+}
+
+const std::regex lastExt("(.+)[\\.](.+)$");
+const std::regex fileSplit("(.+[\\/])?(.+)");
+const std::regex fileseq("(.+)[-](\\d+)?");
+
+/// `sequentialFile` by the letter of its patterns, where HOME plays no part.
+std::string byPatterns(const std::string& text) {
+  const std::string name = reference::withSlashes(text);
+  std::smatch match;
+  const bool hasExtension = std::regex_match(name, match, lastExt);
+  const std::string extension = hasExtension ? match.str(2) : "";
+  const std::string rest = hasExtension ? match.str(1) : name;
+  std::regex_match(rest, match, fileSplit);
+  const std::string path = match.str(1);
+  std::string base = match.str(2);
+  std::smatch number;
+  if (std::regex_match(base, number, fileseq)) base = std::string(number[1]);
+  const std::vector<std::string> entries = entriesOf(path);
+  if (entries.empty()) return name;
+  const std::regex filter(base);
+  for (const std::string& entry : entries) {
+    if (!std::regex_search(entry, filter)) continue;
+    std::string stem = reference::withSlashes(entry);
+    if (std::regex_match(stem, match, lastExt)) stem = std::string(match[1]);
+    if (!std::regex_match(stem, fileseq)) base = stem;
+  }
+  return path + base + "-1." + extension;
+}
+
+TEST_F(SequentialFile, AgreesWithAllItsPatterns) {
+  std::filesystem::create_directory("work");
+  std::filesystem::current_path("work");
+  for (const char* file : {"a", "a.x", "1-a", "a-1", "-", "--1", "aa.1", "a\\.-", ".a", "a\n-1"}) {
+    writeFile(file, "");
+  }
+  std::filesystem::create_directory("1");
+  writeFile("1/a1.x", "");
+  forEveryText("./-1a\n\r\\", 4, [](const std::string& name) {
+    ASSERT_EQ(sequential(name), byPatterns(name)) << name;
+  });
+  forEveryText("./-1a", 6, [](const std::string& name) {
+    ASSERT_EQ(sequential(name), byPatterns(name)) << name;
+  });
+  std::filesystem::current_path("..");
+}
+
 TEST_F(SequentialFile, StemsOfFilesAgreeWithItsPattern) {
-  const std::regex fileseq("(.+)[-](\\d+)?");
-  forEveryText("a-1\n", 4, [&](const std::string& tail) {
+  forEveryText("a-1.\n\r\\", 4, [&](const std::string& tail) {
     const std::string file = "base" + tail;
     writeFile(file, "");
-    const bool isNumbered = std::regex_match(file, fileseq);
-    ASSERT_EQ(sequential("base.x"), (isNumbered ? "base" : file) + "-1.x") << file;
+    std::string stem = reference::withSlashes(file);
+    std::smatch match;
+    if (std::regex_match(stem, match, lastExt)) stem = std::string(match[1]);
+    const bool isNumbered = std::regex_match(stem, fileseq);
+    ASSERT_EQ(reference::beforeNumber(stem).empty(), !isNumbered) << stem;
+    ASSERT_EQ(sequential("base.x"), (isNumbered ? "base" : stem) + "-1.x") << file;
     std::filesystem::remove(file);
   });
 }
 
+// Comparing with EXPECT_EQ would print both texts where they differ.
 TEST_F(SequentialFile, AnswersForNamesOfAnyLength) {
-  const std::string a(kLongText, 'a');
-  EXPECT_EQ(sequential(a + ".x"), a + "-1.x");
-  EXPECT_EQ(sequential(a + "-77.x"), a + "-1.x");
-  EXPECT_EQ(sequential(a + "." + a + ".x"), a + "." + a + "-1.x");
-  EXPECT_EQ(sequential("a-" + std::string(kLongText, '7')), "a-1.");
-  EXPECT_EQ(sequential(a + "+.x"), a + "+.x") << "too long for a pattern";
+  const auto all = [](char c) { return std::string(kLongText, c); };
+  const std::string a(kLongText / 16, 'a');
+  std::mt19937 random(35);
+  const std::string part = randomText(random, "ab.-17 ~", 1000);
+  std::string mixture = "x";
+  while (mixture.size() < kLongText) mixture += part;
+  // A base without name selects all there is, which is "." and "..".
+  const std::string lastDots = entriesOf(".").back();
+  const struct {
+    const char* what;
+    std::string name, result;
+  } cases[] = {
+      {"letters", all('a'), all('a') + "-1."},
+      {"dots", all('.'), std::string(kLongText - 2, '.') + "-1.."},
+      {"slashes", all('/'), all('/')},
+      {"backslashes", all('\\'), all('/')},
+      {"hyphens", all('-'), all('-') + "1."},
+      {"digits", all('7'), all('7') + "-1."},
+      {"blanks", all(' '), all(' ') + "-1."},
+      {"line feeds", all('\n'), lastDots + "-1."},
+      {"tildes", all('~'), all('~') + "-1."},
+      {"a mixture", mixture + "z.x", mixture + "z-1.x"},
+      {"a numbered mixture", mixture + "z-77.x", mixture + "z-1.x"},
+      {"a mixture as a directory", mixture + "\\z.x", mixture + "/z.x"},
+      {"a line feed behind a mixture", mixture + "\n", lastDots + "-1."},
+      {"an extension", a + ".x", a + "-1.x"},
+      {"a number", a + "-77.x", a + "-1.x"},
+      {"two dots", a + "." + a + ".x", a + "." + a + "-1.x"},
+      {"a long number", "a-" + std::string(a.size(), '7'), "a-1."},
+      {"too long for a pattern", a + "+.x", a + "+.x"},
+  };
+  for (const auto& c : cases) EXPECT_TRUE(sequential(c.name) == c.result) << c.what;
 }
 
 }  // namespace

@@ -11,7 +11,9 @@
 #include <csignal>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
+#include <type_traits>
 
 #include "output_capture.h"
 #include "samples.h"
@@ -79,6 +81,35 @@ TEST_F(Settings, StartEmpty) {
   EXPECT_FALSE(named.changed);
 }
 
+TEST_F(Settings, MembersAreInOrder) {
+  const auto at = [](const auto& member) { return reinterpret_cast<const char*>(&member); };
+  const Configuration store;
+  EXPECT_LT(at(store.elements), at(store.path));
+  EXPECT_LT(at(store.path), at(store.name));
+  EXPECT_LT(at(store.name), at(store.extension));
+  EXPECT_LT(at(store.extension), at(store.type));
+  EXPECT_LT(at(store.type), at(store.changed));
+  EXPECT_LT(at(store.changed), at(store.backup));
+  const zn_lib::ConfigElement element;
+  EXPECT_LT(at(element.value), at(element.type));
+  EXPECT_LT(at(element.type), at(element.describe));
+  static_assert(!std::is_polymorphic_v<zn_lib::ConfigElement>);
+  static_assert(std::has_virtual_destructor_v<Configuration>);
+}
+
+TEST_F(Settings, LoadIsVirtual) {
+  class Preset : public Configuration {
+   public:
+    bool load() override {
+      set("preset", "1");
+      return Configuration::load();
+    }
+  };
+  const std::unique_ptr<Configuration> store = std::make_unique<Preset>();
+  EXPECT_TRUE(store->load());
+  EXPECT_EQ(store->get("preset").value, "1");
+}
+
 TEST_F(Settings, FileName) {
   const Home home("/home/ada");
   Configuration store;
@@ -132,11 +163,22 @@ TEST_F(Settings, SetWithAnElement) {
   store.set(" key ", element);
   EXPECT_TRUE(store.changed);
   EXPECT_EQ(fieldsOf(store.get("key")), "v|t|d");
+  store.set("\tkey\n", "t2", "v2", "d2");
+  EXPECT_EQ(fieldsOf(store.get("key")), "v2|t2|d2");
+  EXPECT_EQ(store.elements.size(), 1u);
+  store.set("key", element);
+  store.set("", element);
+  store.set(" ", "t", "blank", "d");
+  EXPECT_EQ(store.get("").value, "blank");
+  EXPECT_EQ(store.elements.size(), 2u);
   store.set("copy", store.elements.at("key").value);
   EXPECT_EQ(store.get("copy").value, "v");
 }
 
 TEST(MapKey, IsByteWise) {
+  static_assert(
+      std::is_same_v<decltype(&zn_lib::map_key<std::string>::operator()),
+                     bool (zn_lib::map_key<std::string>::*)(std::string, std::string) const>);
   const zn_lib::map_key<std::string> before;
   EXPECT_TRUE(before("B", "a"));
   EXPECT_TRUE(before("a", "ab"));
@@ -163,6 +205,15 @@ TEST_F(Settings, LoadReads) {
       {"text behind a child", "<C><k a='t'>v<x/>w</k></C>", "v|t|"},
       {"deeper", "<C><x><k a='t'>v</k></x></C>", "v|t|"},
       {"broken behind it", "<C><k a='t'>v</k><", "v|t|"},
+      {"a later element without text", "<C><k a='t'>v</k><k a='u'/></C>", "v|u|"},
+      {"a later element without attributes", "<C><k a='t' b='d'>v</k><k>w</k></C>", "w|t|d"},
+      {"within itself", "<C><k a='t'>v<k>w</k>x</k></C>", "w|t|"},
+      {"a CDATA section", "<C><k a='t'>v<![CDATA[ <w> ]]></k></C>", "v<w> |t|"},
+      {"a blank as a reference", "<C><k a='t'>v&#32;w</k></C>", "vw|t|"},
+      {"a comment", "<C><k a='t'>v <!-- -->  w</k></C>", "v w|t|"},
+      {"blanks only", "<C><k> \n </k></C>", "|TEXT|"},
+      {"any attributes", "<C><k describe='t' data_type='d'>v</k></C>", "v|t|d"},
+      {"in the usual root", "<CONFIGURATION type='x'>y<k a='t'>v</k>z</CONFIGURATION>", "v|t|"},
       {"a quote", "<C><k a='t' b=\"it's\">v</k></C>", "v|t|it's"},
   };
   for (const auto& c : cases) {
@@ -175,6 +226,14 @@ TEST_F(Settings, LoadReads) {
 TEST_F(Settings, LoadSkipsOnlyTheRootsUsualName) {
   EXPECT_TRUE(loaded("<CONFIGURATION type='x'>text</CONFIGURATION>").empty());
   EXPECT_EQ(fieldsOf(loaded("<root type='x'>text</root>").at("root")), "text|x|");
+  EXPECT_TRUE(
+      loaded("<CONFIGURATION><CONFIGURATION type='x'>text</CONFIGURATION></CONFIGURATION>").empty())
+      << "at any depth";
+  const zn_lib::config_map elements = loaded("<C>\n<k a='t'>v</k>\n</C>");
+  EXPECT_EQ(elements.size(), 2u) << "a line break is text enough to make the root an entry";
+  EXPECT_EQ(fieldsOf(elements.at("C")), "|TEXT|");
+  EXPECT_EQ(loaded("<C><k a='t'>v</k>\n</C>").size(), 1u);
+  EXPECT_TRUE(loaded("<C><k/></C>").empty()) << "neither text nor attributes";
   EXPECT_TRUE(loaded("").empty());
   EXPECT_TRUE(loaded("no XML").empty());
 }
@@ -189,6 +248,35 @@ TEST_F(Settings, LoadMerges) {
   EXPECT_EQ(fieldsOf(store.get("a")), "new|t|d");
   EXPECT_EQ(store.get("b").value, "kept");
   EXPECT_EQ(store.type, "SYSTEM");
+}
+
+TEST_F(Settings, LoadReadsAnotherNameThanSaveWrites) {
+  const Home home(directory.c_str());
+  // The reader expands and splits the name again.
+  const struct {
+    const char* what;
+    std::string name, read;
+  } cases[] = {
+      {"a tilde in the base name", "a~", "a" + directory.string() + ".cfg"},
+      {"a blank in front", " b", "b.cfg"},
+      {"a backslash", "d\\e", "d/e.cfg"},
+      {"a line break", "f\ng", ""},
+  };
+  std::filesystem::create_directory("d");
+  for (const auto& c : cases) {
+    Configuration store("T", c.name);
+    store.set("a", "1");
+    EXPECT_TRUE(store.save()) << c.what;
+    EXPECT_TRUE(isThere(c.name + ".cfg")) << c.what;
+    store.elements.clear();
+    EXPECT_TRUE(store.load()) << c.what;
+    EXPECT_TRUE(store.elements.empty()) << c.what;
+    if (c.read.empty()) continue;
+    std::filesystem::create_directories(std::filesystem::absolute(c.read).parent_path());
+    writeFile(c.read, "<C><k a='t'>read</k></C>");
+    EXPECT_TRUE(store.load()) << c.what;
+    EXPECT_EQ(store.get("k").value, "read") << c.what;
+  }
 }
 
 TEST_F(Settings, LoadOfAMissingFileIsNoFailure) {
@@ -307,6 +395,62 @@ TEST_F(Settings, SaveFailsWhereNoFileCanBe) {
   EXPECT_TRUE(store.changed) << "the destructor tries again";
   EXPECT_EQ(store.elements.count("UPDATE"), 0u);
   store.path = "";
+}
+
+TEST_F(Settings, TheDestructorTriesAgainAfterAFailedSave) {
+  {
+    Configuration store;
+    store.path = "later";
+    store.set("a", "1");
+    EXPECT_FALSE(store.save());
+    EXPECT_TRUE(store.changed);
+    std::filesystem::create_directory("later");
+  }
+  EXPECT_EQ(loaded(readFile("later/config.xml")).at("a").value, "1");
+}
+
+TEST_F(Settings, ADirectoryInTheFilesPlace) {
+  std::filesystem::create_directories("config.xml/full");
+  {
+    Configuration store;
+    store.backup = false;
+    store.set("a", "1");
+    EXPECT_FALSE(store.save());
+    EXPECT_TRUE(store.changed);
+    EXPECT_TRUE(store.load()) << "it reads as an empty file";
+    EXPECT_EQ(store.elements.size(), 1u);
+  }
+  EXPECT_TRUE(std::filesystem::is_directory("config.xml/full"));
+  Configuration store;
+  EXPECT_TRUE(store.save()) << "moved aside as a file is";
+  EXPECT_TRUE(std::filesystem::is_directory("config.xml~/full"));
+  EXPECT_TRUE(std::filesystem::is_regular_file("config.xml"));
+}
+
+TEST_F(Settings, ADeviceThatIsFullIsNotTold) {
+  Configuration store("T", "full");
+  store.path = "/dev";
+  store.extension = "";
+  store.backup = false;
+  store.set("a", "1");
+  const Written text = written([&] { EXPECT_TRUE(store.save()); });
+  EXPECT_EQ(text.out + text.err, "");
+  EXPECT_FALSE(store.changed);
+  EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
+}
+
+TEST_F(Settings, EntriesAreWrittenInTheOrderOfTheirKeys) {
+  Configuration store;
+  for (const char* key : {"b", "a", "\xC3\xA4", "B", "ab", "UPDATE", "A"})
+    store.set(key, "", "", "");
+  ASSERT_TRUE(store.save());
+  std::string keys;
+  const std::string xml = readFile("config.xml");
+  for (std::size_t at = xml.find("\n<", xml.find("\n<") + 1); at != std::string::npos;
+       at = xml.find("\n<", at + 1)) {
+    if (xml[at + 2] != '/') keys += xml.substr(at + 2, xml.find(' ', at) - at - 2) + ",";
+  }
+  EXPECT_EQ(keys, "A,B,UPDATE,a,ab,b,\xC3\xA4,");
 }
 
 TEST_F(Settings, TheFileHasTheModeOfANewFile) {

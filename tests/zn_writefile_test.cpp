@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <zn_output.h>
 #include <zn_writefile.h>
 
 #include <string>
+#include <type_traits>
 
 #include "output_capture.h"
 #include "temporary_files.h"
@@ -48,6 +50,17 @@ TEST_F(WriteFileTest, IsClosedAtFirst) {
   EXPECT_TRUE(file.file.good());
 }
 
+TEST_F(WriteFileTest, IsANameAStreamAndTwoFlags) {
+  static_assert(std::is_base_of_v<zn_lib::FileName, zn_lib::WriteFile>);
+  static_assert(std::has_virtual_destructor_v<zn_lib::WriteFile>);
+  const zn_lib::WriteFile file;
+  const auto* const stream = reinterpret_cast<const char*>(&file.file);
+  EXPECT_LT(reinterpret_cast<const char*>(&file.nameParts), stream);
+  EXPECT_LT(stream, reinterpret_cast<const char*>(&file.append));
+  EXPECT_LT(&file.append, &file.overwrite);
+  EXPECT_EQ(file.nameParts.path + file.nameParts.name + file.nameParts.extension, "");
+}
+
 TEST_F(WriteFileTest, EmptiesAnExistingFile) {
   writeFile("a", "old text");
   zn_lib::WriteFile file;
@@ -87,6 +100,31 @@ TEST_F(WriteFileTest, SaysNothingWhereItCannotWrite) {
   EXPECT_EQ(printed.out + printed.err, "");
 }
 
+TEST_F(WriteFileTest, WarnsOfWhatItCannotOpenEither) {
+  ASSERT_EQ(mkdir("d", 0700), 0);
+  zn_lib::WriteFile file;
+  std::string name = "d";
+  file.setFileName(name);
+  file.overwrite = false;
+  const Written printed = written([&] { EXPECT_FALSE(file.fileOpen()); });
+  EXPECT_EQ(printed.err, "ERROR: File name exists\n");
+  EXPECT_EQ(printed.out, "");
+}
+
+TEST_F(WriteFileTest, ComposesTheNameAtEachOpening) {
+  zn_lib::WriteFile file;
+  std::string name = "~/a.txt";
+  file.setFileName(name);
+  for (const std::string home : {"one", "two"}) {
+    ASSERT_EQ(mkdir(home.c_str(), 0700), 0);
+    const Home inHome(home.c_str());
+    ASSERT_TRUE(file.fileOpen());
+    file.file << "at " << home;
+    file.fileClose();
+    EXPECT_EQ(readFile(home + "/a.txt"), "at " + home);
+  }
+}
+
 TEST_F(WriteFileTest, KeepsAnOpenFile) {
   zn_lib::WriteFile file;
   std::string name = "a";
@@ -116,7 +154,8 @@ TEST_F(WriteFileTest, AFailedCloseShowsInTheStream) {
   file.setFileName(name);
   ASSERT_TRUE(file.fileOpen());
   file.file << "text";
-  file.fileClose();
+  const Written printed = written([&] { file.fileClose(); });
+  EXPECT_EQ(printed.out + printed.err, "");
   EXPECT_TRUE(file.file.fail());
   EXPECT_FALSE(file.file.is_open());
 }

@@ -1,0 +1,290 @@
+/// Files that cannot be read to their end: a device that vanishes, an error of the disk. What reads
+/// them returns, and takes the failure for the end of the file.
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+#include <zn_error.h>
+#include <zn_file.h>
+#include <zn_output.h>
+#include <zn_readfile.h>
+#include <zn_setcfg.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <map>
+#include <string>
+
+#include "output_capture.h"
+#include "temporary_files.h"
+
+namespace {
+
+/// How the reads from files behave that the library under test opens.
+struct Reads {
+  bool areWatched = false;
+  long left = LONG_MAX;   // bytes until they fail
+  std::size_t most = 0;   // bytes that one gives; 0 for all there are
+  int interruptions = 0;  // how many fail with EINTR first
+  int error = EIO;        // with which they fail
+  int failures = 0;       // how often they have
+  int calls = 0;
+} reads;
+
+template <class Function>
+Function libcsOwn(const char* name) {
+  return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+// These stand before the C library's functions of these names, for the streams of the C++ library
+// and for the library under test.
+extern "C" {
+
+__attribute__((visibility("default"))) ssize_t read(int descriptor, void* buffer,
+                                                    std::size_t size) {
+  static const auto next = libcsOwn<ssize_t (*)(int, void*, std::size_t)>("read");
+  if (!reads.areWatched) return next(descriptor, buffer, size);
+  ++reads.calls;
+  if (reads.interruptions > 0) {
+    --reads.interruptions;
+    errno = EINTR;
+    return -1;
+  }
+  if (reads.left == 0) {
+    ++reads.failures;
+    errno = reads.error;
+    return -1;
+  }
+  if (reads.most != 0) size = std::min(size, reads.most);
+  const ssize_t count =
+      next(descriptor, buffer, std::min(size, static_cast<std::size_t>(reads.left)));
+  if (count > 0) reads.left -= count;
+  return count;
+}
+
+/// The C library does not call its own `read` by name, so the file is exchanged for a directory
+/// when it shall fail: every read of one does, with EISDIR.
+__attribute__((visibility("default"))) std::size_t fread(void* buffer, std::size_t size,
+                                                         std::size_t count, std::FILE* stream) {
+  static const auto next =
+      libcsOwn<std::size_t (*)(void*, std::size_t, std::size_t, std::FILE*)>("fread");
+  if (!reads.areWatched) return next(buffer, size, count, stream);
+  ++reads.calls;
+  const std::size_t bytes = std::min(size * count, static_cast<std::size_t>(reads.left));
+  const std::size_t done = bytes == 0 ? 0 : next(buffer, 1, bytes, stream);
+  reads.left -= static_cast<long>(done);
+  if (reads.left == 0 && bytes < size * count) {
+    ++reads.failures;
+    const int directory = open("/", O_RDONLY | O_CLOEXEC);
+    dup2(directory, fileno(stream));
+    close(directory);
+    // What the stream has read ahead must not come either.
+    char more;
+    while (next(&more, 1, 1, stream) != 0) {
+    }
+    EXPECT_NE(std::ferror(stream), 0);
+  }
+  return done / size;
+}
+}
+
+namespace {
+
+/// Has reads behave as `behaviour` says, for the time of a scope; `reads` keeps what was counted.
+class Watched {
+ public:
+  explicit Watched(const Reads& behaviour) {
+    reads = behaviour;
+    reads.areWatched = true;
+  }
+  ~Watched() { reads.areWatched = false; }
+  Watched(const Watched&) = delete;
+  Watched& operator=(const Watched&) = delete;
+};
+
+Reads failingAfter(long bytes) {
+  Reads behaviour;
+  behaviour.left = bytes;
+  return behaviour;
+}
+
+class FailingReads : public InTemporaryDirectory {
+ protected:
+  FailingReads() { zn_lib::setVerbose(true); }
+  ~FailingReads() override { zn_lib::setVerbose(false); }
+};
+
+/// A text of lines, somewhat longer than the buffers that are read into.
+std::string lines() {
+  std::string text;
+  for (int i = 0; text.size() < 100000; ++i) text += "line " + std::to_string(i) + "\n";
+  return text;
+}
+
+/// What `hexDump` prints of the working directory's file `name`.
+std::string dumped(const std::string& name, const Reads& behaviour = {}) {
+  const Written text = written([&] {
+    const Watched watched(behaviour);
+    EXPECT_TRUE(zn_lib::hexDump(name, 16));
+  });
+  EXPECT_EQ(text.err, "");
+  return text.out;
+}
+
+/// What `cat` prints of it.
+std::string printed(const std::string& name, const Reads& behaviour = {}) {
+  zn_lib::ReadFile file;
+  std::string copy = name;
+  file.setFileName(copy);
+  const Written text = written([&] {
+    const Watched watched(behaviour);
+    EXPECT_TRUE(file.fileOpen());
+    EXPECT_TRUE(file.cat());
+  });
+  EXPECT_EQ(text.err, "");
+  return text.out;
+}
+
+using Catalog = std::map<int, std::string, zn_lib::error_order>;
+
+std::string error(int id) {
+  return "<ERROR><ID>" + std::to_string(id) + "</ID><MESSAGE>m</MESSAGE></ERROR>\n";
+}
+
+/// A catalog of `count` errors.
+std::string catalogFile(int count) {
+  std::string xml = "<E>";
+  for (int id = 1; id <= count; ++id) xml += error(id);
+  return xml + "</E>";
+}
+
+// ---- Errors that the system itself gives
+
+TEST_F(FailingReads, AFileThatGivesNothingButAnError) {
+  // Nothing is mapped at the beginning of a process's memory: reading there fails with EIO.
+  const std::string memory = "/proc/self/mem";
+  EXPECT_NE(dumped(memory).find("\n\nffffffff \n"), std::string::npos);
+  EXPECT_EQ(printed(memory), "\n");
+  EXPECT_TRUE(zn_lib::fileCopy(memory, "copy", false));
+  EXPECT_EQ(readFile("copy"), "");
+  EXPECT_TRUE(isThere("copy"));
+
+  zn_lib::ReadXml<zn_lib::ErrorEvent> catalog;
+  std::string name = memory;
+  catalog.setFileName(name);
+  EXPECT_TRUE(catalog.parseFile());
+  EXPECT_TRUE(catalog.event->data.empty());
+  zn_lib::ReadXml<zn_lib::ConfigEvent> settings;
+  settings.setFileName(name);
+  EXPECT_TRUE(settings.parseFile());
+  EXPECT_TRUE(settings.event->data.empty());
+}
+
+// ---- Errors after some bytes
+
+constexpr long kPlaces[] = {0,    1,    15,   16,    17,    1022,  1023,
+                            1024, 8191, 8192, 50000, 65535, 65536, 65537};
+
+TEST_F(FailingReads, HexDumpEndsThere) {
+  const std::string text = lines();
+  writeFile("a", text);
+  for (const long place : kPlaces) {
+    const std::string dump = dumped("a", failingAfter(place));
+    EXPECT_GT(reads.failures, 0) << place;
+    EXPECT_LT(reads.calls, 1000) << place;
+    // The bytes that come in one block with the failure may be missing.
+    constexpr long block = 65536;
+    bool isExpected = false;
+    for (const long end : {place, place / block * block}) {
+      writeFile("whole", text.substr(0, static_cast<std::size_t>(end)));
+      isExpected = isExpected || dump == dumped("whole");
+    }
+    EXPECT_TRUE(isExpected) << place << ": " << dump;
+  }
+}
+
+TEST_F(FailingReads, CatEndsThere) {
+  const std::string text = lines();
+  writeFile("a", text);
+  for (const long place : kPlaces) {
+    writeFile("whole", text.substr(0, static_cast<std::size_t>(place)));
+    const std::string expected = printed("whole");
+    ASSERT_EQ(printed("a", failingAfter(place)), expected) << place;
+    EXPECT_GT(reads.failures, 0) << place;
+    EXPECT_LT(reads.calls, 1000) << place;
+  }
+}
+
+TEST_F(FailingReads, CopyEndsThere) {
+  const std::string text = lines();
+  writeFile("a", text);
+  for (const long place : kPlaces) {
+    {
+      const Watched watched(failingAfter(place));
+      EXPECT_TRUE(zn_lib::fileCopy("a", "copy", true)) << place;
+      EXPECT_GT(reads.failures, 0) << place;
+      EXPECT_LT(reads.calls, 1000) << place;
+    }
+    const std::string copy = readFile("copy");
+    ASSERT_EQ(copy, text.substr(0, static_cast<std::size_t>(place))) << place;
+  }
+}
+
+TEST_F(FailingReads, XmlIsReadToThere) {
+  const std::string xml = catalogFile(2000);
+  const std::string settings = "<CONFIGURATION><k a='t'>" + lines() + "</k></CONFIGURATION>";
+  writeFile("errors.xml", xml);
+  writeFile("config.xml", settings);
+  for (const long place : kPlaces) {
+    Catalog catalog;
+    zn_lib::Configuration store;
+    {
+      const Watched watched(failingAfter(place));
+      EXPECT_TRUE(zn_lib::readErrorFile("errors.xml", catalog)) << place;
+      EXPECT_EQ(reads.failures, 1) << place;
+    }
+    {
+      const Watched watched(failingAfter(place));
+      EXPECT_TRUE(store.load()) << place;
+      EXPECT_EQ(reads.failures, 1) << place;
+    }
+    // As a file that ends there.
+    writeFile("whole.xml", xml.substr(0, static_cast<std::size_t>(place)));
+    Catalog expected;
+    zn_lib::readErrorFile("whole.xml", expected);
+    ASSERT_EQ(catalog, expected) << place;
+    writeFile("whole.cfg", settings.substr(0, static_cast<std::size_t>(place)));
+    zn_lib::Configuration whole("", "whole");
+    whole.load();
+    ASSERT_EQ(store.get("k").value, whole.get("k").value) << place;
+  }
+}
+
+// ---- Reads that are no failures
+
+TEST_F(FailingReads, ShortAndInterruptedReadsChangeNothing) {
+  const std::string text = lines();
+  writeFile("a", text);
+  const std::string dump = dumped("a");
+  const std::string cat = printed("a");
+  for (const std::size_t most : {std::size_t{1}, std::size_t{7}, std::size_t{4096}}) {
+    Reads behaviour;
+    behaviour.most = most;
+    behaviour.interruptions = 3;
+    ASSERT_EQ(dumped("a", behaviour), dump) << most;
+    EXPECT_GT(reads.calls, static_cast<int>(text.size() / most)) << "this is not what reads";
+    ASSERT_EQ(printed("a", behaviour), cat) << most;
+    EXPECT_GT(reads.calls, static_cast<int>(text.size() / most)) << "this is not what reads";
+    {
+      const Watched watched(behaviour);
+      EXPECT_TRUE(zn_lib::fileCopy("a", "copy", true)) << most;
+    }
+    ASSERT_EQ(readFile("copy"), text) << most;
+  }
+}
+
+}  // namespace

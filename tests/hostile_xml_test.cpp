@@ -1,0 +1,308 @@
+/// Settings and error catalogs that are broken, or made to do harm: what was read before the fault
+/// is there, and reading them ends.
+#include <gtest/gtest.h>
+#include <zn_error.h>
+#include <zn_setcfg.h>
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "output_capture.h"
+#include "samples.h"
+#include "temporary_files.h"
+
+namespace {
+
+using namespace std::string_literals;
+using Fields = std::map<std::string, std::string>;  // key to value|type|description
+using Catalog = std::map<int, std::string, zn_lib::error_order>;
+
+class HostileXml : public InTemporaryDirectory {};
+
+/// The settings in a file that holds `xml`.
+Fields settingsOf(const std::string& xml) {
+  writeFile("config.xml", xml);
+  zn_lib::Configuration store;
+  EXPECT_TRUE(store.load());
+  EXPECT_FALSE(store.changed);
+  Fields fields;
+  for (const auto& [key, element] : store.elements) {
+    fields[key] = element.value + "|" + element.type + "|" + element.describe;
+  }
+  return fields;
+}
+
+Catalog catalogOf(const std::string& xml) {
+  writeFile("errors.xml", xml);
+  Catalog catalog;
+  EXPECT_TRUE(zn_lib::readErrorFile("errors.xml", catalog));
+  return catalog;
+}
+
+/// `<!DOCTYPE r [...]>` with the entities a to i: each but the first is its predecessor a hundred
+/// times.
+std::string entityBomb() {
+  std::string xml = "<!DOCTYPE r [<!ENTITY a '" + std::string(1000, 'x') + "'>";
+  for (char c = 'b'; c < 'j'; ++c) {
+    xml += "<!ENTITY "s + c + " '";
+    for (int i = 0; i < 100; ++i) xml += "&"s + static_cast<char>(c - 1) + ";";
+    xml += "'>";
+  }
+  return xml + "]>";
+}
+
+TEST_F(HostileXml, EntityBombsEndInTheParsersRefusal) {
+  const std::string before = entityBomb() + "<r><k a='t'>v</k>";
+  const std::string behind = "<n a='t'>lost</n></r>";
+
+  Fields fields = settingsOf(before + "<m a='u'>w&i;</m>" + behind);
+  EXPECT_EQ(fields["k"], "v|t|");
+  EXPECT_EQ(fields["m"].substr(0, 3), "wxx") << "the text so far";
+  EXPECT_LT(fields["m"].size(), 100u << 20);
+  EXPECT_EQ(fields.size(), 2u);
+
+  fields = settingsOf(before + "<m a='&i;'>w</m>" + behind);
+  EXPECT_EQ(fields, (Fields{{"k", "v|t|"}})) << "in an attribute";
+
+  std::string many;
+  for (int i = 0; i < 5000; ++i) many += "&a;";
+  fields = settingsOf("<!DOCTYPE r [<!ENTITY a '" + std::string(100000, 'x') +
+                      "'>]><r><k a='t'>v</k><m a='u'>" + many + "</m>" + behind);
+  EXPECT_EQ(fields["k"], "v|t|");
+  EXPECT_EQ(fields.count("n"), 0u) << "one long entity, many references";
+}
+
+TEST_F(HostileXml, EntitiesThatAreNotExpanded) {
+  writeFile("secret", "secret");
+  const struct {
+    const char* what;
+    std::string declarations, reference;
+    Fields fields;
+  } cases[] = {
+      {"a loop", "<!ENTITY a '&b;'><!ENTITY b '&a;'>", "&a;", {{"k", "v|t|"}, {"m", "x|u|"}}},
+      {"not declared", "", "&a;", {{"k", "v|t|"}, {"m", "x|u|"}}},
+      {"a file",
+       "<!ENTITY a SYSTEM 'secret'>",
+       "&a;",
+       {{"k", "v|t|"}, {"m", "xy|u|"}, {"n", "z|t|"}}},
+      {"a file in the declarations",
+       "<!ENTITY % p SYSTEM 'secret'>%p;",
+       "",
+       {{"k", "v|t|"}, {"m", "xy|u|"}, {"n", "z|t|"}}},
+      {"a character that XML forbids", "", "&#0;", {{"k", "v|t|"}, {"m", "x|u|"}}},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(settingsOf("<!DOCTYPE r [" + c.declarations + "]><r><k a='t'>v</k><m a='u'>x" +
+                         c.reference + "y</m><n a='t'>z</n></r>"),
+              c.fields)
+        << c.what;
+  }
+}
+
+TEST_F(HostileXml, AMillionOpenTags) {
+  std::string deep = "<r><k a='t'>v</k>";
+  for (int i = 0; i < 1000000; ++i) deep += "<d a='t'>";
+  EXPECT_EQ(settingsOf(deep), (Fields{{"d", "|t|"}, {"k", "v|t|"}}));
+}
+
+TEST_F(HostileXml, LongTokens) {
+  const std::string text(2 * kLongText, 'v');
+  const std::string token(256 * 1024, 'x');
+  EXPECT_EQ(settingsOf("<r><k a='t'>" + text + "</k></r>")["k"].size(), text.size() + 3);
+  EXPECT_EQ(settingsOf("<r><k a='t'><![CDATA[" + text + "]]></k></r>")["k"].size(),
+            text.size() + 3);
+  EXPECT_EQ(settingsOf("<r><k a='" + token + "' b='" + token + "'>v</k></r>")["k"],
+            "v|" + token + "|" + token);
+  EXPECT_EQ(settingsOf("<r><" + token + " a='t'>v</" + token + "></r>")[token], "v|t|");
+  EXPECT_EQ(settingsOf("<r><!--" + token + "--><k a='t'>v</k></r>")["k"], "v|t|");
+  EXPECT_EQ(settingsOf("<r><k a='t'>v</k><l a='" + token), (Fields{{"k", "v|t|"}}));
+}
+
+// ---- Truncation
+
+/// A document in the pieces in which its parser takes it.
+using Tokens = std::vector<std::string>;
+
+std::string documentOf(const Tokens& tokens) {
+  std::string document;
+  for (const std::string& token : tokens) document += token;
+  return document;
+}
+
+/// What is left of `tokens` in the first `length` bytes of the document: of markup that is cut,
+/// nothing; of text that is cut, the characters that are whole.
+Tokens cut(const Tokens& tokens, std::size_t length) {
+  Tokens whole;
+  for (const std::string& token : tokens) {
+    if (token.size() > length) {
+      const bool isMarkup = token.front() == '<' || token.front() == '&';
+      std::string text = isMarkup ? "" : token.substr(0, length);
+      const bool isBeforeACharacter = (token[length] & 0xC0) != 0x80;
+      while (!isBeforeACharacter && !text.empty() && (text.back() & 0xC0) == 0x80) text.pop_back();
+      if (!isBeforeACharacter && !text.empty()) text.pop_back();
+      if (!text.empty()) whole.push_back(text);
+      break;
+    }
+    whole.push_back(token);
+    length -= token.size();
+  }
+  return whole;
+}
+
+std::string withoutLeadingBlanks(const std::string& text) {
+  const std::size_t first = text.find_first_not_of(" \n");
+  return first == std::string::npos ? "" : text.substr(first);
+}
+
+TEST_F(HostileXml, SettingsCutAtAnyByte) {
+  const Tokens tokens = {"<?xml version='1.0' encoding='UTF-8'?>",
+                         "<CONFIGURATION type='T'>",
+                         "\n",
+                         "<one data_type='t' describe='d'>",
+                         "first",
+                         "</one>",
+                         "\n",
+                         "<two data_type='t' describe='d'>",
+                         " \xC3\xBC\xE2\x82\xAC",
+                         "&amp;",
+                         "  b",
+                         "\n",
+                         "  c ",
+                         "</two>",
+                         "\n",
+                         "</CONFIGURATION>",
+                         "\n"};
+  const std::string document = documentOf(tokens);
+  for (std::size_t length = 0; length <= document.size(); ++length) {
+    std::map<std::string, std::string> values;
+    std::string key;
+    for (const std::string& token : cut(tokens, length)) {
+      if (token.substr(0, 2) == "</") {
+        key.clear();
+      } else if (token.front() == '<' && token.find(" describe") != std::string::npos) {
+        key = token.substr(1, 3);
+        values[key];
+      } else if (token.front() != '<' && !key.empty()) {
+        values[key] += token == "&amp;" ? "&" : withoutLeadingBlanks(token);
+      }
+    }
+    Fields expected;
+    for (const auto& [name, value] : values) expected[name] = value + "|t|d";
+    ASSERT_EQ(settingsOf(document.substr(0, length)), expected) << length;
+  }
+}
+
+TEST_F(HostileXml, CatalogsCutAtAnyByte) {
+  const Tokens tokens = {"<?xml version='1.0' encoding='UTF-8'?>",
+                         "<E>",
+                         "\n",
+                         "<ERROR>",
+                         "<ID>",
+                         "12",
+                         "</ID>",
+                         "<MESSAGE>",
+                         " one \xC3\xBC",
+                         "</MESSAGE>",
+                         "</ERROR>",
+                         "\n",
+                         "<ERROR>",
+                         "<ID>",
+                         "-3",
+                         "</ID>",
+                         "<MESSAGE>",
+                         "two",
+                         "&amp;",
+                         " three",
+                         "</MESSAGE>",
+                         "</ERROR>",
+                         "</E>"};
+  const std::string document = documentOf(tokens);
+  for (std::size_t length = 0; length <= document.size(); ++length) {
+    Catalog expected;
+    const Tokens left = cut(tokens, length);
+    const auto errors = std::count(left.begin(), left.end(), "</ERROR>");
+    if (errors > 0) expected[12] = "one \xC3\xBC";
+    if (errors > 1) expected[-3] = "three";
+    ASSERT_EQ(catalogOf(document.substr(0, length)), expected) << length;
+  }
+}
+
+// ---- Bytes that XML forbids
+
+TEST_F(HostileXml, BytesThatAreNoCharacters) {
+  const struct {
+    const char* what;
+    std::string bytes;
+  } cases[] = {
+      {"a byte that UTF-8 never has", "\xFF"},
+      {"a continuation alone", "\x80"},
+      {"a lead byte alone", "\xC3"},
+      {"a sequence cut short", "\xE2\x82"},
+      {"two bytes where one does", "\xC0\x80"},
+      {"three bytes where one does", "\xE0\x80\x80"},
+      {"half a surrogate pair", "\xED\xA0\x80"},
+      {"above U+10FFFF", "\xF4\x90\x80\x80"},
+      {"five bytes", "\xF8\x88\x80\x80\x80"},
+      {"U+FFFF", "\xEF\xBF\xBF"},
+      {"a control character", "\x01"},
+      {"a NUL", "\0"s},
+      {"a tag in the text", "<"},
+      {"an ampersand", "& "},
+  };
+  const std::string behind = "<z a='t'>lost</z></r>";
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    const Fields before = {{"k", "v|t|"}};
+    EXPECT_EQ(settingsOf("<r><k a='t'>v</k><m a='u'>so far" + c.bytes + "w</m>" + behind),
+              (Fields{{"k", "v|t|"}, {"m", "so far|u|"}}));
+    EXPECT_EQ(settingsOf("<r><k a='t'>v</k><m" + c.bytes + " a='u'>w</m>" + behind), before);
+    EXPECT_EQ(settingsOf("<r><k a='t'>v</k><m a='u" + c.bytes + "'>w</m>" + behind), before);
+    EXPECT_EQ(catalogOf("<E><ERROR><ID>1</ID><MESSAGE>a</MESSAGE></ERROR>"
+                        "<ERROR><ID>2</ID><MESSAGE>b" +
+                        c.bytes + "c</MESSAGE></ERROR></E>"),
+              (Catalog{{1, "a"}}));
+  }
+}
+
+TEST_F(HostileXml, OtherEncodings) {
+  const std::string xml = "<r><k a='t'>v</k></r>";
+  EXPECT_EQ(settingsOf("\xEF\xBB\xBF" + xml), (Fields{{"k", "v|t|"}})) << "a byte order mark";
+  EXPECT_EQ(settingsOf("<?xml version='1.0' encoding='ISO-8859-1'?><r><k a='t'>\xC3\xA4</k></r>"),
+            (Fields{{"k", "\xC3\xA4|t|"}}))
+      << "UTF-8 whatever is declared";
+}
+
+TEST_F(HostileXml, RandomBytesAreRead) {
+  std::mt19937 random(43);
+  const std::string pieces[] = {"<k a='t' b='d'>",
+                                "</k>",
+                                "v",
+                                "&amp;",
+                                "<![CDATA[",
+                                "]]>",
+                                "<!--",
+                                "-->",
+                                "'",
+                                "\"",
+                                "\xC3",
+                                "\n"};
+  std::uniform_int_distribution<std::size_t> pick(0, std::size(pieces) - 1);
+  const Written text = written([&] {
+    for (int i = 0; i < 800; ++i) {
+      std::string xml = "<CONFIGURATION><first a='t'>v</first>";
+      for (int length = i % 12; length >= 0; --length) xml += pieces[pick(random)];
+      const Fields fields = settingsOf(xml);
+      ASSERT_EQ(fields.count("first"), 1u) << xml;
+      ASSERT_EQ(fields.at("first"), "v|t|") << xml;
+      ASSERT_LE(fields.size(), 2u) << xml;
+      ASSERT_EQ(catalogOf(xml), Catalog()) << xml;
+    }
+  });
+  EXPECT_EQ(text.out + text.err, "");
+}
+
+}  // namespace

@@ -1,0 +1,442 @@
+/// Memory that runs out: each operation is tried with the first allocation failing, then with the
+/// second, and so on until it succeeds. std::bad_alloc may leave it. Nothing may be torn or lost by
+/// it, no file stays open, and under AddressSanitizer no memory is left behind.
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+#include <zn_datetime.h>
+#include <zn_dir.h>
+#include <zn_error.h>
+#include <zn_output.h>
+#include <zn_seqfile.h>
+#include <zn_setcfg.h>
+#include <zn_str.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "output_capture.h"
+#include "temporary_files.h"
+
+namespace {
+
+constexpr long kNever = -1;
+
+/// Counts allocations, and makes some fail.
+struct Allocator {
+  long done = 0;
+  long failing = kNever;  // the number of the first that fails
+  bool failsOnce = true;  // or for good
+  bool hasFailed = false;
+
+  bool refuses() {
+    ++done;
+    if (failing == kNever || done < failing || (failsOnce && done > failing)) return false;
+    hasFailed = true;
+    return true;
+  }
+};
+
+Allocator ours;    // operator new of the whole process
+Allocator expats;  // what parsers allocate
+
+void* allocate(std::size_t size) {
+  void* const memory = ours.refuses() ? nullptr : std::malloc(size == 0 ? 1 : size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+
+}  // namespace
+
+// These replace the operators in the library under test, too.
+void* operator new(std::size_t size) { return allocate(size); }
+void* operator new[](std::size_t size) { return allocate(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return ours.refuses() ? nullptr : std::malloc(size == 0 ? 1 : size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return ours.refuses() ? nullptr : std::malloc(size == 0 ? 1 : size);
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+
+/// Stands before expat's own function, and gives each parser memory that can fail.
+extern "C" __attribute__((visibility("default"))) XML_Parser XML_ParserCreate_MM(
+    const XML_Char* encoding, const XML_Memory_Handling_Suite*, const XML_Char* separator) {
+  static const auto next =
+      reinterpret_cast<decltype(&XML_ParserCreate_MM)>(dlsym(RTLD_NEXT, "XML_ParserCreate_MM"));
+  static const XML_Memory_Handling_Suite suite = {
+      [](std::size_t size) { return expats.refuses() ? nullptr : std::malloc(size); },
+      [](void* memory, std::size_t size) {
+        return expats.refuses() ? nullptr : std::realloc(memory, size);
+      },
+      std::free};
+  // Of a parser that cannot be created the library makes an assertion, not a result.
+  const Allocator before = expats;
+  expats = Allocator();
+  const XML_Parser parser = next(encoding, &suite, separator);
+  expats = before;
+  return parser;
+}
+
+namespace {
+
+class OutOfMemory : public InTemporaryDirectory {
+ protected:
+  ~OutOfMemory() override { zn_lib::setVerbose(false); }
+};
+
+/// The lowest descriptor that is free.
+int freeDescriptor() {
+  const int descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  close(descriptor);
+  return descriptor;
+}
+
+constexpr long kMostTries = 100000;
+
+/// Runs `run` with the first allocation of `allocator` failing, then the second, and so on, until
+/// none of it fails; each once with memory that is back afterwards, once with memory that is not.
+/// `prepare` is run before each, `check` after each, with whether `run` was let go to its end.
+/// Gives the number of allocations of a run that succeeds.
+long failEach(Allocator& allocator, const std::function<void()>& prepare,
+              const std::function<void()>& run, const std::function<void(bool)>& check) {
+  long tries = 1;
+  for (const bool once : {true, false}) {
+    bool isOver = false;
+    for (tries = 1; !isOver && tries < kMostTries; ++tries) {
+      SCOPED_TRACE((once ? "once, at allocation " : "for good, from allocation ") +
+                   std::to_string(tries));
+      prepare();
+      const int descriptor = freeDescriptor();
+      bool wasThrown = false;
+      allocator = Allocator();
+      allocator.failing = tries;
+      allocator.failsOnce = once;
+      try {
+        run();
+      } catch (const std::bad_alloc&) {
+        wasThrown = true;
+      }
+      isOver = !allocator.hasFailed;
+      allocator = Allocator();
+      EXPECT_FALSE(isOver && wasThrown);
+      EXPECT_EQ(freeDescriptor(), descriptor) << "a file was left open";
+      check(!wasThrown);
+      if (testing::Test::HasFailure()) return 0;
+    }
+    EXPECT_TRUE(isOver);
+  }
+  return tries - 2;
+}
+
+const std::string kLong(200, 'x');
+
+TEST(Allocators, ReachTheLibrary) {
+  const long before = ours.done;
+  const std::string upper = zn_lib::stringToUpper(kLong);
+  EXPECT_GT(ours.done, before);
+
+  ours = Allocator();
+  ours.failing = 1;
+  EXPECT_THROW(zn_lib::stringToUpper(kLong), std::bad_alloc);
+  ours = Allocator();
+
+  expats = Allocator();
+  XMLEvtHandler handler;
+  XMLParser parser(&handler);
+  ASSERT_TRUE(parser.Create(nullptr, nullptr));
+  EXPECT_TRUE(parser.Parse("<a><b c='d'/></a>", true));
+  EXPECT_GT(expats.done, 0);
+  expats = Allocator();
+  ASSERT_TRUE(parser.Create(nullptr, nullptr));
+  expats.failing = 1;
+  EXPECT_FALSE(parser.Parse("<a><b c='d'/></a>", true));
+  EXPECT_EQ(parser.GetErrorCode(), XML_ERROR_NO_MEMORY);
+  expats = Allocator();
+}
+
+// ---- Settings
+
+/// Texts that are long enough to be allocated.
+std::string settingsFile(int count) {
+  std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CONFIGURATION type='T'>\n";
+  for (int i = 0; i < count; ++i) {
+    const std::string key = "key_that_takes_memory_" + std::to_string(i);
+    xml += "<" + key + " data_type='" + kLong + "' describe='" + kLong + "'>" + kLong + "&amp;" +
+           kLong + "</" + key + ">\n";
+  }
+  return xml + "</CONFIGURATION>\n";
+}
+
+using Values = std::map<std::string, std::string>;
+
+Values valuesOf(const zn_lib::config_map& elements) {
+  Values values;
+  for (const auto& [key, element] : elements) {
+    values[key] = element.value + "|" + element.type + "|" + element.describe;
+  }
+  return values;
+}
+
+TEST_F(OutOfMemory, Load) {
+  writeFile("config.xml", settingsFile(4));
+  zn_lib::Configuration expected;
+  expected.load();
+  const Values all = valuesOf(expected.elements);
+  ASSERT_EQ(all.size(), 4u);
+  for (Allocator* const allocator : {&ours, &expats}) {
+    zn_lib::Configuration store;
+    const long count = failEach(
+        *allocator, [&] { store.elements.clear(); }, [&] { EXPECT_TRUE(store.load()); },
+        [&](bool wasLoaded) {
+          const Values values = valuesOf(store.elements);
+          if (wasLoaded && allocator == &ours) {
+            EXPECT_EQ(values, all);
+          }
+          for (const auto& [key, fields] : values) {
+            EXPECT_EQ(all.count(key), 1u) << key;
+          }
+          EXPECT_TRUE(store.load()) << "and the next one works";
+          EXPECT_EQ(valuesOf(store.elements), all);
+        });
+    EXPECT_GT(count, 1);
+  }
+}
+
+/// The names in the working directory.
+std::vector<std::string> namesHere() {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(".")) {
+    names.push_back(entry.path().filename());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+/// Tries `save` on a store with `backup`, where `change` runs it.
+void saveWithout(bool backup, const std::function<void(zn_lib::Configuration&)>& save) {
+  const std::string older = settingsFile(1);
+  const std::string old = settingsFile(2);
+  std::string whole;
+  const auto makeStore = [&](zn_lib::Configuration& store) {
+    store.backup = backup;
+    store.load();
+    store.set("UPDATE", "DATE", "today", kLong);
+    store.set("changed", kLong);
+  };
+  const auto prepare = [&] {
+    writeFile("config.xml", old);
+    writeFile("config.xml~", older);
+  };
+  prepare();
+  {
+    zn_lib::Configuration store;
+    makeStore(store);
+    ASSERT_TRUE(store.save());
+    whole = readFile("config.xml");
+    ASSERT_NE(whole, old);
+  }
+  zn_lib::setUseTime(false);
+  const long count = failEach(
+      ours, prepare,
+      [&] {
+        // What the store is made of is not what is tried here.
+        const Allocator wanted = std::exchange(ours, Allocator());
+        zn_lib::Configuration store;
+        makeStore(store);
+        ours = wanted;
+        save(store);
+        ours.failing = kNever;
+        store.changed = false;
+      },
+      [&](bool) {
+        EXPECT_FALSE(zn_lib::isUseTime()) << "the setting is not restored";
+        const std::string file = readFile("config.xml");
+        const std::string kept = readFile("config.xml~");
+        const bool isNew = file == whole;
+        EXPECT_TRUE(isNew || (backup && file == old)) << file;
+        EXPECT_TRUE(kept == older || (backup && kept == old)) << kept;
+        if (backup && isNew) {
+          EXPECT_EQ(kept, old);
+        }
+        EXPECT_EQ(namesHere(), (std::vector<std::string>{"config.xml", "config.xml~"}));
+      });
+  EXPECT_GT(count, 1);
+}
+
+TEST_F(OutOfMemory, SaveWithABackupTearsNothing) {
+  saveWithout(true, [](zn_lib::Configuration& store) {
+    try {
+      EXPECT_TRUE(store.save());
+      EXPECT_FALSE(store.changed);
+    } catch (const std::bad_alloc&) {
+      EXPECT_TRUE(store.changed);
+      store.changed = false;
+    }
+  });
+}
+
+TEST_F(OutOfMemory, TheDestructorNeverThrows) {
+  saveWithout(true, [](zn_lib::Configuration& store) {
+    const Allocator wanted = std::exchange(ours, Allocator());
+    auto* const doomed = new zn_lib::Configuration(store);
+    ours = wanted;
+    EXPECT_NO_THROW(delete doomed);
+  });
+}
+
+TEST_F(OutOfMemory, TheFirstSave) {
+  failEach(
+      ours, [] { std::filesystem::remove("config.xml"); },
+      [] {
+        zn_lib::Configuration store;
+        store.set("a", kLong);
+        store.save();
+      },
+      [](bool) {
+        const std::string file = readFile("config.xml");
+        if (isThere("config.xml")) {
+          EXPECT_NE(file.find("</CONFIGURATION>\n"), std::string::npos) << file;
+        }
+        EXPECT_LE(namesHere().size(), 2u);
+        std::filesystem::remove("config.xml~");
+      });
+}
+
+TEST_F(OutOfMemory, SetAndGet) {
+  zn_lib::Configuration store("T", "");
+  const long count = failEach(
+      ours, [&] { store.elements.clear(); },
+      [&] {
+        store.set(" " + kLong, kLong);
+        store.set(kLong + " ", kLong, kLong, kLong);
+        store.get(kLong + "\n");
+      },
+      [&](bool isDone) {
+        EXPECT_EQ(store.elements.size(),
+                  isDone ? 1u : std::min<std::size_t>(store.elements.size(), 1));
+      });
+  EXPECT_GT(count, 1);
+  store.changed = false;
+}
+
+// ---- Catalogs
+
+TEST_F(OutOfMemory, ParseFile) {
+  std::string xml = "<E>";
+  for (int id = 1; id <= 5; ++id) {
+    xml += "<ERROR><ID>" + std::to_string(id) + "</ID><MESSAGE>" + kLong + std::to_string(id) +
+           "</MESSAGE></ERROR>\n";
+  }
+  writeFile("a_catalog_with_a_long_name.xml", xml + "</E>");
+  for (Allocator* const allocator : {&ours, &expats}) {
+    std::map<int, std::string, zn_lib::error_order> catalog;
+    const long count = failEach(
+        *allocator, [&] { catalog.clear(); },
+        [&] {
+          zn_lib::ReadXml<zn_lib::ErrorEvent> reader;
+          std::string name = "a_catalog_with_a_long_name.xml";
+          reader.setFileName(name);
+          EXPECT_TRUE(reader.parseFile());
+          reader.event->exportData(catalog);
+        },
+        [&](bool isRead) {
+          if (isRead && allocator == &ours) {
+            EXPECT_EQ(catalog.size(), 5u);
+          }
+          for (const auto& [id, message] : catalog) {
+            // The entry may be there before its text.
+            EXPECT_TRUE(message.empty() || message == kLong + std::to_string(id)) << message;
+          }
+        });
+    EXPECT_GT(count, 1);
+  }
+}
+
+TEST_F(OutOfMemory, ReadingAndShowingACatalog) {
+  writeFile("errors.xml", "<E><ERROR><ID>1</ID><MESSAGE>" + kLong + "</MESSAGE></ERROR></E>");
+  zn_lib::setVerbose(true);
+  const Written text = written([] {
+    std::map<int, std::string, zn_lib::error_order> catalog;
+    failEach(
+        ours, [&] { catalog.clear(); },
+        [&] {
+          EXPECT_TRUE(zn_lib::readErrorFile("errors.xml", catalog));
+          zn_lib::showErrorList(catalog);
+          zn_lib::showErrorMessage(catalog, 7);
+          zn_lib::systemError();
+        },
+        [&](bool isDone) {
+          if (isDone) {
+            EXPECT_EQ(catalog.size(), 2u);
+          }
+        });
+  });
+  EXPECT_NE(text.out.find(kLong), std::string::npos);
+}
+
+// ---- Directories
+
+TEST_F(OutOfMemory, ListDir) {
+  for (int i = 0; i < 20; ++i) writeFile("a_file_with_a_long_name_" + std::to_string(i), "");
+  for (const char* filter : {"", "name", "<dir>", "n[a-z]m?e_1+$"}) {
+    std::vector<std::string> all;
+    ASSERT_TRUE(zn_lib::listDir("", filter, true, all));
+    std::vector<std::string> names;
+    failEach(
+        ours, [&] { names = {"before"}; },
+        [&] { EXPECT_TRUE(zn_lib::listDir("", filter, true, names)); },
+        [&](bool isDone) {
+          std::vector<std::string> expected = {"before"};
+          if (isDone) expected.insert(expected.end(), all.begin(), all.end());
+          EXPECT_EQ(names, expected) << filter;
+        });
+  }
+}
+
+TEST_F(OutOfMemory, CopyDir) {
+  std::filesystem::create_directory("source");
+  for (int i = 0; i < 3; ++i) writeFile("source/a_long_name_" + std::to_string(i), kLong);
+  const long count = failEach(
+      ours, [] { std::filesystem::remove_all("target"); },
+      [] {
+        std::string source = "source";
+        std::string target = "target";
+        EXPECT_TRUE(zn_lib::copyDir(source, target));
+      },
+      [](bool isDone) {
+        for (int i = 0; i < 3; ++i) {
+          const std::string name = "a_long_name_" + std::to_string(i);
+          EXPECT_EQ(readFile("source/" + name), kLong);
+          if (isDone) {
+            EXPECT_EQ(readFile("target/" + name), kLong);
+          }
+        }
+      });
+  EXPECT_GT(count, 1);
+}
+
+TEST_F(OutOfMemory, SequentialFile) {
+  writeFile("a_file_with_a_long_name.txt", "");
+  std::string name;
+  failEach(
+      ours, [&] { name = "a_file_with_a_long_name-7.txt"; }, [&] { zn_lib::sequentialFile(name); },
+      [&](bool isDone) {
+        EXPECT_EQ(name, isDone ? "a_file_with_a_long_name-1.txt" : "a_file_with_a_long_name-7.txt");
+      });
+}
+
+}  // namespace
