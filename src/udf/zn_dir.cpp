@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <memory>
 #include <optional>
@@ -27,28 +28,60 @@ struct CloseDirectory {
 };
 using Directory = std::unique_ptr<DIR, CloseDirectory>;
 
-/// Selects names by a pattern that is searched in them. Plain characters need no engine, nor does a
+/// A text that is searched in names, or at one or both of their ends.
+struct FixedText {
+  std::string text;
+  bool isAtStart;
+  bool isAtEnd;
+
+  bool isIn(const std::string& name) const {
+    if (!isAtStart && !isAtEnd) return findText(name, text) != std::string::npos;
+    if (isAtStart && isAtEnd) return name == text;
+    if (name.size() < text.size()) return false;
+    return name.compare(isAtStart ? 0 : name.size() - text.size(), text.size(), text) == 0;
+  }
+};
+
+/// NUL is taken for one too.
+bool isOperator(char c) { return std::strchr("^$\\.*+?()[]{}|", c) != nullptr; }
+
+/// The text that `pattern` searches for; nothing when that may be more than one.
+std::optional<FixedText> fixedText(const std::string& pattern) {
+  if (pattern.empty() || isPlainPattern(pattern)) return FixedText{pattern, false, false};
+  // The engine decides which of the long ones it takes.
+  if (pattern.size() > kLongestForEngine) return std::nullopt;
+
+  FixedText fixed{"", pattern.front() == '^', pattern.back() == '$'};
+  const std::size_t end = pattern.size() - (fixed.isAtEnd ? 1 : 0);
+  for (std::size_t i = fixed.isAtStart ? 1 : 0; i < end; ++i) {
+    const bool isEscape = pattern[i] == '\\' && i + 1 < end;
+    if (isEscape) ++i;
+    if (isOperator(pattern[i]) != isEscape || pattern[i] == '\0') return std::nullopt;
+    fixed.text += pattern[i];
+  }
+  return fixed;
+}
+
+/// Selects names by a pattern that is searched in them. A fixed text needs no engine, nor does a
 /// pattern of single characters that is longer than any name.
 class NameFilter {
  public:
   /// Throws std::regex_error when `pattern` is no regular expression.
-  explicit NameFilter(const std::string& pattern)
-      : pattern_(pattern), isPlain_(pattern.empty() || isPlainPattern(pattern)) {
-    if (!isPlain_ && !isLongerThanNames()) engine_ = compilePattern(pattern);
+  explicit NameFilter(const std::string& pattern) : fixed_(fixedText(pattern)) {
+    if (!fixed_ && !isLongerThanNames(pattern)) engine_ = compilePattern(pattern);
   }
 
   bool admits(const std::string& name) const {
-    if (isPlain_) return findText(name, pattern_) != std::string::npos;
+    if (fixed_) return fixed_->isIn(name);
     return engine_ && std::regex_search(name, *engine_);
   }
 
  private:
-  bool isLongerThanNames() const {
-    return pattern_.size() > kLongestForEngine && isSingleCharacters(pattern_);
+  static bool isLongerThanNames(const std::string& pattern) {
+    return pattern.size() > kLongestForEngine && isSingleCharacters(pattern);
   }
 
-  const std::string pattern_;
-  const bool isPlain_;
+  const std::optional<FixedText> fixed_;
   std::optional<std::regex> engine_;
 };
 

@@ -54,7 +54,7 @@ void ErrorEvent::OnCharacterData(const XML_Char* text, int length) {
 }
 
 void ErrorEvent::exportData(std::map<int, std::string, error_order>& catalog) {
-  for (const auto& [number, text] : data) catalog[number] = text;
+  for (const auto& [number, text] : data) catalog.insert_or_assign(number, text);
 }
 
 bool readErrorFile(std::string fileName, std::map<int, std::string, error_order>& catalog) {

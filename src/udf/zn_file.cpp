@@ -1,11 +1,15 @@
 #include "zn_file.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <regex>
+#include <string_view>
+#include <vector>
 
 #include "tokenizer.h"
 #include "zn_exists.h"
@@ -20,33 +24,44 @@ const std::regex lastExt = compilePattern("(.+)[\\.](.+)$");
 const std::regex fileSplit = compilePattern("(.+[\\/])?(.+)");
 
 /// Where `mark` last stands with at least one byte before and behind it; npos when it does not.
-std::size_t lastInside(const std::string& text, char mark) {
-  if (text.size() < 3) return std::string::npos;
+std::size_t lastInside(std::string_view text, char mark) {
+  if (text.size() < 3) return std::string_view::npos;
   const std::size_t position = text.rfind(mark, text.size() - 2);
-  return position == 0 ? std::string::npos : position;
+  return position == 0 ? std::string_view::npos : position;
 }
 
-/// A name without its extension.
+/// A name without its extension, as views of the name.
 struct Stem {
-  std::string stem;       ///< the name without extension and dot
-  std::string extension;  ///< empty when there is none
+  std::string_view stem;       ///< the name without extension and dot
+  std::string_view extension;  ///< empty when there is none
 };
 
-Stem splitExtension(const std::string& name) {
-  // A name with a line break matches neither pattern, since "." takes all bytes but those.
-  if (!hasLineBreak(name)) {
-    const std::size_t dot = lastInside(name, '.');
-    if (dot == std::string::npos) return {name, ""};
-    return {name.substr(0, dot), name.substr(dot + 1)};
-  }
-  std::smatch match;
-  if (name.size() <= kLongestForEngine && std::regex_match(name, match, lastExt)) {
-    return {match[1], match[2]};
-  }
-  return {name, ""};
+/// As the pattern splits a name without a line break.
+Stem splitExtension(std::string_view name) {
+  const std::size_t dot = lastInside(name, '.');
+  if (dot == std::string_view::npos) return {name, ""};
+  return {name.substr(0, dot), name.substr(dot + 1)};
 }
 
-void useSlashes(std::string& name) { name = replaceChar(name, '\\', '/'); }
+Stem matchExtension(const std::string& name) {
+  std::smatch match;
+  if (name.size() > kLongestForEngine || !std::regex_match(name, match, lastExt)) return {name, ""};
+  const std::string_view text = name;
+  const auto dot = static_cast<std::size_t>(match.length(1));
+  return {text.substr(0, dot), text.substr(dot + 1)};
+}
+
+/// For any name. One with a line break matches neither pattern, since "." takes all bytes but
+/// those.
+name_of_file matchFileName(const std::string& name) {
+  const Stem parts = matchExtension(name);
+  const std::string stem(parts.stem);
+  std::smatch match;
+  if (stem.size() > kLongestForEngine || !std::regex_match(stem, match, fileSplit)) return {};
+  return {match[1], match[2], std::string(parts.extension)};
+}
+
+void useSlashes(std::string& name) { std::replace(name.begin(), name.end(), '\\', '/'); }
 
 /// Makes way for `target`: false when it exists and may not or cannot be removed.
 bool clearTarget(const std::string& target, bool overwrite) {
@@ -55,7 +70,7 @@ bool clearTarget(const std::string& target, bool overwrite) {
 }
 
 /// The printable characters of ASCII, whatever the host's locale.
-bool isPrintable(int value) { return value >= ' ' && value <= '~'; }
+bool isPrintable(char c) { return c >= ' ' && c <= '~'; }
 
 void printDumpHeader(int width) {
   std::string numbers;
@@ -67,39 +82,83 @@ void printDumpHeader(int width) {
   std::cout << numbers + "  " + digits + "\n\n";
 }
 
-/// Builds the rows of a dump, value by value.
-class DumpBody {
- public:
-  explicit DumpBody(int width) : lastColumn_(static_cast<long long>(width) - 1) {}
+using Blocks = std::vector<std::string>;
 
-  /// Adds a byte, or the end of the file, which is -1.
-  void add(int value) {
-    constexpr const char* digits = "0123456789abcdef";
-    if (value < 0) {
-      text_ += "ffffffff ";
-    } else {
-      text_ += {digits[value / 16], digits[value % 16], ' '};
+/// All that can be read of a file, also when a read fails in the end.
+Blocks readToEnd(std::istream& in) {
+  Blocks blocks;
+  // Only what lies in the stream's buffer already is asked for: a read that fails would take with
+  // it what it has got before. Of a directory, the first one fails.
+  while (in.peek() != std::istream::traits_type::eof()) {
+    std::string& block =
+        blocks.emplace_back(static_cast<std::size_t>(in.rdbuf()->in_avail()), '\0');
+    in.read(block.data(), static_cast<std::streamsize>(block.size()));
+  }
+  return blocks;
+}
+
+using HexEntry = std::array<char, 3>;
+
+/// Each byte value as two digits and a blank.
+constexpr std::array<HexEntry, 256> hexEntries() {
+  constexpr const char* digits = "0123456789abcdef";
+  std::array<HexEntry, 256> entries{};
+  for (std::size_t value = 0; value < entries.size(); ++value) {
+    entries[value] = {digits[value / 16], digits[value % 16], ' '};
+  }
+  return entries;
+}
+
+constexpr std::array<HexEntry, 256> kHexEntries = hexEntries();
+
+/// Gives the rows of a dump, block by block.
+class DumpRows {
+ public:
+  explicit DumpRows(int width)
+      : width_(static_cast<std::size_t>(std::max(width, 1))), gap_(width > 0 ? "  " : " ") {}
+
+  /// The text that `bytes`, the next ones of the file, add to the dump.
+  std::string add(std::string_view bytes) {
+    const std::size_t rows = (row_.size() + bytes.size()) / width_;
+    const std::size_t rowEnd = gap_.size() + width_ + 1;
+    std::string text(bytes.size() * HexEntry().size() + rows * rowEnd, '\0');
+    char* out = text.data();
+    while (!bytes.empty()) {
+      const std::string_view part = bytes.substr(0, width_ - row_.size());
+      for (const char c : part) {
+        const HexEntry& entry = kHexEntries[static_cast<unsigned char>(c)];
+        out = std::copy(entry.begin(), entry.end(), out);
+      }
+      row_ += part;
+      if (row_.size() == width_) out = endRow(out);
+      bytes.remove_prefix(part.size());
     }
-    row_ += isPrintable(value) ? static_cast<char>(value) : '.';
-    if (column_ < lastColumn_) {
-      ++column_;
-      return;
-    }
-    text_ += column_ == lastColumn_ ? "  " : " ";
-    text_ += row_;
-    text_ += '\n';
-    row_.clear();
-    column_ = 0;
+    return text;
   }
 
-  /// Ends the body; the characters of a row that is not full are left out.
-  const std::string& finish() { return text_ += '\n'; }
+  /// The end of the dump: the end of the file is an entry too. The characters of a row that is not
+  /// full are left out.
+  std::string finish() {
+    std::string text = "ffffffff ";
+    row_ += '.';
+    if (row_.size() == width_) endRow(std::back_inserter(text));
+    return text += '\n';
+  }
 
  private:
-  const long long lastColumn_;
-  long long column_ = 0;
-  std::string row_;
-  std::string text_;
+  template <class Out>
+  Out endRow(Out out) {
+    out = std::copy(gap_.begin(), gap_.end(), out);
+    out = std::transform(row_.begin(), row_.end(), out,
+                         [](char c) { return isPrintable(c) ? c : '.'; });
+    *out++ = '\n';
+    row_.clear();
+    return out;
+  }
+
+  const std::size_t width_;
+  const std::string_view gap_;
+  std::string row_;  // the bytes of the row that is not full yet
 };
 
 }  // namespace
@@ -116,22 +175,18 @@ void checkHomePath(std::string& name) {
 
 name_of_file splitFileName(std::string& name) {
   useSlashes(name);
-  const Stem stem = splitExtension(name);
-  if (!hasLineBreak(stem.stem)) {
-    const std::size_t slash = lastInside(stem.stem, '/');
-    const std::size_t split = slash == std::string::npos ? 0 : slash + 1;
-    return {stem.stem.substr(0, split), stem.stem.substr(split), stem.extension};
-  }
-  std::smatch match;
-  if (stem.stem.size() > kLongestForEngine || !std::regex_match(stem.stem, match, fileSplit)) {
-    return {};
-  }
-  return {match[1], match[2], stem.extension};
+  if (hasLineBreak(name)) return matchFileName(name);
+  const auto [stem, extension] = splitExtension(name);
+  const std::size_t slash = lastInside(stem, '/');
+  const std::size_t split = slash == std::string_view::npos ? 0 : slash + 1;
+  return {std::string(stem.substr(0, split)), std::string(stem.substr(split)),
+          std::string(extension)};
 }
 
 std::string stripExtension(std::string& name) {
   useSlashes(name);
-  return splitExtension(name).stem;
+  const Stem parts = hasLineBreak(name) ? matchExtension(name) : splitExtension(name);
+  return std::string(parts.stem);
 }
 
 std::string createFileName(std::string dir, const std::string& name, const std::string& ext) {
@@ -171,18 +226,12 @@ bool hexDump(const std::string& name, int width) {
   printDumpHeader(width);
   if (!isVerbose()) return true;
 
-  DumpBody body(width);
-  std::array<char, 65536> block;
-  // A read that fails, of a directory for one, sets no end-of-file state; the stream is not good
-  // any more then either.
-  while (in.good()) {
-    in.read(block.data(), block.size());
-    const std::size_t count = static_cast<std::size_t>(in.gcount());
-    for (std::size_t i = 0; i < count; ++i) body.add(static_cast<unsigned char>(block[i]));
-  }
-  body.add(-1);
+  // All of it first: the file may be the one that standard output goes to.
+  const Blocks blocks = readToEnd(in);
   in.close();
-  display(body.finish());
+  DumpRows rows(width);
+  for (const std::string& block : blocks) display(rows.add(block));
+  display(rows.finish());
   return true;
 }
 

@@ -44,7 +44,8 @@ void setVerbose(bool on) { verbose_ = on; }
 bool isVerbose() { return verbose_; }
 
 void display(const std::string& text) {
-  if (isShown(text)) std::cout << text;
+  // What `<<` writes of a text, but it takes a copy, and what is displayed may be large.
+  if (isShown(text)) std::cout << text.c_str();
 }
 
 void message(const std::string& text) {

@@ -9,7 +9,9 @@
 #include <cstdio>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <limits>
+#include <utility>
 
 #include "tokenizer.h"
 #include "zn_datetime.h"
@@ -39,9 +41,23 @@ class WithTime {
   const bool before_;
 };
 
+/// The size of the store's file, or a little more.
+std::size_t sizeOfXml(const Configuration& store) {
+  constexpr std::size_t documentMarkup = 128;
+  constexpr std::size_t entryMarkup = 40;
+  std::size_t size = documentMarkup + store.type.size();
+  for (const auto& [key, element] : store.elements) {
+    size += entryMarkup + 2 * key.size();
+    size += element.type.size() + element.describe.size() + element.value.size();
+  }
+  return size;
+}
+
 /// The store's file as text. Each part ends at its first NUL.
 std::string toXml(const Configuration& store) {
-  std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<";
+  std::string xml;
+  xml.reserve(sizeOfXml(store));
+  xml.append("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<");
   xml.append(kRoot).append(" type='").append(store.type.c_str()).append("'>\n");
   for (const auto& [key, element] : store.elements) {
     xml.append("<").append(key.c_str());
@@ -50,7 +66,8 @@ std::string toXml(const Configuration& store) {
     xml.append(element.value.c_str());
     xml.append("</").append(key.c_str()).append(">\n");
   }
-  return xml.append("</").append(kRoot).append(">\n");
+  xml.append("</").append(kRoot).append(">\n");
+  return xml;
 }
 
 /// Stamps the store with the time of its first save, and gives its text.
@@ -60,6 +77,12 @@ std::string stampedXml(Configuration& store) {
     store.set(kStampKey, "DATE", getTodayAsISO(), "Date of update in ISO9601");
   }
   return toXml(store);
+}
+
+/// The entry of `key` in `data`, made when there is none. Looked for behind the last one first,
+/// where the next key of a saved file belongs: `map_key` copies the keys that it compares.
+ConfigElement* entryFor(const std::string& key, config_map& data) {
+  return &data.emplace_hint(data.end(), key, ConfigElement())->second;
 }
 
 /// A file of its own beside another one, gone with the object unless it was moved away.
@@ -150,8 +173,8 @@ void ConfigEvent::OnStartElement(const XML_Char* name, const XML_Char** attribut
     lastElement.clear();
     entry_ = nullptr;
     if (element.empty() || element == kRoot || attributes[0] == nullptr) return;
+    entry_ = entryFor(element, data);
     // Names and values alternate; the names do not matter.
-    entry_ = &data[element];
     entry_->type = attributes[1];
     if (attributes[2] != nullptr) entry_->describe = attributes[3];
   });
@@ -167,15 +190,23 @@ void ConfigEvent::OnEndElement(const XML_Char*) {
 void ConfigEvent::OnCharacterData(const XML_Char* text, int length) {
   guarded([&] {
     if (length < 1 || element.empty() || element == kRoot) return;
-    if (entry_ == nullptr) entry_ = &data[element];
-    if (lastElement != element) entry_->value.clear();
-    entry_->value += skipWhiteSpace(text, length);
-    lastElement = element;
+    if (entry_ == nullptr) entry_ = entryFor(element, data);
+    std::string piece = skipWhiteSpace(text, length);
+    if (lastElement == element) {
+      entry_->value += piece;
+    } else {
+      entry_->value = std::move(piece);
+      lastElement = element;
+    }
   });
 }
 
 void ConfigEvent::exportData(config_map& target) {
-  for (const auto& [key, entry] : data) target[key] = entry;
+  // Both are in the same order: an entry's place is mostly right behind the one before.
+  auto place = target.begin();
+  for (const auto& [key, entry] : data) {
+    place = std::next(target.insert_or_assign(place, key, entry));
+  }
 }
 
 Configuration::Configuration() : name("config"), extension("xml"), type("SYSTEM") {}
@@ -198,7 +229,11 @@ bool Configuration::load() {
   ReadXml<ConfigEvent> reader;
   reader.setFileName(file);
   reader.parseFile();
-  reader.event->exportData(elements);
+  if (elements.empty()) {
+    elements.swap(reader.event->data);
+  } else {
+    reader.event->exportData(elements);
+  }
   changed = false;
   return true;
 }
