@@ -13,10 +13,20 @@ set_target_properties(zn_udf PROPERTIES
 target_compile_options(zn_udf PRIVATE
   # The sky's formulas are fixed to the last bit: no fused multiply-add where the formula has two roundings.
   -ffp-contract=off
-  # Assertions name files relative to the source tree, wherever it lies.
-  -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
+  # Assertions, and debug information, name files relative to the source tree, wherever it lies.
+  -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 if(ZN_UDF_ASSERTIONS)
   target_compile_options(zn_udf PRIVATE -UNDEBUG)
+endif()
+
+# Debian's flags for packages. Fortified functions need an optimised build.
+if(ZN_UDF_HARDENING)
+  set(optimised $<OR:$<CONFIG:Release>,$<CONFIG:RelWithDebInfo>,$<CONFIG:MinSizeRel>>)
+  target_compile_options(zn_udf PRIVATE -fstack-protector-strong -Wformat -Werror=format-security
+    $<${optimised}:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
+  if(NOT APPLE)
+    target_link_options(zn_udf PRIVATE LINKER:-z,relro LINKER:-z,now)
+  endif()
 endif()
 
 # Calls within the library need no detour through the dynamic linker.

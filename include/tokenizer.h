@@ -1,3 +1,4 @@
+/// \file
 /// Splitting text into tokens, and the stream helpers for strings.
 ///
 ///     zn_lib::Tokenizer date("2024-05-06 10:20", "-/.,:; ");
@@ -28,21 +29,23 @@ ZN_UDF_API std::ostream& operator<<(std::ostream& os, std::string text);
 ///
 /// Each sets the number base, and `showbase` and `uppercase`, which stay set on the stream: nothing
 /// here clears them.
+/// @{
 ZN_UDF_API std::ostream& setDecimal(std::ostream& os);
 ZN_UDF_API std::ostream& setHexadecimal(std::ostream& os);
 ZN_UDF_API std::ostream& setOctal(std::ostream& os);
+/// @}
 
 /// A token: a std::string, usable wherever one is.
 class ZN_UDF_API String : public std::string {
  public:
-  String() = default;
-  String(const std::string& text);
+  String() = default;               ///< the empty text
+  String(const std::string& text);  ///< a copy of `text`
 };
 
 /// The order of std::string's `<`: byte by byte as unsigned values, a prefix before the longer
 /// text.
 struct ZN_UDF_API vector_key {
-  bool operator()(const std::string& a, const std::string& b) const;
+  bool operator()(const std::string& a, const std::string& b) const;  ///< true for `a` before `b`
 };
 
 /// Cuts a text at delimiters and keeps the pieces.
@@ -66,8 +69,8 @@ class ZN_UDF_API Tokenizer {
   /// Splits `text` at each of the characters in `delimiters` and returns the number of tokens.
   ///
   /// `delimiters` is read as the inside of a bracket expression: "a-c" is a range ("+-", with the
-  /// hyphen at an end, is plus and minus), a "^" in front negates, "\" escapes (`\d` is any digit),
-  /// "]" ends the set early. No delimiters split nothing.
+  /// hyphen at an end, is plus and minus), a "^" in front negates, a backslash escapes (`\d` is any
+  /// digit), "]" ends the set early. No delimiters split nothing.
   ///
   /// Plain characters are looked up in linear time, whatever the length. Sets with any of `^ \ [ ]`
   /// or an inner hyphen in them go through std::regex: a malformed one, such as "z-a", throws

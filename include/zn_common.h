@@ -1,3 +1,4 @@
+/// \file
 /// What all families share: the export marker, four string constants, and the version symbols.
 ///
 ///     #include <zn_common.h>
@@ -10,12 +11,15 @@
 /// Marks what the shared library exports.
 #define ZN_UDF_API __attribute__((visibility("default")))
 
+/// All of the library but the XML parser and the version symbols.
 namespace zn_lib {
 
 /// Pairs of brackets, the opening one first, for hosts; the library itself does not read them.
+/// @{
 static const std::string BRACKET = "()";
 static const std::string CURLY_BRACKET = "{}";
 static const std::string SQUARE_BRACKET = "[]";
+/// @}
 
 /// The empty text: what the date functions answer for "no date".
 static const std::string BLANK_DATE_STR = "";

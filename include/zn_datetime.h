@@ -1,10 +1,11 @@
+/// \file
 /// Dates and times: records, settings, Julian values, ISO 8601 and free-form dates, formatting.
 ///
 ///     zn_lib::defaultDateTimeFormat();
-///     unsigned long long julian = zn_lib::dateToJulian("2024-03-05T14:07:09");   //
-///     212576407629000 zn_lib::julianToISO(julian)                                  ->  "2024-03-05
-///     14:07:09" zn_lib::julianToISO(julian + 86400000)                       ->  "2024-03-06
-///     14:07:09"
+///     unsigned long long julian = zn_lib::dateToJulian("2024-03-05T14:07:09");
+///     julian                                  ->  212576407629000
+///     zn_lib::julianToISO(julian)             ->  "2024-03-05 14:07:09"
+///     zn_lib::julianToISO(julian + 86400000)  ->  "2024-03-06 14:07:09"
 ///
 /// A Julian value is a point in time: the milliseconds since Julian Day 0, noon of 1 January 4713
 /// BC. Zero means "no date". The calendar is Gregorian throughout, before 1582 too; there are no
@@ -64,18 +65,18 @@ struct date_time_set {
 
 // ---- The process-wide settings. No setter checks its argument.
 
-ZN_UDF_API void setDateFormat(DATE_FORMAT format);
-ZN_UDF_API DATE_FORMAT getDateFormat();
-ZN_UDF_API void setMonthFormat(MONTH_FORMAT format);
-ZN_UDF_API MONTH_FORMAT getMonthFormat();
-ZN_UDF_API void setDateSeparator(char separator);
-ZN_UDF_API char getDateSeparator();
-ZN_UDF_API void setDateTimeSeparator(char separator);
-ZN_UDF_API char getDateTimeSeparator();
-ZN_UDF_API void setTimeSeparator(char separator);
-ZN_UDF_API char getTimeSeparator();
-ZN_UDF_API void setUseTime(bool on);
-ZN_UDF_API bool isUseTime();
+ZN_UDF_API void setDateFormat(DATE_FORMAT format);     ///< sets `dateFormat`
+ZN_UDF_API DATE_FORMAT getDateFormat();                ///< the order of the date's fields
+ZN_UDF_API void setMonthFormat(MONTH_FORMAT format);   ///< sets `monthFormat`
+ZN_UDF_API MONTH_FORMAT getMonthFormat();              ///< the form of the month
+ZN_UDF_API void setDateSeparator(char separator);      ///< sets `dateSeparator`
+ZN_UDF_API char getDateSeparator();                    ///< what stands between the date's fields
+ZN_UDF_API void setDateTimeSeparator(char separator);  ///< sets `dateTimeSeparator`
+ZN_UDF_API char getDateTimeSeparator();                ///< what stands between date and time
+ZN_UDF_API void setTimeSeparator(char separator);      ///< sets `timeSeparator`
+ZN_UDF_API char getTimeSeparator();                    ///< what stands between the time's fields
+ZN_UDF_API void setUseTime(bool on);                   ///< sets `useTime`
+ZN_UDF_API bool isUseTime();                           ///< whether times are in use
 
 /// Sets all six fields.
 ZN_UDF_API void setDateTimeFormat(DATE_FORMAT dateFormat, MONTH_FORMAT monthFormat,
@@ -112,15 +113,19 @@ ZN_UDF_API unsigned short getMonthDays(unsigned short month);
 
 /// The day of the year, 1 for 1 January. Nothing is checked: 40 March is 31 + 28 + 40 in a common
 /// year, months above 12 count as December and the day, and the sum wraps at 65536.
+/// @{
 ZN_UDF_API unsigned short getDayOfYear(unsigned short day, unsigned short month,
                                        unsigned short year);
 ZN_UDF_API unsigned short getDayOfYear(date_time_record& record);
+/// @}
 
 /// The days since the December solstice, taken as 21 December: 0 on that day, 10 on 31 December, 11
 /// on 1 January, 364 on 20 December of a common year.
+/// @{
 ZN_UDF_API unsigned short getAstronomicDay(unsigned short day, unsigned short month,
                                            unsigned short year);
 ZN_UDF_API unsigned short getAstronomicDay(date_time_record& record);
+/// @}
 
 /// The number of the month whose English name begins with the first three characters of `text`, in
 /// either case: 9 for "Sept", "SEP" and "Sepulchre".
@@ -142,15 +147,17 @@ ZN_UDF_API std::string getMonthName(unsigned short month, bool shortName);
 /// milliseconds. For the check of the date, each of year, month and day is cut to 16 bits. Exact
 /// for the years 1 to 54078; arithmetic beyond wraps at 32 bits, and a negative year counts as the
 /// year after it.
+/// @{
 ZN_UDF_API unsigned long long dateToJulian(int year, int month, int day, int hour, int minute,
                                            double second);
 ZN_UDF_API unsigned long long dateToJulian(date_time_record& record);
+/// @}
 
 /// The Julian value of an ISO 8601 text as `parseISOdate` reads it; 0 for the empty text and for an
 /// impossible date.
 ///
-/// Text that is no date at all does not give 0: it reads as 1 January of year 0, noon, which is
-/// 148699584000000.
+/// Text that is no date at all does not give 0: it reads as 1 January of year 0, noon, whose value
+/// is `148699584000000`.
 ZN_UDF_API unsigned long long dateToJulian(const std::string& text);
 
 /// The date and time of a Julian value, to the millisecond.
@@ -198,10 +205,9 @@ ZN_UDF_API bool isValidISOdate(const std::string& text);
 /// `useTime` on, up to three time fields follow. A month that is not a number is looked up with
 /// `getMonthNumber`. Everything else is copied, not padded or checked:
 ///
-///     "5 March 2024"  ->  "2024-03-5"        (DAY_MONTH_YEAR, '-')
-///     "2024-03-05"    ->  "05-03-2024"       (the year is taken from the end, even for
-///     YEAR_MONTH_DAY) "Dec 25, 2024"  ->  "-12-25 2024"      (MONTH_DAY_YEAR: ", " is two
-///     separators with an empty field between them)
+///     "5 March 2024"  ->  "2024-03-5"     (DAY_MONTH_YEAR, '-')
+///     "2024-03-05"    ->  "05-03-2024"    (YEAR_MONTH_DAY: the year is taken from the end)
+///     "Dec 25, 2024"  ->  "-12-25 2024"   (MONTH_DAY_YEAR: ", " has an empty field inside)
 ///
 /// Fewer than three fields give the empty text.
 ZN_UDF_API std::string dateToISO(const std::string& text);

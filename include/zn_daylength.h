@@ -1,3 +1,4 @@
+/// \file
 /// Day length: how long the sun is above the horizon, for a latitude and a date.
 ///
 ///     zn_lib::DayLength day;
@@ -31,7 +32,7 @@ class ZN_UDF_API DayLength {
  public:
   /// Nothing is computed yet: `dayLength` is a quiet NaN.
   DayLength();
-  ~DayLength();
+  ~DayLength();  ///< does nothing
 
   /// Days from 1 January 2000 to the civil day of `julian`, both at 12:00.
   ///

@@ -1,9 +1,9 @@
+/// \file
 /// Directories: changing into, creating, listing and copying them.
 ///
 ///     std::vector<std::string> entries;
-///     zn_lib::listDir("src", "\\.cpp$", true, entries);   // what ends in ".cpp", appended to
-///     `entries` zn_lib::listDir("", "<dir>", true, entries);        // the subdirectories of the
-///     working directory
+///     zn_lib::listDir("src", "\\.cpp$", true, entries);   // adds what ends in ".cpp"
+///     zn_lib::listDir("", "<dir>", true, entries);        // adds the subdirectories here
 ///
 /// Failures are told by the result and, for listing and copying, through `errorMessage`, which
 /// shows in verbose mode only. Nothing is thrown, except when memory runs out.
@@ -31,7 +31,7 @@ ZN_UDF_API bool createDir(const std::string& dir);
 ///
 /// `filter` is a regular expression (ECMAScript) and is searched anywhere in the name: "txt$"
 /// selects names that end in "txt", and in "a.b" the dot stands for any character. An empty one
-/// selects all. The filter "<dir>" selects the subdirectories, without "." and "..", and no links
+/// selects all. The filter `"<dir>"` selects the subdirectories, without "." and "..", and no links
 /// to directories. `skipHidden` leaves out names that begin with a dot, "." and ".." among them.
 ///
 /// False, with `entries` unchanged, and a message "Couldn't open the directory", or "Invalid

@@ -1,3 +1,4 @@
+/// \file
 /// Numbered error messages, kept in XML catalogs, and the system's own last error.
 ///
 ///     std::map<int, std::string, zn_lib::error_order> catalog;
@@ -33,7 +34,7 @@ namespace zn_lib {
 
 /// Ascending order of error numbers.
 struct ZN_UDF_API error_order {
-  bool operator()(int a, int b) const;
+  bool operator()(int a, int b) const;  ///< `a` < `b`
 };
 
 extern template class XmlEvent<std::map<int, std::string, error_order>>;
@@ -41,10 +42,16 @@ extern template class XmlEvent<std::map<int, std::string, error_order>>;
 /// Fills a map from error number to message while a catalog is parsed.
 class ZN_UDF_API ErrorEvent final : public XmlEvent<std::map<int, std::string, error_order>> {
  public:
+  /// Nothing read.
   ErrorEvent();
 
+  /// Keeps `name` as the element whose text follows.
   void OnStartElement(const XML_Char* name, const XML_Char** attributes) override;
+
+  /// Keeps `name` too; the end of an `ERROR` stores the message under its number.
   void OnEndElement(const XML_Char* name) override;
+
+  /// Keeps the text of an `ID` or a `MESSAGE`, without its leading blanks.
   void OnCharacterData(const XML_Char* text, int length) override;
 
   /// Copies each message that was read into `catalog`, in place of one with the same number.

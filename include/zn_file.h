@@ -1,3 +1,4 @@
+/// \file
 /// File names taken apart and put together, and operations on whole files.
 ///
 ///     std::string name = "C:\\tmp\\x.txt";
@@ -7,9 +8,9 @@
 ///     zn_lib::createFileName("~/conf", "app", "xml")     ->  "/home/ada/conf/app.xml"
 ///
 /// The name functions work on text alone and touch no file. A backslash separates directories as
-/// "/" does: functions that analyse a name turn each "\" into "/" first, in the caller's string too
-/// where they take it by reference. The file operations take names as they are: no "\" and no "~"
-/// is replaced. They print no message and tell their outcome by their result.
+/// "/" does: functions that analyse a name turn each backslash into "/" first, in the caller's
+/// string too where they take it by reference. The file operations take names as they are: no
+/// backslash and no "~" is replaced. They print no message and tell their outcome by their result.
 ///
 /// Nothing is thrown, except when memory runs out.
 #ifndef ZN_FILE_H
@@ -31,9 +32,9 @@ struct name_of_file {
 /// The root of the file objects: holds the name of a file in its parts.
 class ZN_UDF_API FileName {
  public:
-  virtual ~FileName();
+  virtual ~FileName();  ///< does nothing of its own
 
-  /// Splits `name` into `nameParts`; each "\" in it becomes "/".
+  /// Splits `name` into `nameParts`; each backslash in it becomes "/".
   void setFileName(std::string& name);
 
   /// The parts joined by `createFileName` and passed through `checkHomePath`.
@@ -47,7 +48,7 @@ class ZN_UDF_API FileName {
   name_of_file nameParts;
 
  protected:
-  FileName();
+  FileName();  ///< an empty name
 };
 
 // ---- Names
@@ -61,9 +62,9 @@ ZN_UDF_API void checkHomePath(std::string& name);
 
 /// Splits `name` into directory, base name and last extension.
 ///
-/// Each "\" in `name` becomes "/" first, in the caller's string too. The extension is whatever
-/// follows the last dot anywhere in the text, so a dot in a directory name is taken for it. Dots
-/// and slashes at the very beginning or end belong to the base name:
+/// Each backslash in `name` becomes "/" first, in the caller's string too. The extension is
+/// whatever follows the last dot anywhere in the text, so a dot in a directory name is taken for
+/// it. Dots and slashes at the very beginning or end belong to the base name:
 ///
 ///     splitFileName("src/zn_str.cpp")  ->  "src/", "zn_str",  "cpp"
 ///     splitFileName("dir.d/file")      ->  "",     "dir",     "d/file"
@@ -76,14 +77,14 @@ ZN_UDF_API void checkHomePath(std::string& name);
 /// A name that holds a line feed or a carriage return yields three empty parts.
 ZN_UDF_API name_of_file splitFileName(std::string& name);
 
-/// `name` without its last extension and dot; the directory stays. Each "\" in `name` becomes "/"
-/// first, in the caller's string too. The extension is that of `splitFileName`; a name with a line
-/// break has none.
+/// `name` without its last extension and dot; the directory stays. Each backslash in `name` becomes
+/// "/" first, in the caller's string too. The extension is that of `splitFileName`; a name with a
+/// line break has none.
 ZN_UDF_API std::string stripExtension(std::string& name);
 
-/// Joins the parts of a name. `dir` goes through `checkHomePath`, "\" in it becomes "/", and one
-/// "/" is added where it is missing; `name` and `ext` are taken as they are. An empty `dir` or
-/// `ext` adds nothing, not even its mark.
+/// Joins the parts of a name. `dir` goes through `checkHomePath`, a backslash in it becomes "/",
+/// and one "/" is added where it is missing; `name` and `ext` are taken as they are. An empty `dir`
+/// or `ext` adds nothing, not even its mark.
 ZN_UDF_API std::string createFileName(std::string dir, const std::string& name,
                                       const std::string& ext);
 

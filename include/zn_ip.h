@@ -1,3 +1,4 @@
+/// \file
 /// IPv4 and IPv6 addresses as text, blocks and binary values.
 ///
 ///     zn_lib::IPv4 address;

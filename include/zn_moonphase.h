@@ -1,3 +1,4 @@
+/// \file
 /// Moon phase: the moon's position relative to the sun, how much of its disc is lit, and which of
 /// eight phases that is.
 ///

@@ -1,3 +1,4 @@
+/// \file
 /// Console output and prompts.
 ///
 ///     zn_lib::setVerbose(true);
@@ -40,12 +41,12 @@ ZN_UDF_API void debugMessage(const std::string& text);
 /// output.
 ZN_UDF_API void processTitle(const std::string& text);
 
-/// The prompts ignore the verbose flag. Each reads one line with libedit's `readline`, which shows
-/// the prompt and lets the user edit when standard input is a terminal, and only reads when it is
-/// not. The first character of the answer counts, untrimmed, in either case; the rest is ignored.
-/// The end of input is an empty answer.
+// The prompts ignore the verbose flag. Each reads one line with libedit's `readline`, which shows
+// the prompt and lets the user edit when standard input is a terminal, and only reads when it is
+// not. The first character of the answer counts, untrimmed, in either case; the rest is ignored.
+// The end of input is an empty answer.
 
-/// Asks "Press <Enter> to continue " and waits for the line.
+/// Asks `Press <Enter> to continue ` and waits for the line.
 ZN_UDF_API void pauseKey();
 
 /// Asks "Press Q to quit, any other key to continue ". False when the answer begins with q or Q,

@@ -1,3 +1,4 @@
+/// \file
 /// The machine: its operating system and its byte order.
 ///
 ///     zn_lib::getOSName()     ->  "Linux"
@@ -31,8 +32,8 @@ ZN_UDF_API std::string getOSName();
 /// time.
 ZN_UDF_API std::string getOSRelease();
 
-/// The library is for little-endian hosts and does not compile on others. What follows is therefore
-/// constant: the order of bytes is never tested, and nothing is ever rotated.
+// The library is for little-endian hosts and does not compile on others. What follows is therefore
+// constant: the order of bytes is never tested, and nothing is ever rotated.
 
 /// False, always.
 ZN_UDF_API bool IsBigEndian();

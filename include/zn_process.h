@@ -1,3 +1,4 @@
+/// \file
 /// Child processes.
 ///
 ///     zn_lib::childProcess("~/bin/report", "2026-06-01", true);   // runs it, waits for it to end

@@ -1,3 +1,4 @@
+/// \file
 /// A named file for reading.
 ///
 ///     zn_lib::ReadFile notes;

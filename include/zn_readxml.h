@@ -1,3 +1,4 @@
+/// \file
 /// What the XML readers share: `ReadXml` feeds a file to an event handler, which keeps what it
 /// reads in a map. Error catalogs (`zn_error.h`) and settings (`zn_setcfg.h`) are
 /// read this way.
@@ -82,10 +83,13 @@ class ZN_UDF_API ReadXml : public ReadFile {
 
   /// No name and a new event handler.
   ReadXml();
+
+  /// Deletes the event handler, as an `Event`: declare a class of your own `final`, since handlers
+  /// have no virtual destructor.
   ~ReadXml() override;
 
-  ReadXml(const ReadXml&) = delete;
-  ReadXml& operator=(const ReadXml&) = delete;
+  ReadXml(const ReadXml&) = delete;             ///< a handler has one owner
+  ReadXml& operator=(const ReadXml&) = delete;  ///< a handler has one owner
 
   /// Reads the file that `setFileName` named. False when it cannot be opened.
   ///

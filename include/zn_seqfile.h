@@ -1,3 +1,4 @@
+/// \file
 /// Numbered variants of file names.
 ///
 ///     std::string name = "report.txt";   // in a directory that holds report.txt
@@ -12,7 +13,7 @@
 
 namespace zn_lib {
 
-/// Turns `name` into directory + base + "-1." + extension, with "/" for each "\" in it.
+/// Turns `name` into directory + base + "-1." + extension, with "/" for each backslash in it.
 ///
 /// The number is always 1: numbers that are taken already are not looked for, so check whether the
 /// file exists. The dot is written even without an extension: "notes" becomes "notes-1.". A number

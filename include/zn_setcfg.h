@@ -1,3 +1,4 @@
+/// \file
 /// A store of settings, kept in an XML file.
 ///
 ///     zn_lib::Configuration settings("TOOL", "tool");   // tool.cfg in the working directory
@@ -31,7 +32,7 @@ namespace zn_lib {
 /// The order of keys: byte by byte as unsigned values, a prefix before the longer key.
 template <class T>
 struct ZN_UDF_API map_key {
-  bool operator()(T a, T b) const;
+  bool operator()(T a, T b) const;  ///< true for `a` before `b`
 };
 
 template <class T>
@@ -63,10 +64,16 @@ extern template class XmlEvent<config_map>;
 /// joined, each piece without its leading blanks: "a &amp; b" is read as "a &b".
 class ZN_UDF_API ConfigEvent final : public XmlEvent<config_map> {
  public:
+  /// Nothing read.
   ConfigEvent();
 
+  /// A setting, when there are attributes.
   void OnStartElement(const XML_Char* name, const XML_Char** attributes) override;
+
+  /// No element is being read after it, not the enclosing one either.
   void OnEndElement(const XML_Char* name) override;
+
+  /// The value of a setting, or a piece of it.
   void OnCharacterData(const XML_Char* text, int length) override;
 
   /// Copies each setting that was read into `target`, in place of one with the same key.
@@ -95,13 +102,16 @@ class ZN_UDF_API Configuration {
   /// of it. The root element's type is not read.
   virtual bool load();
 
-  /// Each stores a setting under `key` without leading and trailing blanks. Keys keep their case.
+  /// Stores a setting under `key` without leading and trailing blanks, as all three do. Keys keep
+  /// their case.
   void set(const std::string& key, ConfigElement element);
 
   /// A new key gets the type "TEXT" and itself as description; one that is there keeps both. A key
   /// given with blanks around it counts as new: it overwrites type and description of the trimmed
   /// one.
   void set(const std::string& key, const std::string& value);
+
+  /// Note the order: the type comes before the value.
   void set(const std::string& key, const std::string& type, const std::string& value,
            const std::string& describe);
 

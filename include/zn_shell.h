@@ -1,3 +1,4 @@
+/// \file
 /// Shell commands.
 ///
 ///     zn_lib::execShell("sort names.txt > sorted.txt")  ->  true

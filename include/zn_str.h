@@ -1,3 +1,4 @@
+/// \file
 /// Strings: trimming, case, padding, conversion, building and rewriting.
 ///
 ///     zn_lib::allTrim("  a b\r\n")            ->  "a b"
@@ -68,11 +69,11 @@ ZN_UDF_API bool stringToBool(const std::string& text);
 ZN_UDF_API double stringToDouble(const std::string& text);
 
 /// True when the whole text is a number: an optional "-", digits, each of which one comma may
-/// follow, an optional fraction, an optional exponent with a sign.
+/// follow, an optional fraction, an optional exponent, whose sign is a must.
 ///
 ///     isNumber("-1,234.56")  ->  true         isNumber("+1")    ->  false
-///     isNumber("1e-7")       ->  true         isNumber("1e7")   ->  false   (the exponent's sign
-///     is a must) isNumber(".5")         ->  true         isNumber("1.")    ->  false
+///     isNumber("1e-7")       ->  true         isNumber("1e7")   ->  false   (no sign)
+///     isNumber(".5")         ->  true         isNumber("1.")    ->  false
 ///     isNumber("1,")         ->  true         isNumber("1,,2")  ->  false
 ///
 /// Every piece may be missing, so the empty text and "-" are numbers too; check for them where that

@@ -1,3 +1,4 @@
+/// \file
 /// A named file for writing.
 ///
 ///     zn_lib::WriteFile log;

@@ -1,3 +1,4 @@
+/// \file
 /// The expat XML parser as an object, its callbacks as virtual functions.
 ///
 ///     class Outline : public XMLEvtHandler {
@@ -39,17 +40,24 @@ class ZN_UDF_API XMLEvtHandler {
   /// The parser exists. Expat calls no other callback of this object until this one has returned.
   virtual void OnPostCreate();
 
-  /// `attributes` holds names and values in turn, closed by a null pointer.
+  /// The start of an element. `attributes` holds names and values in turn, closed by a null
+  /// pointer.
   virtual void OnStartElement(const XML_Char* name, const XML_Char** attributes);
+
+  /// The end of an element, of one written `<name/>` too.
   virtual void OnEndElement(const XML_Char* name);
 
-  /// `length` bytes without a NUL. One run of text may come in several calls.
+  /// Text: `length` bytes without a NUL. One run of text may come in several calls.
   virtual void OnCharacterData(const XML_Char* text, int length);
 
+  /// `<?target data?>`
   virtual void OnProcessingInstruction(const XML_Char* target, const XML_Char* data);
+
+  /// `<!--text-->`
   virtual void OnComment(const XML_Char* text);
-  virtual void OnStartCdataSection();
-  virtual void OnEndCdataSection();
+
+  virtual void OnStartCdataSection();  ///< `<![CDATA[`; its text comes as character data
+  virtual void OnEndCdataSection();    ///< `]]>`
 
   /// Whatever no switched-on callback takes: `length` bytes without a NUL, as in the document.
   virtual void OnDefault(const XML_Char* text, int length);
@@ -58,17 +66,22 @@ class ZN_UDF_API XMLEvtHandler {
   /// here false. See `XMLParser::EnableUnknownEncodingHandler`, which does not lead here by itself.
   virtual bool OnUnknownEncoding(const XML_Char* name, XML_Encoding* encoding);
 
-  /// `prefix` is null for a default namespace, `uri` null where one is taken back.
+  /// A namespace begins, before the element that declares it. `prefix` is null for a default
+  /// namespace, `uri` null where one is taken back.
   virtual void OnStartNamespaceDecl(const XML_Char* prefix, const XML_Char* uri);
+
+  /// It ends, after that element.
   virtual void OnEndNamespaceDecl(const XML_Char* prefix);
 
-  /// `standalone` is false for standalone="no" only: a declaration without it gives true.
+  /// The XML declaration. `standalone` is false for standalone="no" only: without it, true.
   /// `encoding` is null where the declaration has none.
   virtual void OnXmlDecl(const XML_Char* version, const XML_Char* encoding, bool standalone);
 
-  /// `systemId` and `publicId` are null where the declaration has none.
+  /// `<!DOCTYPE name`. `systemId` and `publicId` are null where the declaration has none.
   virtual void OnStartDoctypeDecl(const XML_Char* name, const XML_Char* systemId,
                                   const XML_Char* publicId, bool hasInternalSubset);
+
+  /// The end of that declaration, after its internal subset.
   virtual void OnEndDoctypeDecl();
 };
 
@@ -88,8 +101,8 @@ class ZN_UDF_API XMLParser {
   /// As `Destroy`.
   ~XMLParser();
 
-  XMLParser(const XMLParser&) = delete;
-  XMLParser& operator=(const XMLParser&) = delete;
+  XMLParser(const XMLParser&) = delete;             ///< a parser has one owner
+  XMLParser& operator=(const XMLParser&) = delete;  ///< a parser has one owner
 
   /// Frees the parser there is, with its position and all that was switched on, and creates one
   /// with every callback off. False, and no parser is left, when expat cannot create one.
@@ -124,15 +137,18 @@ class ZN_UDF_API XMLParser {
   void* GetBuffer(std::size_t length);
 
   /// Each switches the callback of its name on or off, at any time, also from within a callback.
+  /// Without a start or an end in its name, both.
+  /// @{
   void EnableStartElementHandler(bool enable);
   void EnableEndElementHandler(bool enable);
-  void EnableElementHandler(bool enable);  ///< start and end
+  void EnableElementHandler(bool enable);
   void EnableCharacterDataHandler(bool enable);
   void EnableProcessingInstructionHandler(bool enable);
   void EnableCommentHandler(bool enable);
   void EnableStartCdataSectionHandler(bool enable);
   void EnableEndCdataSectionHandler(bool enable);
-  void EnableCdataSectionHandler(bool enable);  ///< start and end
+  void EnableCdataSectionHandler(bool enable);
+  /// @}
 
   /// With `expand`, the text of internal entities comes in place of references to them, as it does
   /// before the first call. Without, a reference goes to `OnDefault` as it is written; with
@@ -145,14 +161,17 @@ class ZN_UDF_API XMLParser {
   ///     XML_SetUnknownEncodingHandler(parser.m_parser, UnknownEncodingHandler, parser.m_handler);
   void EnableUnknownEncodingHandler(bool enable);
 
-  /// The namespace callbacks only come where `Create` was given a separator.
+  /// Each switches the callback of its name on or off, as those above. The namespace callbacks only
+  /// come where `Create` was given a separator.
+  /// @{
   void EnableStartNamespaceDeclHandler(bool enable);
   void EnableEndNamespaceDeclHandler(bool enable);
-  void EnableNamespaceDeclHandler(bool enable);  ///< start and end
+  void EnableNamespaceDeclHandler(bool enable);
   void EnableXmlDeclHandler(bool enable);
   void EnableStartDoctypeDeclHandler(bool enable);
   void EnableEndDoctypeDeclHandler(bool enable);
-  void EnableDoctypeDeclHandler(bool enable);  ///< start and end
+  void EnableDoctypeDeclHandler(bool enable);
+  /// @}
 
   /// The error of the last failed operation, XML_ERROR_NONE when there was none.
   XML_Error GetErrorCode() const;
@@ -162,9 +181,11 @@ class ZN_UDF_API XMLParser {
 
   /// Where the parser is: in a callback, at the start of what is reported; after an error, there.
   /// Lines count from 1; columns, in characters, and bytes from 0. Byte index -1: nothing parsed.
+  /// @{
   XML_Index GetCurrentByteIndex() const;
   XML_Size GetCurrentLineNumber() const;
   XML_Size GetCurrentColumnNumber() const;
+  /// @}
 
   /// The length in bytes of what is being reported; 0 within an entity.
   int GetCurrentByteCount() const;
@@ -182,6 +203,7 @@ class ZN_UDF_API XMLParser {
 
 /// The functions that a parser registers with expat. Each calls the callback of its name, `On...`,
 /// on the handler that its first argument points to; with a null pointer there, nothing is called.
+/// @{
 ZN_UDF_API void XMLCALL StartElementHandler(void* handler, const XML_Char* name,
                                             const XML_Char** attributes);
 ZN_UDF_API void XMLCALL EndElementHandler(void* handler, const XML_Char* name);
@@ -210,5 +232,6 @@ ZN_UDF_API void XMLCALL StartDoctypeDeclHandler(void* handler, const XML_Char* n
                                                 const XML_Char* systemId, const XML_Char* publicId,
                                                 int hasInternalSubset);
 ZN_UDF_API void XMLCALL EndDoctypeDeclHandler(void* handler);
+/// @}
 
 #endif  // ZN_XMLPARSER_H

@@ -4,9 +4,9 @@
 #include <zn_str.h>
 
 #include <algorithm>
-#include <fstream>
+#include <cstdio>
+#include <memory>
 #include <optional>
-#include <vector>
 
 #include "errors.h"
 #include "text.h"
@@ -89,21 +89,22 @@ std::optional<Place> readPlace(const std::string& line) {
 /// A file, line by line; throws Error where it cannot be read.
 class LineReader {
  public:
-  explicit LineReader(const std::string& file) : file_(file), in_(file, std::ios::binary) {
-    if (!in_) throw fileError(Problem::kCannotOpen, file_);
+  explicit LineReader(const std::string& file)
+      : file_(file), in_(std::fopen(file.c_str(), "r"), &std::fclose) {
+    if (in_ == nullptr) throw fileError(Problem::kCannotOpen, file_);
   }
 
   /// Stores the next line without its line end; false when there is none.
   bool next(std::string& line) {
     ++number_;
-    in_.getline(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
-    if (in_.bad()) throw fileError(Problem::kCannotRead, file_);
-    if (in_.fail() && in_.eof()) return false;
-    if (in_.fail()) throw error(Problem::kLineTooLong);
-    // The count includes the line end, which the last line may lack.
-    const std::streamsize length = in_.gcount() - (in_.eof() ? 0 : 1);
-    line.assign(buffer_.data(), static_cast<std::size_t>(length));
-    return true;
+    line.clear();
+    int c;
+    while ((c = std::fgetc(in_.get())) != EOF && c != '\n') {
+      if (line.size() == kLongestLine) throw error(Problem::kLineTooLong);
+      line += static_cast<char>(c);
+    }
+    if (std::ferror(in_.get()) != 0) throw fileError(Problem::kCannotRead, file_);
+    return c != EOF || !line.empty();
   }
 
   /// `problem` with the line that was read last.
@@ -112,9 +113,9 @@ class LineReader {
   }
 
  private:
-  std::string file_;
-  std::ifstream in_;
-  std::vector<char> buffer_ = std::vector<char>(kLongestLine + 1);
+  const std::string file_;
+  // Not a file stream: not every standard library tells a read that fails from the file's end.
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> in_;
   unsigned long long number_ = 0;
 };
 

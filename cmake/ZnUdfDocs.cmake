@@ -1,0 +1,31 @@
+# The target `docs` builds the API reference with Doxygen; any warning fails it. Where Doxygen is missing, so does the
+# target, and only it. With ZN_UDF_DOCS, it is built with all else, and installed.
+find_package(Doxygen QUIET)
+if(ZN_UDF_DOCS)
+  set(all ALL)
+endif()
+
+set(ZN_UDF_DOCS_DIR ${PROJECT_BINARY_DIR}/docs)
+set(doxyfile ${ZN_UDF_DOCS_DIR}/Doxyfile)
+configure_file(docs/Doxyfile.in ${doxyfile} @ONLY)
+
+if(DOXYGEN_FOUND)
+  add_custom_target(docs ${all}
+    COMMAND ${CMAKE_COMMAND} -E remove_directory ${ZN_UDF_DOCS_DIR}/html
+    COMMAND ${DOXYGEN_EXECUTABLE} ${doxyfile}
+    COMMAND ${CMAKE_COMMAND} -E echo "The reference is ${ZN_UDF_DOCS_DIR}/html/index.html"
+    COMMENT "Building the API reference" VERBATIM)
+  if(ZN_UDF_TESTS)
+    add_test(NAME docs COMMAND ${PROJECT_SOURCE_DIR}/tests/docs_test.sh ${DOXYGEN_EXECUTABLE} ${doxyfile}
+      ${PROJECT_SOURCE_DIR})
+  endif()
+else()
+  add_custom_target(docs ${all}
+    COMMAND ${CMAKE_COMMAND} -E echo
+      "The API reference needs Doxygen (Debian: package doxygen). Configure again once it is installed."
+    COMMAND ${CMAKE_COMMAND} -E false VERBATIM)
+endif()
+
+if(ZN_UDF_DOCS AND ZN_UDF_INSTALL)
+  install(DIRECTORY ${ZN_UDF_DOCS_DIR}/html DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+endif()

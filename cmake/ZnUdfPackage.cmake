@@ -1,0 +1,57 @@
+# `cpack` makes two Debian packages of the installed files: libzn-udf1 holds the library, libzn-udf-dev what it takes to
+# build programs with it. The preset `package` configures for it.
+set(library_package libzn-udf${PROJECT_VERSION_MAJOR})
+set(development_package libzn-udf-dev)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME libzn-udf)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "utility library for command-line programs")
+set(CPACK_PACKAGE_CONTACT "zn_udf maintainers <maintainers@zn-udf.example>")
+set(CPACK_COMPONENTS_ALL runtime development)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY >=)
+set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${library_package})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
+"Strings and tokens, console messages and prompts, child processes, file names
+and files, directories, XML, settings and error catalogs, dates and Julian
+values, day length and moon phase, IP addresses.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${development_package})
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
+"This package holds what it takes to build programs with ${library_package}:
+headers, CMake package, pkg-config file and manual.")
+
+# What Debian's policy asks of every package beyond the files themselves.
+if(ZN_UDF_DEBIAN)
+  # One of the public headers includes expat's: hosts need the package that it is from.
+  find_program(ZN_UDF_DPKG_QUERY dpkg-query REQUIRED)
+  execute_process(COMMAND ${ZN_UDF_DPKG_QUERY} -S ${EXPAT_INCLUDE_DIR}/expat.h
+    OUTPUT_VARIABLE owner RESULT_VARIABLE failed)
+  if(failed)
+    message(FATAL_ERROR "No package owns ${EXPAT_INCLUDE_DIR}/expat.h")
+  endif()
+  string(REGEX REPLACE ":.*" "" CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ${owner})
+
+  set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
+  configure_file(cmake/debian/changelog.in changelog.Debian @ONLY)
+  foreach(package IN ITEMS runtime/${library_package} development/${development_package})
+    get_filename_component(component ${package} DIRECTORY)
+    get_filename_component(name ${package} NAME)
+    set(doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/${name})
+    install(FILES cmake/debian/copyright DESTINATION ${doc_dir} COMPONENT ${component})
+    zn_udf_install_text(${PROJECT_BINARY_DIR}/changelog.Debian changelog.Debian ${doc_dir} ${component})
+  endforeach()
+endif()
+
+include(CPack)

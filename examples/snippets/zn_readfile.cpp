@@ -1,0 +1,33 @@
+// A log that is written, continued and read.
+#include <zn_readfile.h>
+#include <zn_writefile.h>
+
+#include <iostream>
+#include <string>
+
+int main() {
+  std::string name = "run.log";
+
+  zn_lib::WriteFile log;
+  log.setFileName(name);
+  if (!log.fileOpen()) return 1;
+  log.file << "started\n";
+  log.fileClose();
+
+  // Without `append`, opening again would empty the file.
+  log.append = true;
+  if (!log.fileOpen()) return 1;
+  log.file << "ended\n";
+  log.fileClose();
+
+  zn_lib::ReadFile reader;
+  reader.setFileName(name);
+  if (!reader.fileOpen()) return 1;
+  std::string first;
+  std::getline(reader.file, first);
+  std::cout << "first line: " << first << '\n';
+
+  // Prints the rest, and an empty line more for the newline at the end of the file.
+  reader.cat();
+  std::cout << "that was " << reader.getFileName() << '\n';
+}

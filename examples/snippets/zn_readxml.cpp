@@ -1,0 +1,34 @@
+// An XML file read into a map by a handler of the host's own.
+#include <zn_readxml.h>
+
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <string>
+
+namespace {
+
+// Counts the elements of each name.
+class CountEvent final : public zn_lib::XmlEvent<std::map<std::string, int>> {
+ public:
+  // guarded keeps an exception from passing through the parser; parseFile throws it afterwards.
+  void OnStartElement(const XML_Char* name, const XML_Char**) override {
+    guarded([&] { ++data[name]; });
+  }
+};
+
+}  // namespace
+
+int main() {
+  std::ofstream("menu.xml") << "<menu><tea/><cake/><tea/></menu>";
+
+  zn_lib::ReadXml<CountEvent> reader;
+  std::string name = "menu.xml";
+  reader.setFileName(name);
+
+  // True when the file could be opened, whatever is in it.
+  if (!reader.parseFile()) return 1;
+  for (const auto& [element, count] : reader.event->data) {
+    std::cout << element << ' ' << count << '\n';
+  }
+}

@@ -1,0 +1,32 @@
+// Settings that are changed, saved when the store goes, and read again.
+#include <zn_setcfg.h>
+
+#include <iostream>
+#include <string>
+
+int main() {
+  {
+    zn_lib::Configuration settings("TOOL", "tool");
+    std::cout << settings.getConfigurationFile() << '\n';
+
+    // There is no file yet, which is no failure.
+    settings.load();
+
+    // A new key describes itself. Nothing is escaped on saving: no "<" and no "&" in values.
+    settings.set("colour", "blue");
+    settings.set("size", "NUMBER", "7", "Size in millimetres");
+  }
+
+  // The store has saved itself. A second one reads the file.
+  zn_lib::Configuration settings("TOOL", "tool");
+  settings.load();
+  const zn_lib::ConfigElement size = settings.get("size");
+  std::cout << size.describe << ": " << size.value << " (" << size.type << ")\n";
+
+  // A setting that is missing has an empty value, and reading does not add it.
+  std::cout << '"' << settings.get("weight").value << "\"\n";
+
+  // The date of the first save is kept among the settings.
+  settings.set("UPDATE", "2024-03-05 14:07:09");
+  settings.listConfiguration();
+}

@@ -1,0 +1,38 @@
+// The elements of an XML text as an indented list, and where a malformed one goes wrong.
+#include <zn_xmlparser.h>
+
+#include <iostream>
+#include <string>
+
+namespace {
+
+class Outline : public XMLEvtHandler {
+ public:
+  void OnStartElement(const XML_Char* name, const XML_Char** attributes) override {
+    std::cout << std::string(depth++ * 2, ' ') << name;
+    for (; *attributes != nullptr; attributes += 2) {
+      std::cout << ' ' << attributes[0] << '=' << attributes[1];
+    }
+    std::cout << '\n';
+  }
+  void OnEndElement(const XML_Char*) override { --depth; }
+
+ private:
+  std::size_t depth = 0;
+};
+
+}  // namespace
+
+int main() {
+  Outline outline;
+  XMLParser parser(&outline);
+
+  // A new parser has every callback off.
+  parser.Create(nullptr, nullptr);
+  parser.EnableElementHandler(true);
+
+  if (!parser.Parse("<menu><tea price='2'/>\n<cake></menu>", true)) {
+    std::cout << "line " << parser.GetCurrentLineNumber() << ": " << parser.GetErrorString()
+              << '\n';
+  }
+}

@@ -1,0 +1,91 @@
+#!/bin/sh
+# Programs of other people, built against the library as it is installed, and with it as a part of theirs.
+# usage: consumers_test.sh SOURCE_DIR BUILD_DIR COMPILER [FLAGS]
+set -eu
+source=$1
+build=$2
+shift 2
+compiler=$1
+flags="$*"
+consumers=$source/tests/consumers
+# shellcheck source=tests/shell_test.sh
+. "$source/tests/shell_test.sh"
+
+# expect_host WHAT PROGRAM: the program prints what it should, with the library that it finds by itself.
+expect_host() {
+  env -u LD_LIBRARY_PATH "$2" >"$work/printed" 2>&1 || fail "$1 does not run" "$work/printed"
+  diff "$consumers/host.out" "$work/printed" || fail "$1"
+  echo "$1"
+}
+
+# ---- What is installed
+
+quietly "installing" cmake --install "$build" --prefix "$work/first"
+quietly "installing below DESTDIR" env DESTDIR="$work/stage" cmake --install "$build" --prefix /opt/zn
+(cd "$work/first" && find . ! -type d | LC_ALL=C sort) >"$work/files"
+(cd "$work/stage/opt/zn" && find . ! -type d | LC_ALL=C sort) | diff "$work/files" - || fail "DESTDIR"
+[ -z "$(find "$work/stage" ! -type d ! -path "$work/stage/opt/zn/*")" ] || fail "files outside of the prefix"
+sed -n 's|^\./include/zn_udf/||p' "$work/files" >"$work/headers"
+(cd "$source/include" && LC_ALL=C ls) | diff - "$work/headers" || fail "the installed headers"
+for name in cmake/zn_udf/zn_udf-config.cmake cmake/zn_udf/zn_udf-config-version.cmake pkgconfig/zn_udf.pc libzn_udf.so \
+  libzn_udf.so.1 man/man3/zn_udf.3; do
+  grep -q "/$name\$" "$work/files" || fail "$name is not installed" "$work/files"
+done
+if grep -rIlF -e "$source" -e "$build" -e "$work/first" "$work/first" >"$work/named"; then
+  fail "these files name a directory of the machine that built them" "$work/named"
+fi
+echo "installed files"
+
+# Everything is found where it is moved to.
+mkdir "$work/moved"
+mv "$work/first" "$work/moved/prefix"
+prefix=$work/moved/prefix
+
+# ---- Installed
+
+quietly "find_package" cmake -S "$consumers/find_package" -B "$work/find_package" -DCMAKE_PREFIX_PATH="$prefix" \
+  -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror"
+quietly "building with find_package" cmake --build "$work/find_package"
+expect_host "find_package" "$work/find_package/host"
+
+pc_dir=$(dirname "$(find "$prefix" -name zn_udf.pc)")
+export PKG_CONFIG_PATH="$pc_dir"
+[ "$(pkg-config --modversion zn_udf)" = 1.1 ] || fail "the version of pkg-config"
+library_dir=$(pkg-config --variable=libdir zn_udf)
+# The flags are lists of words.
+# shellcheck disable=SC2046,SC2086
+quietly "pkg-config" $flags -std=c++17 "$consumers/host.cpp" $(pkg-config --cflags --libs zn_udf) \
+  "-Wl,-rpath,$library_dir" -o "$work/by_pkg_config"
+expect_host "pkg-config" "$work/by_pkg_config"
+
+# A program that carries the library in `libs` beside its own directory, wherever both are moved to.
+mkdir -p "$work/made/bin" "$work/made/libs"
+cp "$library_dir"/libzn_udf.so.1 "$work/made/libs/"
+# shellcheck disable=SC2046,SC2086,SC2016
+quietly "libs beside the program" $flags -std=c++17 "$consumers/host.cpp" $(pkg-config --cflags --libs zn_udf) \
+  '-Wl,-rpath,$ORIGIN/../libs' -o "$work/made/bin/host"
+mv "$work/made" "$work/shipped"
+mv "$prefix" "$work/gone"
+expect_host "libs beside the program's directory" "$work/shipped/bin/host"
+rm "$work/shipped/libs/libzn_udf.so.1"
+if "$work/shipped/bin/host" >"$work/log" 2>&1; then fail "the program runs without the library"; fi
+
+# ---- The example, installed with the library
+
+quietly "installing the example" sh -c "cmake --install '$build' --prefix '$work/example' &&
+  cmake --install '$build' --component examples --prefix '$work/example'"
+if env -u LD_LIBRARY_PATH HOME="$work" "$work/example/bin/almanac" --bogus 2>"$work/log"; then fail "almanac takes any option"; fi
+grep -q '^ERROR: #1	unknown or ambiguous option "--bogus"' "$work/log" || fail "almanac without its messages" "$work/log"
+[ -e "$work/example/share/man/man1/almanac.1" ] || fail "almanac without its manual"
+echo "the example"
+
+# ---- As a part of another project
+
+for fetch in OFF ON; do
+  quietly "add_subdirectory, FetchContent $fetch" cmake -S "$consumers/add_subdirectory" -B "$work/sub_$fetch" \
+    -DZN_UDF_SOURCE="$source" -DFETCH=$fetch -DCMAKE_CXX_COMPILER="$compiler"
+done
+quietly "building with add_subdirectory" cmake --build "$work/sub_OFF" -j 2
+expect_host "add_subdirectory" "$work/sub_OFF/host"
+quietly "installing the other project" cmake --install "$work/sub_OFF" --prefix "$work/none"
+[ ! -e "$work/none" ] || fail "the library is installed with the other project"

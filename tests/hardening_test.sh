@@ -1,0 +1,17 @@
+#!/bin/sh
+# The optimised library is built the way Debian hardens its packages.
+# usage: hardening_test.sh LIBRARY
+set -eu
+expect() { # expect WHAT PATTERN OPTION: readelf with that option shows the pattern.
+  readelf -W "$3" "$library" >"$out"
+  grep -qE "$2" "$out" || { echo "FAILED: $1"; exit 1; }
+}
+library=$1
+out=$(mktemp)
+trap 'rm -f "$out"' EXIT
+expect "read-only relocations" 'GNU_RELRO' -l
+expect "all symbols bound at load" 'BIND_NOW' -d
+expect "stack protector" 'UND __stack_chk_fail' --dyn-syms
+expect "fortified functions of the C library" 'UND __[a-z]+_chk' --dyn-syms
+expect "no executable stack" 'GNU_STACK .* RW ' -l
+echo "$library is hardened"
