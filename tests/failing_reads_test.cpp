@@ -260,6 +260,16 @@ TEST_F(FailingReads, XmlIsReadToThere) {
 
 // ---- Reads that are no failures
 
+/// How many reads of `size` bytes there are at the least where none gives more than `most`. The
+/// streams of libc++ call `fread`, which reads on until it has all.
+int fewestReads([[maybe_unused]] std::size_t size, [[maybe_unused]] std::size_t most) {
+#ifdef _LIBCPP_VERSION
+  return 1;
+#else
+  return static_cast<int>(size / most);
+#endif
+}
+
 TEST_F(FailingReads, ShortAndInterruptedReadsChangeNothing) {
   const std::string text = lines();
   writeFile("a", text);
@@ -270,9 +280,9 @@ TEST_F(FailingReads, ShortAndInterruptedReadsChangeNothing) {
     behaviour.most = most;
     behaviour.interruptions = 3;
     ASSERT_EQ(dumped("a", behaviour), dump) << most;
-    EXPECT_GT(reads.calls, static_cast<int>(text.size() / most)) << "this is not what reads";
+    EXPECT_GT(reads.calls, fewestReads(text.size(), most)) << "this is not what reads";
     ASSERT_EQ(printed("a", behaviour), cat) << most;
-    EXPECT_GT(reads.calls, static_cast<int>(text.size() / most)) << "this is not what reads";
+    EXPECT_GT(reads.calls, fewestReads(text.size(), most)) << "this is not what reads";
     {
       const Watched watched(behaviour);
       EXPECT_TRUE(zn_lib::fileCopy("a", "copy", true)) << most;

@@ -2,9 +2,10 @@
 #ifndef SKY_REFERENCE_H
 #define SKY_REFERENCE_H
 
-#include <charconv>
 #include <cstddef>
 #include <fstream>
+#include <locale>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -13,17 +14,16 @@ using ReferenceTable = std::vector<std::vector<double>>;
 
 /// The numbers of one line, separated by commas, whatever the locale.
 inline std::vector<double> readReferenceRow(const std::string& line) {
+  std::istringstream in(line);
+  in.imbue(std::locale::classic());
   std::vector<double> row;
-  const char* at = line.data();
-  const char* const end = at + line.size();
   while (true) {
     double value = 0.0;
-    const std::from_chars_result number = std::from_chars(at, end, value);
-    if (number.ec != std::errc()) throw std::runtime_error("not a number: " + line);
+    if (!(in >> value)) throw std::runtime_error("not a number: " + line);
     row.push_back(value);
-    if (number.ptr == end) return row;
-    if (*number.ptr != ',') throw std::runtime_error("not a comma: " + line);
-    at = number.ptr + 1;
+    const int separator = in.get();
+    if (separator == std::istream::traits_type::eof()) return row;
+    if (separator != ',') throw std::runtime_error("not a comma: " + line);
   }
 }
 

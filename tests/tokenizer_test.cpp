@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "reference_engine.h"
 #include "samples.h"
 
 namespace {
@@ -66,13 +67,7 @@ TEST(Split, Examples) {
 
 /// What the engine makes of `pattern`.
 Tokens splitByEngine(const std::string& text, const std::string& pattern) {
-  const std::regex delimiter(pattern);
-  Tokens tokens;
-  for (std::sregex_token_iterator it(text.begin(), text.end(), delimiter, -1), end; it != end;
-       ++it) {
-    tokens.push_back(*it);
-  }
-  return tokens;
+  return reference::split(text, reference::engine(pattern));
 }
 
 Tokens splitMulti(const std::string& text, const std::string& pattern) {
@@ -87,7 +82,7 @@ Tokens outcome(Split split) {
   try {
     return split();
   } catch (const std::regex_error& error) {
-    return {"error", std::to_string(error.code())};
+    return {"error", reference::errorCode(error)};
   }
 }
 
@@ -182,6 +177,47 @@ TEST(SplitMulti, AgreesWithTheEngine) {
   }
 }
 
+TEST(SplitMulti, AnswersTheSameWithAnyStandardLibrary) {
+  const struct {
+    std::string text, pattern;
+    Tokens tokens;
+  } cases[] = {
+      {"a]b}c", "]", {"a", "b}c"}},
+      {"a]b}c", "]|}", {"a", "b", "c"}},
+      {"a{}b", "\\{}", {"a", "b"}},
+      {"1ab]2", "[ab]]", {"1a", "2"}},
+      {"1a}2", "a{1}}", {"1", "2"}},
+      {"xccx", "c++", {"x", "x"}},
+      {"xccx", "c+*?", {"", "x", "", "", "x"}},
+      {"xababx", "(ab)+{1,2}", {"x", "x"}},
+      {"xAAx", "(?:\\x41)?+", {"", "x", "", "x"}},
+      {"aqb", "\\q", {"a", "b"}},
+      {"aqb", "\\cq", {"a", "b"}},
+      {"aqb_c", "[\\q\\_]", {"a", "b", "c"}},
+      {"a1 b", "[\\D\\S]", {"", "", "", ""}},
+      {"a\xE4\xC3z", "[\xC3-a]", {"", "", "", "z"}},
+      {"aA-b", "[[=A=]]", {"", "", "-b"}},
+      {"a-b", "[[:digit:]-]", {"a", "b"}},
+      {"abc", "[^]", {"", "", ""}},
+      {"abc", "[]", {"abc"}},
+      {"abxc", "x*", {"", "a", "b", "", "c"}},
+      {"abx", "x*", {"", "a", "b", ""}},
+      {"ab", "^", {"", "ab"}},
+      {"ab", "$", {"ab"}},
+      {"ab\nab", "^a", {"", "b\nab"}},
+      {"ab cd", "\\b", {"", "ab", " ", "cd"}},
+      {"abc", "b|", {"", "a", "", "c"}},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(splitMulti(c.text, c.pattern), c.tokens) << c.text << " at " << c.pattern;
+  }
+  for (const char* pattern :
+       {"[b-a]", "[a-\xE4]", "[[:digit:]-a]", "[a-[:digit:]]", "[\\1]", "[\\B]", "[[.-.]]",
+        "[\\x4]", "[[:digit]", "a{2", "a{,2}", "^*", "(*)", "a|+"}) {
+    EXPECT_THROW(splitMulti("a", pattern), std::regex_error) << pattern;
+  }
+}
+
 TEST(SplitMulti, LeavesNoTokensWhenThePatternIsMalformed) {
   zn_lib::Tokenizer tokenizer("a,b,c", ",");
   EXPECT_THROW(tokenizer.splitMulti("abc", "("), std::regex_error);
@@ -192,6 +228,10 @@ TEST(SortTokens, OrdersBytesAsUnsignedValues) {
   zn_lib::Tokenizer tokenizer("b,B,a,ab,\xC3,", ",");
   EXPECT_TRUE(tokenizer.sortTokens());
   EXPECT_EQ(tokenizer.tokens, (Tokens{"B", "a", "ab", "b", "\xC3"}));
+
+  tokenizer.split("two,one", ",");
+  EXPECT_TRUE(tokenizer.sortTokens());
+  EXPECT_EQ(tokenizer.tokens, (Tokens{"one", "two"}));
 
   tokenizer.split("one", ",");
   EXPECT_FALSE(tokenizer.sortTokens());

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "reference_engine.h"
 #include "samples.h"
 
 namespace {
@@ -433,8 +434,8 @@ TEST_F(DateTime, ParseISOdate) {
 
 /// What the pattern itself makes of a text.
 std::string fieldsByPattern(const std::string& text) {
-  static const std::regex isoDateTime(
-      "^(\\d{4})-?(\\d{2})?-?(\\d{2})?[\\sT]?(\\d{2})?:?(\\d{2})?:?(\\d{2})?");
+  static const reference::Engine isoDateTime =
+      reference::engine("^(\\d{4})-?(\\d{2})?-?(\\d{2})?[\\sT]?(\\d{2})?:?(\\d{2})?:?(\\d{2})?");
   std::smatch match;
   int field[] = {0, 0, 0, 12, 0, 0};
   if (std::regex_match(text, match, isoDateTime)) {

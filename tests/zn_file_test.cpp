@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "output_capture.h"
+#include "reference_engine.h"
 #include "reference_names.h"
 #include "samples.h"
 #include "temporary_files.h"
@@ -117,8 +118,8 @@ TEST(StripExtension, Examples) {
 // ---- The patterns that define the parts.
 
 TEST(SplitFileName, AgreesWithItsPatterns) {
-  const std::regex lastExt("(.+)[\\.](.+)$");
-  const std::regex fileSplit("(.+[\\/])?(.+)");
+  const reference::Engine lastExt = reference::engine("(.+)[\\.](.+)$");
+  const reference::Engine fileSplit = reference::engine("(.+[\\/])?(.+)");
   const auto agrees = [&](const std::string& text) {
     const std::string slashed = reference::withSlashes(text);
     std::string rest = slashed;

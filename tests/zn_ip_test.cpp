@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "reference_engine.h"
 #include "samples.h"
 
 namespace {
@@ -88,7 +89,8 @@ TEST(IPv4, SetTakesAnyValue) {
 }
 
 TEST(IPv4, ValidFormatAgreesWithItsPattern) {
-  const std::regex ipv4("([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})");
+  const reference::Engine ipv4 =
+      reference::engine("([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})");
   const zn_lib::IPv4 address;
   int matches = 0;
   const auto agrees = [&](const std::string& text) {

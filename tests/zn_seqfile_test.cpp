@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "output_capture.h"
+#include "reference_engine.h"
 #include "reference_names.h"
 #include "samples.h"
 #include "temporary_files.h"
@@ -109,7 +110,7 @@ TEST_F(SequentialFile, KeepsANameWhoseDirectoryCannotBeListed) {
 }
 
 TEST_F(SequentialFile, AgreesWithItsPattern) {
-  const std::regex fileseq("(.+)[-](\\d+)?");
+  const reference::Engine fileseq = reference::engine("(.+)[-](\\d+)?");
   // In an empty directory the base comes from the name alone; listing finds "." and ".." at most.
   forEveryText("a-1\n", 7, [&](const std::string& base) {
     if (base.empty() || base.find('\n') != std::string::npos) return;
@@ -129,9 +130,9 @@ std::vector<std::string> entriesOf(const std::string& dir) {
   return entries;
 }
 
-const std::regex lastExt("(.+)[\\.](.+)$");
-const std::regex fileSplit("(.+[\\/])?(.+)");
-const std::regex fileseq("(.+)[-](\\d+)?");
+const reference::Engine lastExt = reference::engine("(.+)[\\.](.+)$");
+const reference::Engine fileSplit = reference::engine("(.+[\\/])?(.+)");
+const reference::Engine fileseq = reference::engine("(.+)[-](\\d+)?");
 
 /// `sequentialFile` by the letter of its patterns, where HOME plays no part.
 std::string byPatterns(const std::string& text) {
@@ -147,9 +148,9 @@ std::string byPatterns(const std::string& text) {
   if (std::regex_match(base, number, fileseq)) base = std::string(number[1]);
   const std::vector<std::string> entries = entriesOf(path);
   if (entries.empty()) return name;
-  const std::regex filter(base);
+  const reference::Engine filter = reference::engine(base);
   for (const std::string& entry : entries) {
-    if (!std::regex_search(entry, filter)) continue;
+    if (!reference::contains(entry, filter)) continue;
     std::string stem = reference::withSlashes(entry);
     if (std::regex_match(stem, match, lastExt)) stem = std::string(match[1]);
     if (!std::regex_match(stem, fileseq)) base = stem;

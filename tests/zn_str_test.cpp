@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "reference_engine.h"
 #include "samples.h"
 
 namespace {
@@ -92,8 +93,9 @@ TEST(Pad, PushesTheTextToTheNamedSide) {
 
 // ---- The validators, against the patterns that define them.
 
-const std::regex isBool("(yes|true|on|y|\\.t\\.|t|1)", std::regex::ECMAScript | std::regex::icase);
-const std::regex validNumber("-?((\\d),?)*(\\.\\d+)?([eE][-+]\\d+)?");
+const reference::Engine isBool =
+    reference::engine("(yes|true|on|y|\\.t\\.|t|1)", std::regex::ECMAScript | std::regex::icase);
+const reference::Engine validNumber = reference::engine("-?((\\d),?)*(\\.\\d+)?([eE][-+]\\d+)?");
 
 TEST(StringToBool, Examples) {
   for (const char* text :
@@ -264,7 +266,7 @@ TEST(Quotes, Examples) {
 }
 
 TEST(RemoveQuotes, AgreesWithItsPattern) {
-  const std::regex quote("[`'\"]");
+  const reference::Engine quote = reference::engine("[`'\"]");
   const auto agrees = [&](const std::string& text) {
     ASSERT_EQ(zn_lib::removeQuotes(text), std::regex_replace(text, quote, "")) << text;
   };

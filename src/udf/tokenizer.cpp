@@ -13,6 +13,7 @@ namespace zn_lib {
 namespace {
 
 using Tokens = std::vector<std::string>;
+using Matches = std::regex_iterator<std::string::const_iterator, char, Pattern::traits_type>;
 
 std::ostream& setBase(std::ostream& os, std::ios_base::fmtflags base) {
   os.setf(std::ios_base::showbase | std::ios_base::uppercase);
@@ -65,13 +66,17 @@ Tokens splitAtText(const std::string& text, const std::string& delimiter) {
 }
 
 Tokens splitAtMatches(const std::string& text, const std::string& pattern) {
-  constexpr int betweenMatches = -1;
-  const std::regex delimiter = compilePattern(pattern);
+  // A loop of its own: not every standard library's token iterator knows where the text before an
+  // empty match begins.
+  const Pattern delimiter = compilePattern(pattern);
   Tokens tokens;
-  for (std::sregex_token_iterator token(text.begin(), text.end(), delimiter, betweenMatches), end;
-       token != end; ++token) {
-    tokens.push_back(*token);
+  auto start = text.begin();
+  for (Matches match(start, text.end(), delimiter), end; match != end; ++match) {
+    const auto& found = (*match)[0];
+    tokens.emplace_back(start, found.first);
+    start = found.second;
   }
+  if (start != text.end() || tokens.empty()) tokens.emplace_back(start, text.end());
   return tokens;
 }
 

@@ -10,6 +10,7 @@
 
 #include "tokenizer.h"
 #include "zn_ascii.h"
+#include "zn_decimal.h"
 #include "zn_pattern.h"
 #include "zn_str.h"
 #include "zn_truncate.h"
@@ -39,7 +40,7 @@ constexpr std::array<unsigned short, 10> februaryToNovember = {29, 31, 30, 31, 3
                                                                31, 31, 30, 31, 30};
 
 const std::string expr = "^(\\d{4})-?(\\d{2})?-?(\\d{2})?[\\sT]?(\\d{2})?:?(\\d{2})?:?(\\d{2})?";
-const std::regex isoDateTime = compilePattern(expr);
+const Pattern isoDateTime = compilePattern(expr);
 
 bool isLeapYear(unsigned short year) {
   return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
@@ -120,10 +121,7 @@ void appendNumber(std::string& text, unsigned value, std::size_t width = 2) {
 void appendDouble(std::string& text, double value) {
   constexpr int significantDigits = 6;
   std::array<char, 16> digits;  // the longest is "-1.23457e+308"
-  const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), value,
-                                        std::chars_format::general, significantDigits)
-                              .ptr;
-  appendFilled(text, {digits.data(), static_cast<std::size_t>(end - digits.data())}, 2);
+  appendFilled(text, decimalText(value, std::chars_format::general, significantDigits, digits), 2);
 }
 
 void appendYear(std::string& text, const date_time_record& record) {

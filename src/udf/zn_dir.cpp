@@ -73,7 +73,7 @@ class NameFilter {
 
   bool admits(const std::string& name) const {
     if (fixed_) return fixed_->isIn(name);
-    return engine_ && std::regex_search(name, *engine_);
+    return engine_ && containsMatch(name, *engine_);
   }
 
  private:
@@ -82,7 +82,7 @@ class NameFilter {
   }
 
   const std::optional<FixedText> fixed_;
-  std::optional<std::regex> engine_;
+  std::optional<Pattern> engine_;
 };
 
 std::string workingDirectory() {

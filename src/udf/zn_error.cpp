@@ -13,6 +13,8 @@ namespace zn_lib {
 template class XmlEvent<std::map<int, std::string, error_order>>;
 template class ReadXml<ErrorEvent>;
 
+// ---- FileName, which zn_file.h declares
+
 FileName::FileName() = default;
 
 FileName::~FileName() = default;

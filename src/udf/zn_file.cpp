@@ -20,8 +20,8 @@
 namespace zn_lib {
 namespace {
 
-const std::regex lastExt = compilePattern("(.+)[\\.](.+)$");
-const std::regex fileSplit = compilePattern("(.+[\\/])?(.+)");
+const Pattern lastExt = compilePattern("(.+)[\\.](.+)$");
+const Pattern fileSplit = compilePattern("(.+[\\/])?(.+)");
 
 /// Where `mark` last stands with at least one byte before and behind it; npos when it does not.
 std::size_t lastInside(std::string_view text, char mark) {

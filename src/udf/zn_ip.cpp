@@ -14,7 +14,7 @@
 namespace zn_lib {
 namespace {
 
-const std::regex ipv4 = compilePattern("([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})");
+const Pattern ipv4 = compilePattern("([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})");
 
 constexpr std::size_t kShortestText = sizeof("0.0.0.0") - 1;
 constexpr std::size_t kLongestText = sizeof("255.255.255.255") - 1;

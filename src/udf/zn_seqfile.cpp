@@ -14,7 +14,7 @@
 namespace zn_lib {
 namespace {
 
-const std::regex fileseq = compilePattern("(.+)[-](\\d+)?");
+const Pattern fileseq = compilePattern("(.+)[-](\\d+)?");
 
 /// What stands before the "-" and the digits that end a numbered name; nothing for other names.
 std::optional<std::string> beforeNumber(const std::string& name) {

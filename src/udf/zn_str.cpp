@@ -6,24 +6,26 @@
 #include <cmath>
 #include <limits>
 #include <regex>
+#include <stdexcept>
 #include <string_view>
 
 #include "zn_ascii.h"
+#include "zn_decimal.h"
 #include "zn_find.h"
 #include "zn_pattern.h"
 
 namespace zn_lib {
 namespace {
 
-const std::regex isBool =
+const Pattern isBool =
     compilePattern("(yes|true|on|y|\\.t\\.|t|1)", std::regex::ECMAScript | std::regex::icase);
-const std::regex validNumber = compilePattern("-?((\\d),?)*(\\.\\d+)?([eE][-+]\\d+)?");
-const std::regex quote = compilePattern("[`'\"]");
+const Pattern validNumber = compilePattern("-?((\\d),?)*(\\.\\d+)?([eE][-+]\\d+)?");
+const Pattern quote = compilePattern("[`'\"]");
 
 /// One flag a byte value: whether the byte, alone, matches.
 using ByteTable = std::array<bool, 256>;
 
-ByteTable bytesThatMatch(const std::regex& pattern) {
+ByteTable bytesThatMatch(const Pattern& pattern) {
   ByteTable table{};
   for (std::size_t byte = 0; byte < table.size(); ++byte) {
     const char c = static_cast<char>(byte);
@@ -154,16 +156,14 @@ std::string percentString(double part, double whole, int decimals) {
   const int wanted = decimals < 0 ? streamDefault : decimals;
   const int exact = std::min(wanted, mostDecimals);
   std::array<char, 309 + mostDecimals + 2> digits;
-  char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), percent,
-                                  std::chars_format::fixed, exact)
-                        .ptr;
-  std::string text(digits.data(), end);
+  std::string text(decimalText(percent, std::chars_format::fixed, exact, digits));
   if (std::isfinite(percent)) text.append(static_cast<std::size_t>(wanted - exact), '0');
   text += '%';
   return text;
 }
 
 std::string replicateChar(int character, int count) {
+  if (count < 0) throw std::length_error("replicateChar");
   return std::string(static_cast<std::size_t>(count), static_cast<char>(character));
 }
 

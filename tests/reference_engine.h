@@ -1,0 +1,75 @@
+/// The standard library's engine for regular expressions, which defines what a pattern finds.
+#ifndef REFERENCE_ENGINE_H
+#define REFERENCE_ENGINE_H
+
+#include <regex>
+#include <string>
+#include <vector>
+
+// libstdc++'s engine is the reference. With libc++, whose engine takes some patterns in another
+// way, the reference is that engine as the library uses it: what is compared then is what the
+// library does without an engine.
+#ifdef _LIBCPP_VERSION
+#include "../src/udf/zn_pattern.h"
+#endif
+
+namespace reference {
+
+#ifdef _LIBCPP_VERSION
+using Engine = zn_lib::Pattern;
+#else
+using Engine = std::regex;
+#endif
+
+inline Engine engine(const std::string& pattern,
+                     std::regex::flag_type flags = std::regex::ECMAScript) {
+#ifdef _LIBCPP_VERSION
+  return zn_lib::compilePattern(pattern, flags);
+#else
+  return Engine(pattern, flags);
+#endif
+}
+
+inline bool contains(const std::string& text, const Engine& pattern) {
+#ifdef _LIBCPP_VERSION
+  return zn_lib::containsMatch(text, pattern);
+#else
+  return std::regex_search(text, pattern);
+#endif
+}
+
+/// The texts between the matches.
+inline std::vector<std::string> split(const std::string& text, const Engine& pattern) {
+  std::vector<std::string> tokens;
+#ifdef _LIBCPP_VERSION
+  // The engine's token iterator loses the text before an empty match.
+  using Matches = std::regex_iterator<std::string::const_iterator, char, Engine::traits_type>;
+  auto start = text.begin();
+  for (Matches match(start, text.end(), pattern), end; match != end; ++match) {
+    tokens.emplace_back(start, (*match)[0].first);
+    start = (*match)[0].second;
+  }
+  if (start != text.end() || tokens.empty()) tokens.emplace_back(start, text.end());
+#else
+  constexpr int betweenMatches = -1;
+  for (std::sregex_token_iterator token(text.begin(), text.end(), pattern, betweenMatches), end;
+       token != end; ++token) {
+    tokens.push_back(*token);
+  }
+#endif
+  return tokens;
+}
+
+/// The code of an error. Which one it is differs between standard libraries.
+inline std::string errorCode(const std::regex_error& error) {
+#ifdef _LIBCPP_VERSION
+  static_cast<void>(error);
+  return "any";
+#else
+  return std::to_string(error.code());
+#endif
+}
+
+}  // namespace reference
+
+#endif  // REFERENCE_ENGINE_H
