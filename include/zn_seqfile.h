@@ -23,7 +23,7 @@ namespace zn_lib {
 /// is expanded for the search) is listed with the base as a regular expression searched anywhere in
 /// the names, and the last name found that has no number of its own gives the base: with "run.log"
 /// and "rerun.log", listed in that order, "run.log" becomes "rerun-1.log". That order is the
-/// system's.
+/// system's. The base "<dir>" stands for the subdirectories, as it does for `listDir`.
 ///
 /// A directory that cannot be listed leaves `name` as it is but for the "/"; so does a base that is
 /// no regular expression, or one with more in it than plain characters and dots that is longer than

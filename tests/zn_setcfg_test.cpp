@@ -1,13 +1,16 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <zn_datetime.h>
 #include <zn_output.h>
 #include <zn_setcfg.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <functional>
@@ -18,6 +21,18 @@
 #include "output_capture.h"
 #include "samples.h"
 #include "temporary_files.h"
+
+namespace {
+
+/// How much one call of the system takes at most.
+std::size_t longestWrite = static_cast<std::size_t>(-1);
+
+}  // namespace
+
+// Stands before the C library's.
+extern "C" ssize_t write(int descriptor, const void* bytes, std::size_t size) {
+  return syscall(SYS_write, descriptor, bytes, std::min(size, longestWrite));
+}
 
 namespace {
 
@@ -382,6 +397,54 @@ TEST_F(Settings, BackupIsThePreviousFile) {
   EXPECT_TRUE(store.save());
   EXPECT_NE(readFile("config.xml"), readFile("config.xml~"));
   EXPECT_EQ(loaded(readFile("config.xml~")).at("run").value, "2");
+}
+
+TEST_F(Settings, TheTextIsTheSameHoweverItIsWritten) {
+  const std::string longType(1000, 'T');
+  Configuration store(longType, "store");
+  store.set("a", "TEXT", "one", "first");
+  store.set("UPDATE", "DATE", "now", "");
+  const std::string text =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+      "<CONFIGURATION type='" +
+      longType +
+      "'>\n"
+      "<UPDATE data_type='DATE' describe=''>now</UPDATE>\n"
+      "<a data_type='TEXT' describe='first'>one</a>\n"
+      "</CONFIGURATION>\n";
+  ASSERT_TRUE(store.save());
+  EXPECT_EQ(readFile("store.cfg"), text) << "beside the file";
+
+  for (const std::size_t most : {std::size_t{1}, std::size_t{7}, std::size_t{1000}}) {
+    writeFile("store.cfg", "");
+    longestWrite = most;
+    const bool isSaved = store.save();
+    longestWrite = static_cast<std::size_t>(-1);
+    EXPECT_TRUE(isSaved);
+    EXPECT_EQ(readFile("store.cfg"), text) << most << " bytes a call";
+  }
+
+  store.backup = false;
+  writeFile("store.cfg", "");
+  ASSERT_TRUE(store.save());
+  EXPECT_EQ(readFile("store.cfg"), text) << "in place";
+}
+
+TEST_F(Settings, SaveWithoutStandardInput) {
+  const pid_t child = fork();
+  if (child == 0) {
+    // The next file that is opened gets its number.
+    close(STDIN_FILENO);
+    Configuration store;
+    store.set("a", "1");
+    const bool isAlone = store.save() && entriesHere() == 1;
+    const bool isClosed = fcntl(STDIN_FILENO, F_GETFD) == -1;
+    _exit(isAlone && isClosed ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(loaded(readFile("config.xml")).at("a").value, "1");
 }
 
 TEST_F(Settings, SaveFailsWhereNoFileCanBe) {
