@@ -1,0 +1,139 @@
+/// The XML readers a second time: expat alone, with handlers that apply the documented rules.
+#ifndef FUZZ_XML_H
+#define FUZZ_XML_H
+
+#include <expat.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstddef>
+#include <cstring>
+#include <map>
+#include <string>
+
+namespace fuzz {
+
+constexpr std::size_t kBlock = 8192;
+
+/// Feeds `bytes` to an expat parser in the blocks in which the library reads a file. `State` has
+/// start(name, attributes), end(name) and text(bytes).
+template <class State>
+void parse(const std::string& bytes, State& state) {
+  const XML_Parser parser = XML_ParserCreate("UTF-8");
+  XML_SetUserData(parser, &state);
+  XML_SetElementHandler(
+      parser,
+      [](void* data, const XML_Char* name, const XML_Char** attributes) {
+        static_cast<State*>(data)->start(name, attributes);
+      },
+      [](void* data, const XML_Char* name) { static_cast<State*>(data)->end(name); });
+  XML_SetCharacterDataHandler(parser, [](void* data, const XML_Char* text, int length) {
+    static_cast<State*>(data)->text(std::string(text, static_cast<std::size_t>(length)));
+  });
+  std::size_t at = 0;
+  bool isLast = false;
+  XML_Status status = XML_STATUS_OK;
+  while (!isLast && status != XML_STATUS_ERROR) {
+    const std::size_t count = std::min(kBlock, bytes.size() - at);
+    // A file that fills its last block shows its end only to one more read.
+    isLast = count < kBlock;
+    status = XML_Parse(parser, bytes.data() + at, static_cast<int>(count), isLast);
+    at += count;
+  }
+  XML_ParserFree(parser);
+}
+
+inline std::string withoutLeadingBlanks(const std::string& text) {
+  return text.substr(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+}
+
+struct Setting {
+  std::string value;
+  std::string type = "TEXT";
+  std::string describe;
+};
+
+using Settings = std::map<std::string, Setting>;
+
+/// What a file of settings holds.
+class SettingsReader {
+ public:
+  explicit SettingsReader(const std::string& bytes) { parse(bytes, *this); }
+
+  void start(const std::string& name, const XML_Char** attributes) {
+    open_ = name == "CONFIGURATION" ? "" : name;
+    hasText_ = false;
+    if (open_.empty() || attributes[0] == nullptr) return;
+    settings[open_].type = attributes[1];
+    if (attributes[2] != nullptr) settings[open_].describe = attributes[3];
+  }
+
+  void end(const std::string&) { open_.clear(); }
+
+  void text(const std::string& bytes) {
+    if (open_.empty() || bytes.empty()) return;
+    std::string& value = settings[open_].value;
+    if (!hasText_) value.clear();
+    value += withoutLeadingBlanks(bytes);
+    hasText_ = true;
+  }
+
+  Settings settings;
+
+ private:
+  std::string open_;  // the element whose text counts; empty for none
+  bool hasText_ = false;
+};
+
+using Catalog = std::map<int, std::string>;
+
+/// What a file of errors holds.
+class CatalogReader {
+ public:
+  explicit CatalogReader(const std::string& bytes) { parse(bytes, *this); }
+
+  void start(const std::string& name, const XML_Char**) { tag_ = name; }
+
+  void end(const std::string& name) {
+    tag_ = name;
+    if (name == "ERROR") catalog[id_] = message_;
+  }
+
+  void text(const std::string& bytes) {
+    const std::string piece = withoutLeadingBlanks(bytes);
+    if (tag_ == "ID") id_ = leadingNumber(piece);
+    if (tag_ == "MESSAGE") message_ = piece;
+  }
+
+  Catalog catalog;
+
+ private:
+  /// Cut to the low bits of the nearest long.
+  static int leadingNumber(const std::string& text) {
+    std::size_t at = 0;
+    const bool isNegative = !text.empty() && text[0] == '-';
+    if (isNegative || (!text.empty() && text[0] == '+')) ++at;
+    __extension__ typedef __int128 Wide;
+    Wide value = 0;
+    for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
+      value = std::min<Wide>(value * 10 + (text[at] - '0'), Wide{LONG_MAX} + 1);
+    }
+    value = isNegative ? -value : std::min<Wide>(value, LONG_MAX);
+    return static_cast<int>(static_cast<unsigned>(static_cast<unsigned long>(value)));
+  }
+
+  std::string tag_;
+  int id_ = 0;
+  std::string message_;
+};
+
+/// `document` with `count` blanks behind its first tag, to move what follows to the end of a block.
+inline std::string padded(const std::string& document, std::size_t count) {
+  const std::size_t end = document.find('>');
+  if (end == std::string::npos) return document;
+  return document.substr(0, end + 1) + std::string(count, ' ') + document.substr(end + 1);
+}
+
+}  // namespace fuzz
+
+#endif  // FUZZ_XML_H

@@ -1,0 +1,197 @@
+/// File names against a model without patterns, against the patterns on short names, and numbered
+/// names in a directory with a few files.
+#include <dirent.h>
+#include <fuzzer/FuzzedDataProvider.h>
+#include <zn_file.h>
+#include <zn_readfile.h>
+#include <zn_seqfile.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "fuzz_check.h"
+#include "fuzz_files.h"
+#include "reference_names.h"
+
+namespace {
+
+using fuzz::expectSame;
+
+constexpr std::size_t kShortForPattern = 12;
+
+const std::regex lastExt("(.+)[\\.](.+)$");
+const std::regex fileSplit("(.+[\\/])?(.+)");
+const std::regex fileseq("(.+)[-](\\d+)?");
+
+void splits(const std::string& name) {
+  std::string own = name;
+  const zn_lib::name_of_file parts = zn_lib::splitFileName(own);
+  const std::string text = reference::withSlashes(name);
+  const reference::Parts expected = reference::split(name);
+  expectSame("the caller's string", own, text);
+  expectSame("path", parts.path, expected.path);
+  expectSame("name", parts.name, expected.name);
+  expectSame("extension", parts.extension, expected.extension);
+
+  own = name;
+  expectSame("stripExtension", zn_lib::stripExtension(own), reference::stripExtension(name));
+  expectSame("the caller's string", own, text);
+
+  if (!reference::hasLineBreak(name)) {
+    const std::string dot = parts.extension.empty() ? "" : ".";
+    expectSame("round trip", parts.path + parts.name + dot + parts.extension, text);
+  }
+  if (text.size() > fuzz::kShortText) return;
+  std::smatch match;
+  const bool hasExtension = std::regex_match(text, match, lastExt);
+  const std::string extension = hasExtension ? match.str(2) : "";
+  const std::string rest = hasExtension ? match.str(1) : text;
+  std::regex_match(rest, match, fileSplit);
+  expectSame("path by its pattern", parts.path, match.str(1));
+  expectSame("name by its pattern", parts.name, match.str(2));
+  expectSame("extension by its pattern", parts.extension, extension);
+}
+
+void joins(const reference::Parts& parts, const std::string& home) {
+  expectSame("createFileName", zn_lib::createFileName(parts.path, parts.name, parts.extension),
+             reference::join(parts, home));
+}
+
+void objects(const std::string& name, const std::string& home) {
+  zn_lib::ReadFile file;
+  std::string own = name;
+  file.setFileName(own);
+  expectSame("getFileName", file.getFileName(),
+             reference::withHome(reference::join(reference::split(name), home), home));
+}
+
+void expands(const std::string& name, const std::string& home) {
+  std::string text = name;
+  zn_lib::checkHomePath(text);
+  expectSame("checkHomePath", text, reference::withHome(name, home));
+
+  std::string dir = name;
+  zn_lib::addEndSlash(dir);
+  const bool isClosed = name.empty() || name[name.size() - 1] == '/';
+  expectSame("addEndSlash", dir, isClosed ? name : name + "/");
+}
+
+/// The names in `dir` in the system's order; none where it cannot be opened.
+std::vector<std::string> entriesOf(const std::string& dir) {
+  std::vector<std::string> entries;
+  DIR* const directory = opendir(dir.empty() ? "." : dir.c_str());
+  if (directory == nullptr) return entries;
+  while (const dirent* const entry = readdir(directory)) entries.push_back(entry->d_name);
+  closedir(directory);
+  return entries;
+}
+
+bool isPlain(const std::string& base) {
+  using namespace std::string_literals;
+  return base.find_first_of("^$\\.*+?()[]{}|\0"s) == std::string::npos;
+}
+
+/// A base is a caller's pattern. What may take the engine long, or its stack, is left out.
+bool isForEngine(const std::string& base) {
+  return base.size() <= kShortForPattern && base.find('{') == std::string::npos;
+}
+
+/// Those of `entries`, the names in `dir`, that a listing with the filter `base` gives.
+std::vector<std::string> selected(const std::vector<std::string>& entries, const std::string& dir,
+                                  const std::string& base) {
+  const bool directoriesOnly = base == "<dir>";
+  const std::regex filter(isPlain(base) ? "" : base);
+  std::vector<std::string> names;
+  for (const std::string& entry : entries) {
+    bool isSelected = false;
+    if (directoriesOnly) {
+      const bool isDots = entry == "." || entry == "..";
+      isSelected = !isDots && std::filesystem::is_directory(dir + entry);
+    } else if (isPlain(base)) {
+      isSelected = entry.find(base) != std::string::npos;
+    } else {
+      isSelected = std::regex_search(entry, filter);
+    }
+    if (isSelected) names.push_back(entry);
+  }
+  return names;
+}
+
+/// The numbered name where HOME plays no part.
+std::string numbered(const std::string& name) try {
+  const reference::Parts parts = reference::split(name);
+  const std::string stem = reference::beforeNumber(parts.name);
+  std::string base = stem.empty() ? parts.name : stem;
+  const std::vector<std::string> entries = entriesOf(parts.path);
+  if (entries.empty()) return reference::withSlashes(name);
+  for (const std::string& entry : selected(entries, parts.path, base)) {
+    const std::string text = reference::stripExtension(entry);
+    if (!std::regex_match(text, fileseq)) base = text;
+  }
+  return parts.path + base + "-1." + parts.extension;
+} catch (const std::regex_error&) {
+  return reference::withSlashes(name);
+}
+
+/// Only what lies in `directory` keeps still while two look at it.
+void sequence(const std::string& tail, const fuzz::TemporaryDirectory& directory) {
+  if (tail.find("..") != std::string::npos || tail.find('~') != std::string::npos) return;
+  std::string name = directory / tail;
+  const reference::Parts parts = reference::split(name);
+  // A dot behind the last slash, or a line break, makes another directory the place to look.
+  if (parts.path.compare(0, directory.path().size() + 1, directory.path() + "/") != 0) return;
+  // A NUL ends the system's names.
+  if (name.find('\0') != std::string::npos) return;
+  const std::string stem = reference::beforeNumber(parts.name);
+  const std::string base = stem.empty() ? parts.name : stem;
+  if (!isPlain(base) && !isForEngine(base)) return;
+  const std::string expected = numbered(name);
+  zn_lib::sequentialFile(name);
+  expectSame("sequentialFile", name, expected);
+}
+
+const fuzz::TemporaryDirectory& directoryWithFiles() {
+  static const fuzz::TemporaryDirectory directory;
+  static bool isEmpty = true;
+  if (isEmpty) {
+    std::filesystem::create_directory(directory / "out");
+    for (const char* file : {"run.log", "rerun.log", "run-12.log", "report-7.txt", "report.txt",
+                             "a.b.c", ".run", "x\n-3", "run\\x.log", "out/run.log", "out/r-.x"}) {
+      fuzz::writeFile(directory / file, "");
+    }
+    isEmpty = false;
+  }
+  return directory;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  FuzzedDataProvider input(data, size);
+  const bool hasHome = input.ConsumeBool();
+  const std::string home = input.ConsumeRandomLengthString(size).c_str();
+  reference::Parts parts;
+  parts.path = input.ConsumeRandomLengthString(size);
+  parts.name = input.ConsumeRandomLengthString(size);
+  parts.extension = input.ConsumeRandomLengthString(size);
+  const std::string name = input.ConsumeRemainingBytesAsString();
+
+  if (hasHome) {
+    setenv("HOME", home.c_str(), 1);
+    joins(parts, home);
+    objects(name, home);
+    expands(name, home);
+  } else {
+    unsetenv("HOME");
+    // The first "~" stays, so it is its own home.
+    joins(parts, "~");
+    objects(name, "~");
+    expands(name, "~");
+  }
+  splits(name);
+  sequence(name, directoryWithFiles());
+  return 0;
+}

@@ -1,0 +1,155 @@
+/// The strings of zn_str.h against the standard library: streams, searches, and the patterns
+/// themselves on short texts.
+#include <fuzzer/FuzzedDataProvider.h>
+#include <tokenizer.h>
+#include <zn_str.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <iomanip>
+#include <limits>
+#include <regex>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "fuzz_check.h"
+
+namespace {
+
+using fuzz::expectSame;
+
+const char* const kBlanks = " \t\n\v\f\r";
+constexpr int kLongest = 2000;
+
+const std::regex isBool("(yes|true|on|y|\\.t\\.|t|1)", std::regex::ECMAScript | std::regex::icase);
+const std::regex validNumber("-?((\\d),?)*(\\.\\d+)?([eE][-+]\\d+)?");
+const std::regex quote("[`'\"]");
+
+std::string withoutLeading(const std::string& text) {
+  return text.substr(std::min(text.find_first_not_of(kBlanks), text.size()));
+}
+
+std::string withoutTrailing(const std::string& text) {
+  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
+void trims(const std::string& text) {
+  expectSame("leftTrim", zn_lib::leftTrim(text), withoutLeading(text));
+  expectSame("rightTrim", zn_lib::rightTrim(text), withoutTrailing(text));
+  expectSame("allTrim", zn_lib::allTrim(text), withoutTrailing(withoutLeading(text)));
+}
+
+void cases(const std::string& text) {
+  std::string upper = text;
+  std::string lower = text;
+  for (char& c : upper) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+  for (char& c : lower) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  expectSame("stringToUpper", zn_lib::stringToUpper(text), upper);
+  expectSame("stringToLower", zn_lib::stringToLower(text), lower);
+}
+
+void pads(const std::string& text, int width, char fill) {
+  std::ostringstream right, left;
+  right << std::right << std::setw(width) << std::setfill(fill) << text.c_str();
+  left << std::left << std::setw(width) << std::setfill(fill) << text.c_str();
+  expectSame("rightPad", zn_lib::rightPad(text, width, fill), right.str());
+  expectSame("leftPad", zn_lib::leftPad(text, width, fill), left.str());
+
+  std::ostringstream inserted;
+  zn_lib::operator<<(inserted << std::left << std::setw(width) << std::setfill(fill), text);
+  expectSame("operator<<", inserted.str(), left.str());
+  expectSame("inQuotes", zn_lib::inQuotes(text, fill), fill + std::string(text.c_str()) + fill);
+}
+
+/// What strtod reads, and NaN where it reads nothing or leaves the range.
+double number(const std::string& text) {
+  char* end = nullptr;
+  errno = 0;
+  const double value = std::strtod(text.c_str(), &end);
+  const bool isNumber = end != text.c_str() && errno != ERANGE;
+  return isNumber ? value : std::numeric_limits<double>::quiet_NaN();
+}
+
+void recognised(const std::string& text) {
+  fuzz::expectSameNumber("stringToDouble", zn_lib::stringToDouble(text), number(text));
+  const bool isTrue = zn_lib::stringToBool(text);
+  const bool isNumber = zn_lib::isNumber(text);
+  const std::string unquoted = zn_lib::removeQuotes(text);
+  expectSame("quotes left", unquoted.find_first_of("`'\""), std::string::npos);
+  if (text.size() > fuzz::kShortText) return;
+  expectSame("stringToBool", isTrue, std::regex_match(text, isBool));
+  expectSame("isNumber", isNumber, std::regex_match(text, validNumber));
+  expectSame("removeQuotes", unquoted, std::regex_replace(text, quote, ""));
+}
+
+void percent(double part, double whole, int decimals) {
+  std::ostringstream os;
+  os << std::fixed << std::setprecision(decimals) << part / whole * 100.0 << '%';
+  expectSame("percentString", zn_lib::percentString(part, whole, decimals), os.str());
+}
+
+void repeats(const std::string& text, int character, int count) {
+  std::string repeated;
+  for (int i = 0; i < count; ++i) repeated += text;
+  expectSame("replicateString", zn_lib::replicateString(text, count), repeated);
+  try {
+    const std::string copies = zn_lib::replicateChar(character, count);
+    expectSame("replicateChar", copies, std::string(copies.size(), static_cast<char>(character)));
+    expectSame("copies", static_cast<int>(copies.size()), count);
+  } catch (const std::length_error&) {
+    fuzz::expect("a length error is for negative counts", count < 0);
+  }
+}
+
+void bytes(const std::string& text, int from, int to) {
+  std::string replaced, removed;
+  for (const char c : text) {
+    const bool isHit = static_cast<signed char>(c) == from;
+    replaced += isHit ? static_cast<char>(to) : c;
+    if (!isHit) removed += c;
+  }
+  expectSame("replaceChar", zn_lib::replaceChar(text, from, to), replaced);
+  expectSame("removeChar", zn_lib::removeChar(text, from), removed);
+}
+
+void searches(const std::string& text, const std::string& search, const std::string& other) {
+  std::string replaced = text;
+  const std::size_t at = text.find(search);
+  if (at < text.size()) replaced = text.substr(0, at) + other + text.substr(at + search.size());
+  expectSame("replaceString", zn_lib::replaceString(text, search, other), replaced);
+
+  const bool found = at < text.size() || text.find(other) < text.size();
+  expectSame("findStrings", zn_lib::findStrings(text, {search, other}), found);
+  expectSame("an empty list", zn_lib::findStrings(text, {}), false);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  FuzzedDataProvider input(data, size);
+  const int width = input.ConsumeIntegralInRange(INT_MIN, kLongest);
+  const int count = input.ConsumeIntegralInRange(INT_MIN, kLongest / 10);
+  const int decimals = input.ConsumeIntegralInRange(INT_MIN, kLongest);
+  const char fill = input.ConsumeIntegral<char>();
+  const int from = input.ConsumeBool() ? fill : input.ConsumeIntegral<int>();
+  const int to = input.ConsumeIntegral<int>();
+  double parts[2];
+  input.ConsumeData(parts, sizeof parts);
+  const std::string search = input.ConsumeRandomLengthString(size);
+  const std::string other = input.ConsumeRandomLengthString(size);
+  const std::string text = input.ConsumeRemainingBytesAsString();
+
+  trims(text);
+  cases(text);
+  pads(text, width, fill);
+  recognised(text);
+  percent(parts[0], parts[1], decimals);
+  repeats(other, to, count);
+  bytes(text, from, to);
+  searches(text, search, other);
+  return 0;
+}
