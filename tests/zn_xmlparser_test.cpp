@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <functional>
+#include <locale>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -796,22 +797,31 @@ TEST(Parse, OnlyTheFinalCallMissesWhatIsOpen) {
   }
 }
 
+/// Where expat alone finds the error of a document. For the empty one, versions differ.
+XML_Index errorIndexOfExpat(const std::string& document) {
+  XML_Parser parser = XML_ParserCreate(nullptr);
+  EXPECT_EQ(XML_Parse(parser, document.data(), static_cast<int>(document.size()), true),
+            XML_STATUS_ERROR);
+  const XML_Index index = XML_GetCurrentByteIndex(parser);
+  XML_ParserFree(parser);
+  return index;
+}
+
 TEST(Parse, ErrorsAreDescribedAndStay) {
   const struct {
     const char* document;
     XML_Error code;
     const char* text;
-    XML_Index index;
     XML_Size line, column;
   } cases[] = {
-      {"<a>\n <b/>\n<c></a>", XML_ERROR_TAG_MISMATCH, "mismatched tag", 15, 3, 5},
-      {"", XML_ERROR_NO_ELEMENTS, "no element found", -1, 1, 0},
-      {"<a>", XML_ERROR_NO_ELEMENTS, "no element found", 3, 1, 3},
-      {"<a/>x", XML_ERROR_JUNK_AFTER_DOC_ELEMENT, "junk after document element", 4, 1, 4},
-      {"<a k='1' k='2'/>", XML_ERROR_DUPLICATE_ATTRIBUTE, "duplicate attribute", 9, 1, 9},
-      {"<a>&e;</a>", XML_ERROR_UNDEFINED_ENTITY, "undefined entity", 3, 1, 3},
-      {"<a>\xC3\xA9\n\xC3\xA9\xC3\xA9&e;</a>", XML_ERROR_UNDEFINED_ENTITY, "undefined entity", 10,
-       2, 2},
+      {"<a>\n <b/>\n<c></a>", XML_ERROR_TAG_MISMATCH, "mismatched tag", 3, 5},
+      {"", XML_ERROR_NO_ELEMENTS, "no element found", 1, 0},
+      {"<a>", XML_ERROR_NO_ELEMENTS, "no element found", 1, 3},
+      {"<a/>x", XML_ERROR_JUNK_AFTER_DOC_ELEMENT, "junk after document element", 1, 4},
+      {"<a k='1' k='2'/>", XML_ERROR_DUPLICATE_ATTRIBUTE, "duplicate attribute", 1, 9},
+      {"<a>&e;</a>", XML_ERROR_UNDEFINED_ENTITY, "undefined entity", 1, 3},
+      {"<a>\xC3\xA9\n\xC3\xA9\xC3\xA9&e;</a>", XML_ERROR_UNDEFINED_ENTITY, "undefined entity", 2,
+       2},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.document);
@@ -826,7 +836,7 @@ TEST(Parse, ErrorsAreDescribedAndStay) {
     EXPECT_EQ(parser.GetErrorCode(), c.code);
     EXPECT_STREQ(parser.GetErrorString(), c.text);
     EXPECT_STREQ(XMLParser::GetErrorString(c.code), c.text);
-    EXPECT_EQ(parser.GetCurrentByteIndex(), c.index);
+    EXPECT_EQ(parser.GetCurrentByteIndex(), errorIndexOfExpat(c.document));
     EXPECT_EQ(parser.GetCurrentLineNumber(), c.line);
     EXPECT_EQ(parser.GetCurrentColumnNumber(), c.column);
 
@@ -941,6 +951,8 @@ TEST(Queries, AnswerBeforeTheFirstParse) {
 // The words around the names are in the language of the locale.
 TEST(AssertionsDeathTest, NameTheOperationThatHasNoParser) {
   testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  // GoogleTest hands its child the line as the global locale writes it, and does not read 1,000.
+  const std::locale before = std::locale::global(std::locale::classic());
   const struct {
     const char* name;
     std::function<void(XMLParser&)> use;
@@ -997,6 +1009,7 @@ TEST(AssertionsDeathTest, NameTheOperationThatHasNoParser) {
     parser.Destroy();
     EXPECT_DEATH(c.use(parser), message) << "after Destroy";
   }
+  std::locale::global(before);
 }
 
 TEST(GetBuffer, RefusesWhatExpatCannotCount) {
