@@ -19,6 +19,13 @@ if(ZN_UDF_ASSERTIONS)
   target_compile_options(zn_udf PRIVATE -UNDEBUG)
 endif()
 
+if(ZN_UDF_CONVERSION_CHECKS)
+  set(conversion_checks -fsanitize=implicit-conversion -fno-sanitize-recover=implicit-conversion
+    -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitizer_ignore.txt)
+  target_compile_options(zn_udf PRIVATE ${conversion_checks})
+  target_link_options(zn_udf PRIVATE ${conversion_checks})
+endif()
+
 # Debian's flags for packages. Fortified functions need an optimised build.
 if(ZN_UDF_HARDENING)
   set(optimised $<OR:$<CONFIG:Release>,$<CONFIG:RelWithDebInfo>,$<CONFIG:MinSizeRel>>)
