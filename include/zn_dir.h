@@ -35,9 +35,9 @@ ZN_UDF_API bool createDir(const std::string& dir);
 /// to directories. `skipHidden` leaves out names that begin with a dot, "." and ".." among them.
 ///
 /// False, with `entries` unchanged, and a message "Couldn't open the directory", or "Invalid
-/// filter" for one that is no regular expression. A filter with repetitions runs on std::regex,
-/// which may exhaust the stack on names only where a file system allows names of thousands of
-/// bytes.
+/// filter" for one that is no regular expression, or longer than 10,000 bytes and more than plain
+/// characters and dots. A filter with repetitions runs on std::regex, which may exhaust the stack on
+/// names only where a file system allows names of thousands of bytes.
 ZN_UDF_API bool listDir(std::string dir, const std::string& filter, bool skipHidden,
                         std::vector<std::string>& entries);
 

@@ -93,15 +93,15 @@ ZN_UDF_API std::string createFileName(std::string dir, const std::string& name,
 /// Copies `source` to `target`. An existing target is removed first when `overwrite` is true.
 ///
 /// False, with nothing changed, when `source` does not exist, or `target` does and may not or
-/// cannot be removed. True means only that the copy was attempted: a target that cannot be created
-/// or a disk that is full gives true as well, so check the target where it matters. Copying a file
-/// onto itself with `overwrite` leaves it empty.
+/// cannot be removed, or the disk fails as it is looked for. True means only that the copy was
+/// attempted: a target that cannot be created or a disk that is full gives true as well, so check
+/// the target where it matters. Copying a file onto itself with `overwrite` leaves it empty.
 ZN_UDF_API bool fileCopy(const std::string& source, const std::string& target, bool overwrite);
 
 /// Renames a file; true when that succeeded. An existing `newName` is removed first when
 /// `overwrite` is true, and is lost when the renaming then fails: a file renamed onto itself with
 /// `overwrite` is gone. False when `oldName` does not exist, or `newName` does and may not or
-/// cannot be removed.
+/// cannot be removed, or the disk fails as it is looked for.
 ZN_UDF_API bool fileRename(const std::string& oldName, const std::string& newName, bool overwrite);
 
 /// Moves the file to its backup name, `name` followed by "~", in place of an earlier backup. It

@@ -14,7 +14,8 @@ namespace zn_lib {
 
 /// Runs `command`, up to its first NUL, in the system's shell and waits for it to end. True when
 /// the shell could be started. The command's own exit status is never examined: a command that
-/// fails, or does not exist, gives true as well, and so does the empty one.
+/// fails, or does not exist, gives true as well, and so do the empty one and, with glibc, one that
+/// is longer than the system passes on (Linux: 128 KiB), which does not run.
 ///
 /// False after a line on standard error, whatever the verbose flag and without "ERROR: ":
 ///

@@ -1,18 +1,26 @@
 /// Settings and error catalogs that are broken, or made to do harm: what was read before the fault
 /// is there, and reading them ends.
 #include <gtest/gtest.h>
+#include <malloc.h>
+#include <sys/resource.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <zn_error.h>
 #include <zn_setcfg.h>
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "long_run.h"
 #include "output_capture.h"
 #include "samples.h"
+#include "sanitizers.h"
 #include "temporary_files.h"
 
 namespace {
@@ -122,6 +130,89 @@ TEST_F(HostileXml, LongTokens) {
   EXPECT_EQ(settingsOf("<r><k a='t'>v</k><l a='" + token), (Fields{{"k", "v|t|"}}));
 }
 
+// ---- What it may cost
+
+// AddressSanitizer keeps what was freed for a while, and looks at each access.
+constexpr double kOverhead = kHasAddressSanitizer ? 8.0 : 1.0;
+
+constexpr std::size_t kMegabyte = 1000 * 1000;
+
+double secondsOf(const timeval& time) {
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+}
+
+double megabytesOf(const rusage& usage) {
+  return static_cast<double>(usage.ru_maxrss) * 1024 / kMegabyte;
+}
+
+/// Runs `test` in a child, which may take so many seconds of the processor and megabytes of memory.
+void expectWithin(double seconds, double megabytes, const std::function<void()>& test) {
+  // What the process keeps for later would serve the child, and not be counted.
+  malloc_trim(0);
+  rusage kept{};
+  if (kHasAddressSanitizer) getrusage(RUSAGE_SELF, &kept);  // its memory cannot be trimmed
+  const pid_t child = fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    test();
+    _exit(testing::Test::HasFailure() ? 1 : 0);
+  }
+  int status = 0;
+  rusage usage{};
+  ASSERT_EQ(wait4(child, &status, 0, &usage), child);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+  EXPECT_LT(secondsOf(usage.ru_utime) + secondsOf(usage.ru_stime), seconds * kOverhead);
+  EXPECT_LT(megabytesOf(usage), megabytes * kOverhead + megabytesOf(kept));
+}
+
+TEST_F(HostileXml, LongTokensStayWithinTheirCost) {
+  const std::size_t textBytes = (isLongRun() ? 100 : 4) * kMegabyte;
+  // Markup is gone over again with each block by an expat without its security updates.
+  const std::size_t markupBytes = isLongRun() ? 4 * kMegabyte : 256 * 1024;
+  const struct {
+    const char* what;
+    std::string before;
+    std::size_t bytes;
+    std::string behind;
+    bool isKept;
+  } cases[] = {
+      {"text", "<r><k a='t'>", textBytes, "</k><n a='t'>v</n></r>", true},
+      {"CDATA", "<r><k a='t'><![CDATA[", textBytes, "]]></k><n a='t'>v</n></r>", true},
+      {"an attribute", "<r><k a='t' b='", markupBytes, "'></k><n a='t'>v</n></r>", true},
+      {"a tag's name", "<r><k", markupBytes, " a='t'/><n a='t'>v</n></r>", true},
+      {"a comment", "<r><!--", markupBytes, "--><k a='t'/><n a='t'>v</n></r>", false},
+      {"a tag that does not end", "<r><n a='t'>v</n><k", markupBytes, "", false},
+      {"a comment that does not end", "<r><n a='t'>v</n><!--", markupBytes, "", false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    const double inMegabytes = static_cast<double>(c.bytes) / kMegabyte;
+    expectWithin(3.0 + 0.05 * inMegabytes, 40.0 + 6.0 * inMegabytes, [&] {
+      const Fields fields = settingsOf(c.before + std::string(c.bytes, 'x') + c.behind);
+      ASSERT_EQ(fields.count("n"), 1u);
+      EXPECT_EQ(fields.at("n"), "v|t|");
+      std::size_t bytes = 0;
+      for (const auto& [key, text] : fields) {
+        const std::string all = key + text;
+        bytes += static_cast<std::size_t>(std::count(all.begin(), all.end(), 'x'));
+      }
+      EXPECT_EQ(bytes, c.isKept ? c.bytes : 0);
+    });
+  }
+}
+
+TEST_F(HostileXml, BombsAndDepthStayWithinTheirCost) {
+  expectWithin(5.0, 400.0, [] {
+    settingsOf(entityBomb() + "<r><m a='u'>w&i;</m></r>");
+    settingsOf(entityBomb() + "<r><m a='&i;'>w</m></r>");
+  });
+  expectWithin(10.0, 400.0, [] {
+    std::string deep = "<r><k a='t'>v</k>";
+    for (int i = 0; i < 1000000; ++i) deep += "<d a='t'>";
+    EXPECT_EQ(settingsOf(deep).size(), 2u);
+  });
+}
+
 // ---- Truncation
 
 /// A document in the pieces in which its parser takes it.
@@ -158,6 +249,24 @@ std::string withoutLeadingBlanks(const std::string& text) {
   return first == std::string::npos ? "" : text.substr(first);
 }
 
+/// What the settings in `tokens` are; each key has three letters.
+Fields settingsIn(const Tokens& tokens) {
+  Fields values;
+  std::string key;
+  for (const std::string& token : tokens) {
+    if (token.substr(0, 2) == "</") {
+      key.clear();
+    } else if (token.front() == '<' && token.find(" describe") != std::string::npos) {
+      key = token.substr(1, 3);
+      values[key];
+    } else if (token.front() != '<' && !key.empty()) {
+      values[key] += token == "&amp;" ? "&" : withoutLeadingBlanks(token);
+    }
+  }
+  for (auto& [name, value] : values) value += "|t|d";
+  return values;
+}
+
 TEST_F(HostileXml, SettingsCutAtAnyByte) {
   const Tokens tokens = {"<?xml version='1.0' encoding='UTF-8'?>",
                          "<CONFIGURATION type='T'>",
@@ -178,21 +287,7 @@ TEST_F(HostileXml, SettingsCutAtAnyByte) {
                          "\n"};
   const std::string document = documentOf(tokens);
   for (std::size_t length = 0; length <= document.size(); ++length) {
-    std::map<std::string, std::string> values;
-    std::string key;
-    for (const std::string& token : cut(tokens, length)) {
-      if (token.substr(0, 2) == "</") {
-        key.clear();
-      } else if (token.front() == '<' && token.find(" describe") != std::string::npos) {
-        key = token.substr(1, 3);
-        values[key];
-      } else if (token.front() != '<' && !key.empty()) {
-        values[key] += token == "&amp;" ? "&" : withoutLeadingBlanks(token);
-      }
-    }
-    Fields expected;
-    for (const auto& [name, value] : values) expected[name] = value + "|t|d";
-    ASSERT_EQ(settingsOf(document.substr(0, length)), expected) << length;
+    ASSERT_EQ(settingsOf(document.substr(0, length)), settingsIn(cut(tokens, length))) << length;
   }
 }
 
@@ -227,6 +322,79 @@ TEST_F(HostileXml, CatalogsCutAtAnyByte) {
     const auto errors = std::count(left.begin(), left.end(), "</ERROR>");
     if (errors > 0) expected[12] = "one \xC3\xBC";
     if (errors > 1) expected[-3] = "three";
+    ASSERT_EQ(catalogOf(document.substr(0, length)), expected) << length;
+  }
+}
+
+// Of more than one block, so that a read ends within it.
+
+constexpr std::size_t kBlockBytes = 8192;
+
+/// Every length of a document of `size` bytes, in a daily run one of thirteen, the last one always.
+std::vector<std::size_t> lengthsUpTo(std::size_t size) {
+  std::vector<std::size_t> lengths;
+  for (std::size_t length = 0; length < size; length += isLongRun() ? 1 : 13) {
+    lengths.push_back(length);
+  }
+  lengths.push_back(size);
+  return lengths;
+}
+
+/// The token that holds the byte at `offset`.
+std::string tokenAt(const Tokens& tokens, std::size_t offset) {
+  for (const std::string& token : tokens) {
+    if (offset < token.size()) return token;
+    offset -= token.size();
+  }
+  return "";
+}
+
+/// A name of three letters.
+std::string keyOf(int number) {
+  return "k"s + static_cast<char>('a' + number / 26) + static_cast<char>('a' + number % 26);
+}
+
+TEST_F(HostileXml, LongSettingsCutAtAnyByte) {
+  Tokens tokens = {"<?xml version='1.0' encoding='UTF-8'?>", "<CONFIGURATION type='T'>", "\n"};
+  for (int i = 0; i < 150; ++i) {
+    const std::string key = keyOf(i);
+    const Tokens entry = {"<" + key + " data_type='t' describe='d'>",
+                          " \xC3\xBC" + std::string(static_cast<std::size_t>(i % 19), 'v'),
+                          "&amp;",
+                          "  \xE2\x82\xAC" + std::to_string(i) + " \xF0\x9F\x98\x80 ",
+                          "\n",
+                          "  c ",
+                          "</" + key + ">",
+                          "\n"};
+    tokens.insert(tokens.end(), entry.begin(), entry.end());
+  }
+  tokens.insert(tokens.end(), {"</CONFIGURATION>", "\n"});
+  const std::string document = documentOf(tokens);
+  ASSERT_GT(document.size(), 10000u);
+  ASSERT_EQ(tokenAt(tokens, kBlockBytes).front(), '<') << "text would come in one piece more";
+  for (const std::size_t length : lengthsUpTo(document.size())) {
+    ASSERT_EQ(settingsOf(document.substr(0, length)), settingsIn(cut(tokens, length))) << length;
+  }
+}
+
+TEST_F(HostileXml, LongCatalogsCutAtAnyByte) {
+  Tokens tokens = {"<?xml version='1.0' encoding='UTF-8'?>", "<E>", "\n"};
+  Catalog all;
+  for (int i = 0; i < 150; ++i) {
+    const std::string message = "message \xC3\xBC " + std::to_string(i);
+    const Tokens entry = {"<ERROR>", "<ID>",  std::to_string(i), "</ID>",    "<MESSAGE>", " first",
+                          "&amp;",   message, "</MESSAGE>",      "</ERROR>", "\n"};
+    tokens.insert(tokens.end(), entry.begin(), entry.end());
+    all[i] = message;
+  }
+  tokens.push_back("</E>");
+  const std::string document = documentOf(tokens);
+  ASSERT_GT(document.size(), 10000u);
+  ASSERT_EQ(tokenAt(tokens, kBlockBytes).front(), '<') << "text would come in one piece more";
+  for (const std::size_t length : lengthsUpTo(document.size())) {
+    const Tokens left = cut(tokens, length);
+    const auto errors = std::count(left.begin(), left.end(), "</ERROR>");
+    const Catalog expected(all.begin(), std::next(all.begin(), errors));
     ASSERT_EQ(catalogOf(document.substr(0, length)), expected) << length;
   }
 }

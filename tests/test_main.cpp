@@ -16,21 +16,24 @@ class Grouping : public std::numpunct<char> {
   std::string do_truename() const override { return "wahr"; }
 };
 
-/// Takes on the C locale that ZN_UDF_TEST_LOCALE names, and a global C++ locale that groups digits.
-bool enterForeignLocale(const char* name) {
-  if (std::setlocale(LC_ALL, name) == nullptr) return false;
-  std::locale::global(std::locale(std::locale::classic(), new Grouping));
-  return *std::localeconv()->decimal_point == ',';
+/// Takes on the C locale that ZN_UDF_TEST_LOCALE names, and a global C++ locale that groups digits
+/// where ZN_UDF_TEST_GROUPING is there. False when there is no such locale.
+bool enterForeignLocale() {
+  const char* const name = std::getenv("ZN_UDF_TEST_LOCALE");
+  if (name != nullptr && std::setlocale(LC_ALL, name) == nullptr) {
+    std::cerr << "cannot enter locale " << name << '\n';
+    return false;
+  }
+  if (std::getenv("ZN_UDF_TEST_GROUPING") != nullptr) {
+    std::locale::global(std::locale(std::locale::classic(), new Grouping));
+  }
+  return true;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
-  const char* const foreign = std::getenv("ZN_UDF_TEST_LOCALE");
-  if (foreign != nullptr && !enterForeignLocale(foreign)) {
-    std::cerr << "cannot enter locale " << foreign << '\n';
-    return EXIT_FAILURE;
-  }
+  if (!enterForeignLocale()) return EXIT_FAILURE;
   return RUN_ALL_TESTS();
 }

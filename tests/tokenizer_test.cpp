@@ -224,6 +224,28 @@ TEST(SplitMulti, LeavesNoTokensWhenThePatternIsMalformed) {
   EXPECT_TRUE(tokenizer.tokens.empty());
 }
 
+// The engine would exhaust the stack in compiling them.
+TEST(LongPatterns, WithOperatorsAreMalformed) {
+  const std::string longest = std::string(9998, 'x') + "|b";
+  zn_lib::Tokenizer tokenizer;
+  EXPECT_EQ(tokenizer.splitMulti("abc", longest), 2u);
+  EXPECT_NO_THROW(tokenizer.split("ab", "]" + longest.substr(3)));
+  for (const std::string& pattern :
+       {longest + "x", std::string(kLongText, '('), std::string(kLongText, '.')}) {
+    tokenizer.tokens = {"a"};
+    EXPECT_THROW(tokenizer.splitMulti("abc", pattern), std::regex_error) << pattern.size();
+    EXPECT_TRUE(tokenizer.tokens.empty());
+    EXPECT_THROW(tokenizer.split("abc", "]" + pattern), std::regex_error) << pattern.size();
+    EXPECT_TRUE(tokenizer.tokens.empty());
+  }
+}
+
+TEST(LongPatterns, OfPlainCharactersAreTaken) {
+  EXPECT_EQ(zn_lib::Tokenizer().splitMulti("abc", std::string(kLongText, 'x')), 1u);
+  EXPECT_EQ(zn_lib::Tokenizer().split("axb", std::string(kLongText, 'x')), 2u);
+  EXPECT_EQ(zn_lib::Tokenizer().split("axb", "^" + std::string(20000, 'x')), 2u);
+}
+
 TEST(SortTokens, OrdersBytesAsUnsignedValues) {
   zn_lib::Tokenizer tokenizer("b,B,a,ab,\xC3,", ",");
   EXPECT_TRUE(tokenizer.sortTokens());

@@ -1,10 +1,14 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <malloc.h>
 #include <zn_common.h>
 
+#include <cstddef>
+#include <fstream>
 #include <memory>
 #include <string>
+
+#include "long_run.h"
+#include "memory_in_use.h"
 
 namespace {
 
@@ -47,19 +51,44 @@ TEST(Unloading, LeavesNothingMapped) {
   EXPECT_FALSE(isLoaded());
 }
 
+/// Loads and unloads many times, so that what a single time leaves adds up.
+void loadAndUnload(int cycles) {
+  for (int i = 0; i < cycles; ++i) {
+    ASSERT_NE(load(), nullptr) << dlerror();
+    ASSERT_FALSE(isLoaded()) << i;
+  }
+}
+
+/// What the process has allocated and not freed.
 // A single pattern that is built by loading and not destroyed by unloading would leave some
 // kilobytes each time.
 TEST(Unloading, FreesWhatLoadingBuilt) {
-  constexpr int cycles = 200;
-  constexpr std::size_t allocatorCaches = 100 * cycles;
-  const auto inUse = [] { return mallinfo2().uordblks; };
-  const auto loadAndUnload = [] {
-    for (int i = 0; i < cycles; ++i) ASSERT_NE(load(), nullptr) << dlerror();
-  };
-  loadAndUnload();  // what the standard library keeps once it has been used
-  const std::size_t before = inUse();
-  loadAndUnload();
-  EXPECT_LT(inUse(), before + allocatorCaches);
+  const int cycles = isLongRun() ? 1000 : 200;
+  const std::size_t allocatorCaches = 100 * static_cast<std::size_t>(cycles);
+  loadAndUnload(cycles);  // what the standard library keeps once it has been used
+  const std::size_t before = bytesInUse();
+  loadAndUnload(cycles);
+  if (!bytesAreCounted()) GTEST_SKIP() << "this program's allocator does not tell";
+  EXPECT_LT(bytesInUse(), before + allocatorCaches);
+}
+
+/// The pages of the process that are in memory.
+long residentPages() {
+  long all = 0;
+  long resident = 0;
+  std::ifstream("/proc/self/statm") >> all >> resident;
+  return resident;
+}
+
+TEST(Unloading, LeavesNothingInMemory) {
+  if (!bytesAreCounted()) GTEST_SKIP() << "this program's allocator may hold freed memory back";
+  const int cycles = isLongRun() ? 1000 : 200;
+  const long lessThanOneInEachCycle = cycles / 4;
+  loadAndUnload(cycles);
+  const long before = residentPages();
+  ASSERT_GT(before, 0);
+  loadAndUnload(cycles);
+  EXPECT_LT(residentPages(), before + lessThanOneInEachCycle);
 }
 
 }  // namespace

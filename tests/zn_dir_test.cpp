@@ -260,6 +260,21 @@ TEST_F(Directories, LongFiltersSelectNothing) {
   EXPECT_EQ(listed(".", std::string(255, '.'), false), Names{});
 }
 
+// The engine would exhaust the stack in compiling them.
+TEST_F(Directories, LongFiltersWithOperatorsAreRefused) {
+  fill();
+  constexpr std::size_t longest = 10000;
+  Names names;
+  EXPECT_TRUE(zn_lib::listDir(".", std::string(longest - 1, 'x') + "|", false, names));
+  EXPECT_FALSE(names.empty());
+  const Names before = names;
+  for (const std::string& filter : {std::string(longest, 'x') + "|", std::string(longest + 1, '('),
+                                    std::string(kLongText, '('), std::string(kLongText, '\\')}) {
+    EXPECT_FALSE(zn_lib::listDir(".", filter, false, names)) << filter.size();
+    EXPECT_EQ(names, before);
+  }
+}
+
 // ---- Copying
 
 TEST_F(Directories, CopyMakesTheTarget) {

@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <clocale>
+#include <csignal>
 #include <cstdlib>
 #include <functional>
 #include <iostream>
@@ -251,6 +252,34 @@ TEST(Prompts, ShowBytesThatTheLocaleCannotDecode) {
   }
 }
 
+/// How `prompt` ends in a process whose terminal hangs up while it asks.
+int whenTheTerminalHangsUp(const Prompt& prompt, const std::string& shown) {
+  constexpr unsigned deadline = 10;  // seconds
+  int terminal = -1;
+  const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (child == 0) {
+    alarm(deadline);
+    _exit(prompt());
+  }
+  if (child < 0) {
+    ADD_FAILURE() << "no pseudo-terminal to be had (is /dev/pts mounted?)";
+    return -1;
+  }
+  readUntil(terminal, shown);
+  awaitEditing(terminal);
+  close(terminal);
+  return exitStatus(child);
+}
+
+TEST(Prompts, EndWhenTheTerminalHangsUp) {
+  const Prompt ignoring = [] {
+    std::signal(SIGHUP, SIG_IGN);
+    return 10 + askMore();
+  };
+  EXPECT_EQ(whenTheTerminalHangsUp(ignoring, "continue "), 11) << "as at the end of input";
+  EXPECT_EQ(whenTheTerminalHangsUp(askMore, "continue "), 1000 + SIGHUP) << "as the system does it";
+}
+
 /// Runs `prompt` with `input` behind a pipe as standard input, then reads what is left of it.
 struct PipedAnswer {
   int result;
@@ -301,7 +330,10 @@ TEST(Prompts, ReadOneLineFromAPipe) {
       {askYesOrNo("Sure? "), "", 0, ""},
       {askYesOrNo("Sure? "), "\0y\nz"s, 0, "z"},
       {askYesOrNo("\xFF? "), "y\n", 1, ""},
-      {askYesOrNo("Sure? "), std::string(30000, 'y') + "\nz", 1, "z"},
+      {askYesOrNo("Sure? "), std::string(1 << 20, 'y') + "\nz", 1, "z"},
+      {askYesOrNo("Sure? "), std::string(1 << 20, 'y'), 1, ""},
+      {askYesOrNo("Sure? "), "y\xFF\nz", 1, "z"},
+      {askMore, "\xC3\x28q\n", 1, ""},
       {askToContinue, "x\ny\n", 7, "y\n"},
       {askToContinue, "", 7, ""},
   };
@@ -310,6 +342,19 @@ TEST(Prompts, ReadOneLineFromAPipe) {
     EXPECT_EQ(answer.result, c.result) << c.input.substr(0, 20);
     EXPECT_EQ(answer.rest, c.rest) << c.input.substr(0, 20);
     EXPECT_EQ(answer.out, "") << "libedit shows a prompt on terminals only";
+  }
+}
+
+// libedit may leave out what it cannot decode: which answer that makes is its affair.
+TEST(Prompts, AnswerToBytesThatTheLocaleCannotDecode) {
+  for (const char* locale : {"C", "C.UTF-8"}) {
+    for (const std::string typed : {"\xFFy", "\xC3\x28y", "\x80"}) {
+      const Prompt ask = [&] {
+        return std::setlocale(LC_ALL, locale) == nullptr ? 9 : int{zn_lib::yesOrNo("? ")};
+      };
+      EXPECT_LE(atTerminal(ask, "? ", typed + "\n").result, 1) << locale << ' ' << typed;
+      EXPECT_LE(throughPipe(ask, typed + "\n").result, 1) << locale << ' ' << typed;
+    }
   }
 }
 

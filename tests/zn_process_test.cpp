@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <zn_output.h>
@@ -16,6 +15,7 @@
 #include <iostream>
 #include <string>
 
+#include "alarms.h"
 #include "output_capture.h"
 #include "temporary_files.h"
 
@@ -247,31 +247,6 @@ TEST_F(Process, MayReapAnotherChildThanItsOwn) {
   EXPECT_EQ(killAndReap(namedChild(text.out)), kSignalled + SIGKILL);
   EXPECT_EQ(reap(other), kNoSuchChild);
 }
-
-volatile std::sig_atomic_t alarms;
-
-/// Sends this process SIGALRM ten times a second; `flags` are those of the signal's handler.
-class Alarms {
- public:
-  explicit Alarms(int flags) {
-    alarms = 0;
-    struct sigaction action {};
-    action.sa_handler = [](int) { alarms = alarms + 1; };
-    action.sa_flags = flags;
-    sigaction(SIGALRM, &action, &action_);
-    const itimerval every{{0, 100000}, {0, 100000}};
-    setitimer(ITIMER_REAL, &every, nullptr);
-  }
-
-  ~Alarms() {
-    const itimerval never{};
-    setitimer(ITIMER_REAL, &never, nullptr);
-    sigaction(SIGALRM, &action_, nullptr);
-  }
-
- private:
-  struct sigaction action_;
-};
 
 TEST_F(Process, WaitsOnAfterASignalWhoseHandlerRestartsCalls) {
   zn_lib::setVerbose(true);

@@ -12,6 +12,7 @@
 #include <iostream>
 #include <string>
 
+#include "alarms.h"
 #include "output_capture.h"
 #include "temporary_files.h"
 
@@ -107,6 +108,17 @@ TEST_F(Shell, LeavesNoChildBehind) {
   EXPECT_TRUE(zn_lib::execShell("exit 3"));
   EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
   EXPECT_EQ(errno, ECHILD);
+}
+
+TEST_F(Shell, WaitsOnAfterASignal) {
+  for (const int flags : {0, int{SA_RESTART}}) {
+    const Alarms alarm(flags);
+    const Written text =
+        written([] { EXPECT_TRUE(zn_lib::execShell("sleep 0.3; echo done")) << "interrupted"; });
+    EXPECT_GT(alarms, 0);
+    EXPECT_EQ(text.out, "done\n") << flags;
+    EXPECT_EQ(text.err, "");
+  }
 }
 
 TEST_F(Shell, WritesBufferedOutputOnce) {

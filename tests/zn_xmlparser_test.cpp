@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <zn_setcfg.h>
 #include <zn_xmlparser.h>
 
 #include <climits>
@@ -10,9 +11,11 @@
 #include <cstring>
 #include <functional>
 #include <locale>
+#include <map>
 #include <memory>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include "samples.h"
 
@@ -1134,6 +1137,105 @@ TEST(LongText, StopsAtTheFirstPieceThatFails) {
   EXPECT_FALSE(parser.Parse(document.text(), document.size(), true));
   EXPECT_EQ(parser.GetErrorCode(), XML_ERROR_INVALID_TOKEN);
   EXPECT_EQ(parser.GetCurrentByteIndex(), static_cast<XML_Index>(errorAt));
+}
+
+// ---- Any splitting
+
+/// A document of more than 8 KiB, and what is to be read of it.
+struct Splittable {
+  std::string document = "<?xml version='1.0' encoding='UTF-8'?>\r\n<r>";
+  std::string text;
+  std::map<std::string, std::string> settings;
+};
+
+Splittable splittable() {
+  Splittable made;
+  for (int i = 0; made.document.size() <= 8192; ++i) {
+    const std::string key = "k" + std::to_string(i);
+    const std::string number = std::to_string(i);
+    made.document +=
+        "<" + key + " a='t&lt;" + number + "' b='d'>v\xC3\xBC" + number +
+        "&amp;\xE2\x82\xAC<![CDATA[<c>&]]]]><!-- - -->&#x1F600;\r\nwords of some length\r</" + key +
+        ">";
+    const std::string value =
+        "v\xC3\xBC" + number + "&\xE2\x82\xAC<c>&]]\xF0\x9F\x98\x80\nwords of some length\n";
+    made.text += value;
+    made.settings[key] = value + "|t<" + number + "|d";
+  }
+  made.document += "</r>\n";
+  return made;
+}
+
+/// Feeds `document` to `parser` in pieces of `size` bytes.
+bool parseInPieces(XMLParser& parser, const std::string& document, std::size_t size) {
+  for (std::size_t at = 0; at < document.size(); at += size) {
+    // A copy of its own: to read behind it would be found.
+    const std::string piece = document.substr(at, size);
+    if (!parser.Parse(piece.data(), piece.size(), at + size >= document.size())) return false;
+  }
+  return true;
+}
+
+class Joiner : public XMLEvtHandler {
+ public:
+  void OnCharacterData(const XML_Char* text, int length) override {
+    joined.append(text, static_cast<std::size_t>(length));
+  }
+  std::string joined;
+};
+
+TEST(Splitting, GivesTheSameTextAtAnySize) {
+  const Splittable expected = splittable();
+  for (std::size_t size = 1; size <= 8192; ++size) {
+    Joiner joiner;
+    XMLParser parser(&joiner);
+    ASSERT_TRUE(parser.Create(nullptr, nullptr));
+    parser.EnableCharacterDataHandler(true);
+    ASSERT_TRUE(parseInPieces(parser, expected.document, size)) << size;
+    ASSERT_EQ(joiner.joined, expected.text) << size;
+  }
+}
+
+std::string withoutBlanks(const std::string& text) {
+  std::string kept;
+  for (const char c : text) {
+    if (c != ' ' && c != '\n') kept += c;
+  }
+  return kept;
+}
+
+// A piece that begins with a blank loses it: that is all that a size may change.
+TEST(Splitting, GivesTheSameSettingsAtAnySize) {
+  Splittable expected = splittable();
+  for (auto& [key, setting] : expected.settings) setting = withoutBlanks(setting);
+  for (std::size_t size = 1; size <= 8192; size += size < 512 ? 1 : 13) {
+    zn_lib::ConfigEvent event;
+    XMLParser parser(&event);
+    ASSERT_TRUE(parser.Create(nullptr, nullptr));
+    parser.EnableElementHandler(true);
+    parser.EnableCharacterDataHandler(true);
+    ASSERT_TRUE(parseInPieces(parser, expected.document, size)) << size;
+    std::map<std::string, std::string> settings;
+    for (const auto& [key, element] : event.data) {
+      settings[key] = withoutBlanks(element.value) + "|" + element.type + "|" + element.describe;
+    }
+    ASSERT_EQ(settings, expected.settings) << size;
+  }
+}
+
+TEST(Splitting, TakesBlanksInFrontOfAPieceFromSettings) {
+  const std::string document = "<r><k a='t'>a b</k></r>";
+  const std::size_t blank = document.find(" b");
+  for (const auto& [size, value] :
+       {std::pair{document.size(), "a b"}, {blank, "ab"}, {blank + 1, "a b"}}) {
+    zn_lib::ConfigEvent event;
+    XMLParser parser(&event);
+    ASSERT_TRUE(parser.Create(nullptr, nullptr));
+    parser.EnableElementHandler(true);
+    parser.EnableCharacterDataHandler(true);
+    ASSERT_TRUE(parseInPieces(parser, document, size));
+    EXPECT_EQ(event.data["k"].value, value) << size;
+  }
 }
 
 }  // namespace

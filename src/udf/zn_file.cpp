@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -63,9 +64,10 @@ name_of_file matchFileName(const std::string& name) {
 
 void useSlashes(std::string& name) { std::replace(name.begin(), name.end(), '\\', '/'); }
 
-/// Makes way for `target`: false when it exists and may not or cannot be removed.
+/// Makes way for `target`: false when it exists and may not or cannot be removed, and when the
+/// system could not look.
 bool clearTarget(const std::string& target, bool overwrite) {
-  if (!exists(target)) return true;
+  if (!exists(target)) return errno != EIO && errno != ENOMEM;
   return overwrite && std::remove(target.c_str()) == 0;
 }
 

@@ -20,11 +20,23 @@ using Pattern = std::basic_regex<char, ClassicTraits>;
 using Pattern = std::regex;
 #endif
 
+/// The engine recurses in compiling, too, once a term and more often at a bracket.
+constexpr std::size_t kLongestPattern = 10000;
+
+/// True when `pattern` is one bracket expression, which is one term at any length. False says
+/// nothing.
+inline bool isOneSet(const std::string& pattern) {
+  return pattern.front() == '[' && pattern.find(']') == pattern.size() - 1;
+}
+
 /// Compiles `pattern` under the "C" locale. A std::regex built directly takes its classes and its
 /// case folding from the global locale, which is the host's. Throws std::regex_error when the
-/// pattern is malformed.
+/// pattern is malformed, or too long to be compiled without harm.
 inline Pattern compilePattern(const std::string& pattern,
                               std::regex::flag_type flags = std::regex::ECMAScript) {
+  if (pattern.size() > kLongestPattern && !isOneSet(pattern)) {
+    throw std::regex_error(std::regex_constants::error_stack);
+  }
 #ifdef _LIBCPP_VERSION
   return Pattern(LibcxxPattern(pattern).text(), flags);
 #else

@@ -149,13 +149,14 @@ bool isReplaceable(const std::string& file) {
 /// Makes the backup a second name of the file, so that the file does not go missing; moves the file
 /// to its backup where the file system has no hard links. `beside` is a free name.
 void keepBackup(const std::string& file, const std::string& beside) {
+  const bool hasSecondName = link(file.c_str(), beside.c_str()) == 0;
+  if (!hasSecondName && errno == ENOENT) return;
+  const std::string& kept = hasSecondName ? beside : file;
   const std::string backup = file + "~";
-  if (link(file.c_str(), beside.c_str()) != 0) {
-    createBackup(file);
-    return;
-  }
-  if (std::rename(beside.c_str(), backup.c_str()) != 0 && std::remove(backup.c_str()) == 0) {
-    std::rename(beside.c_str(), backup.c_str());
+  if (std::rename(kept.c_str(), backup.c_str()) != 0) {
+    // A directory may be in its place.
+    std::remove(backup.c_str());
+    std::rename(kept.c_str(), backup.c_str());
   }
   // Still there when the backup could not be made, and when it was the same file already.
   unlink(beside.c_str());

@@ -1,0 +1,294 @@
+/// The functions that patterns define, against the engine for regular expressions, which runs these
+/// patterns by their letter: on every text, from the shortest on, until the time is up.
+#include <gtest/gtest.h>
+#include <tokenizer.h>
+#include <zn_datetime.h>
+#include <zn_dir.h>
+#include <zn_file.h>
+#include <zn_ip.h>
+#include <zn_seqfile.h>
+#include <zn_str.h>
+
+#include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <iostream>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "long_run.h"
+#include "reference_engine.h"
+#include "reference_names.h"
+#include "samples.h"
+#include "temporary_files.h"
+
+namespace {
+
+using namespace std::string_literals;
+using Clock = std::chrono::steady_clock;
+
+std::chrono::milliseconds timeForPattern() {
+  return std::chrono::milliseconds(isLongRun() ? 60000 : 300);
+}
+
+/// The texts over an alphabet, counted like numbers: the first character moves fastest.
+class Counter {
+ public:
+  Counter(const std::string& alphabet, std::size_t length)
+      : alphabet_(alphabet), positions_(length), text_(length, alphabet.front()) {}
+
+  const std::string& text() const { return text_; }
+
+  /// Goes on to the next text; false behind the last one.
+  bool next() {
+    for (std::size_t i = 0; i < text_.size(); ++i) {
+      positions_[i] = (positions_[i] + 1) % alphabet_.size();
+      text_[i] = alphabet_[positions_[i]];
+      if (positions_[i] != 0) return true;
+    }
+    return false;
+  }
+
+ private:
+  const std::string& alphabet_;
+  std::vector<std::size_t> positions_;
+  std::string text_;
+};
+
+struct Reached {
+  std::size_t length = 0;  // of the longest texts, all of which agree
+  std::size_t texts = 0;
+};
+
+/// Gives `agrees` every text over `alphabet`, length by length, until the time is up, and tells how
+/// far it came. A length that is not finished does not count, nor do its texts.
+template <class Agrees>
+void forEveryTextInTime(const std::string& what, const std::string& alphabet, Agrees agrees) {
+  constexpr std::size_t textsBetweenLooks = 256;
+  const Clock::time_point end = Clock::now() + timeForPattern();
+  Reached reached;
+  for (std::size_t length = 0;; ++length) {
+    Counter counter(alphabet, length);
+    std::size_t texts = 0;
+    do {
+      agrees(counter.text());
+      if (testing::Test::HasFatalFailure()) return;
+      if (++texts % textsBetweenLooks == 0 && Clock::now() >= end) {
+        std::cout << what << ": all " << reached.texts << " texts of up to " << reached.length
+                  << " characters from " << testing::PrintToString(alphabet) << '\n';
+        return;
+      }
+    } while (counter.next());
+    reached.length = length;
+    reached.texts += texts;
+  }
+}
+
+bool matches(const std::string& text, const reference::Engine& pattern) {
+  return std::regex_match(text, pattern);
+}
+
+// ---- Values
+
+TEST(EveryText, StringToBool) {
+  const reference::Engine isBool =
+      reference::engine("(yes|true|on|y|\\.t\\.|t|1)", std::regex::ECMAScript | std::regex::icase);
+  forEveryTextInTime("isBool", "yesturon.1YESTURON \n\0\xFF"s, [&](const std::string& text) {
+    ASSERT_EQ(zn_lib::stringToBool(text), matches(text, isBool)) << text;
+  });
+}
+
+TEST(EveryText, IsNumber) {
+  const reference::Engine validNumber = reference::engine("-?((\\d),?)*(\\.\\d+)?([eE][-+]\\d+)?");
+  const auto agrees = [&](const std::string& text) {
+    ASSERT_EQ(zn_lib::isNumber(text), matches(text, validNumber)) << text;
+  };
+  forEveryTextInTime("validNumber", "9-+.,e", agrees);
+  forEveryTextInTime("validNumber, strangers", "09-+.,eE x\n\0\xB2"s, agrees);
+}
+
+TEST(EveryText, RemoveQuotes) {
+  const reference::Engine quote = reference::engine("[`'\"]");
+  forEveryTextInTime("quote", "`'\"a \\\n\0\xB4"s, [&](const std::string& text) {
+    ASSERT_EQ(zn_lib::removeQuotes(text), std::regex_replace(text, quote, "")) << text;
+  });
+}
+
+TEST(EveryText, ValidFormat) {
+  const reference::Engine ipv4 =
+      reference::engine("([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})");
+  const zn_lib::IPv4 address;
+  const auto agrees = [&](const std::string& text) {
+    ASSERT_EQ(address.validFormat(text), matches(text, ipv4)) << text;
+  };
+  forEveryTextInTime("ipv4", "5.", agrees);
+  forEveryTextInTime("ipv4, strangers", "05.69 \n\0"s, agrees);
+}
+
+// ---- Dates
+
+/// The six numbers of a date.
+std::vector<int> fieldsOf(const zn_lib::date_time_record& record) {
+  return {record.year, record.month,  record.day,
+          record.hour, record.minute, static_cast<int>(record.second)};
+}
+
+/// What the pattern itself makes of a text; a month or a day of 0 counts as left out.
+std::vector<int> fieldsByPattern(const std::string& text, const reference::Engine& pattern) {
+  std::vector<int> fields = {0, 0, 0, 12, 0, 0};
+  std::smatch match;
+  if (std::regex_match(text, match, pattern)) {
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      if (match[i + 1].length() > 0) fields[i] = std::stoi(match[i + 1].str());
+    }
+  }
+  if (fields[1] == 0) fields[1] = 1;
+  if (fields[2] == 0) fields[2] = 1;
+  return fields;
+}
+
+TEST(EveryText, ParseISOdate) {
+  const reference::Engine isoDateTime =
+      reference::engine("^(\\d{4})-?(\\d{2})?-?(\\d{2})?[\\sT]?(\\d{2})?:?(\\d{2})?:?(\\d{2})?");
+  const auto agrees = [&](const std::string& text) {
+    zn_lib::date_time_record record = {};
+    zn_lib::parseISOdate(text, record);
+    ASSERT_EQ(fieldsOf(record), fieldsByPattern(text, isoDateTime)) << text;
+  };
+  forEveryTextInTime("isoDateTime", "02-T: \tx\n\0\xB2"s, agrees);
+  // Few texts of that alphabet have a year in front.
+  forEveryTextInTime("isoDateTime, behind a year", "2-T: \n",
+                     [&](const std::string& text) { agrees("2024" + text); });
+}
+
+// ---- File names
+
+TEST(EveryText, SplitFileName) {
+  const reference::Engine lastExt = reference::engine("(.+)[\\.](.+)$");
+  const reference::Engine fileSplit = reference::engine("(.+[\\/])?(.+)");
+  const auto agrees = [&](const std::string& text) {
+    const std::string slashed = reference::withSlashes(text);
+    std::smatch extension;
+    std::string stem = slashed;
+    if (std::regex_match(slashed, extension, lastExt)) stem = extension[1];
+    std::smatch split;
+    std::regex_match(stem, split, fileSplit);
+
+    std::string name = text;
+    const zn_lib::name_of_file parts = zn_lib::splitFileName(name);
+    ASSERT_EQ(parts.extension, extension.str(2)) << text;
+    ASSERT_EQ(parts.path, split.str(1)) << text;
+    ASSERT_EQ(parts.name, split.str(2)) << text;
+    ASSERT_EQ(name, slashed);
+    name = text;
+    ASSERT_EQ(zn_lib::stripExtension(name), stem) << text;
+  };
+  forEveryTextInTime("lastExt and fileSplit", "a./", agrees);
+  forEveryTextInTime("lastExt and fileSplit, strangers", "a./\\~- \n\r\0\xFF"s, agrees);
+}
+
+class EveryName : public InTemporaryDirectory {};
+
+// In an empty directory the name alone gives the base: listing finds "." and ".." at most, which
+// these bases do not select.
+TEST_F(EveryName, SequentialFile) {
+  const reference::Engine fileseq = reference::engine("(.+)[-](\\d+)?");
+  const auto agrees = [&](const std::string& text) {
+    const std::string base = "a" + text;
+    std::smatch match;
+    const std::string stem = std::regex_match(base, match, fileseq) ? match.str(1) : base;
+    std::string name = base;
+    zn_lib::sequentialFile(name);
+    ASSERT_EQ(name, stem + "-1.") << base;
+    const std::string number = reference::beforeNumber(base);
+    ASSERT_EQ(number.empty() ? base : number, stem) << base;
+  };
+  forEveryTextInTime("fileseq", "a-1", agrees);
+  forEveryTextInTime("fileseq, strangers", "a-09,~ \xB2", agrees);
+}
+
+// ---- Tokens
+
+/// What a split gives, or that it throws.
+template <class Split>
+std::vector<std::string> outcomeOf(Split split) {
+  try {
+    return split();
+  } catch (const std::regex_error& error) {
+    return {"error", reference::errorCode(error)};
+  }
+}
+
+void agreesOnSplit(const std::string& text, const std::string& set) {
+  const auto ours = outcomeOf([&] { return zn_lib::Tokenizer(text, set).tokens; });
+  const auto engines =
+      outcomeOf([&] { return reference::split(text, reference::engine("[" + set + "]")); });
+  ASSERT_EQ(ours, engines) << text << " at " << set;
+}
+
+void agreesOnSplitMulti(const std::string& text, const std::string& pattern) {
+  const auto ours = outcomeOf([&] {
+    zn_lib::Tokenizer tokenizer;
+    tokenizer.splitMulti(text, pattern);
+    return tokenizer.tokens;
+  });
+  const auto engines =
+      outcomeOf([&] { return reference::split(text, reference::engine(pattern)); });
+  ASSERT_EQ(ours, engines) << text << " at " << pattern;
+}
+
+TEST(EveryText, Split) {
+  const reference::Engine separators = reference::engine("[-,; ]");
+  forEveryTextInTime("texts to split", "-,; a\n\0\xFF"s, [&](const std::string& text) {
+    ASSERT_EQ(zn_lib::Tokenizer(text, "-,; ").tokens, reference::split(text, separators)) << text;
+  });
+}
+
+TEST(EveryText, SetsOfDelimiters) {
+  const std::string text = everyByte() + "ab--]]^^[[\\\\";
+  forEveryTextInTime("sets of delimiters", "-^\\][:=.ad9,\0\xFF"s,
+                     [&](const std::string& set) { agreesOnSplit(text, set); });
+}
+
+TEST(EveryText, SplitMulti) {
+  const reference::Engine aba = reference::engine("aba");
+  zn_lib::Tokenizer tokenizer;
+  forEveryTextInTime("texts to split at a text", "ab", [&](const std::string& text) {
+    tokenizer.splitMulti(text, "aba");
+    ASSERT_EQ(tokenizer.tokens, reference::split(text, aba)) << text;
+  });
+}
+
+TEST(EveryText, PatternsToSplitAt) {
+  const std::string text = everyByte() + "aab--^^$$..||,a";
+  forEveryTextInTime("patterns to split at", "a-,^$.*+?|()\\\n\xFF",
+                     [&](const std::string& pattern) { agreesOnSplitMulti(text, pattern); });
+}
+
+// ---- Filters
+
+TEST_F(EveryName, FiltersOfListDir) {
+  for (const char* name : {"a", "aa", "ab", "a.b", "ba", "b", "a+b", "a$", "^a", "a\\b"}) {
+    writeFile(name, "");
+  }
+  std::vector<std::string> all;
+  ASSERT_TRUE(zn_lib::listDir("", "", false, all));
+  forEveryTextInTime("filters", "ab.^$\\+*(|)", [&](const std::string& filter) {
+    std::vector<std::string> expected;
+    bool isPattern = true;
+    try {
+      const reference::Engine pattern = reference::engine(filter);
+      for (const std::string& name : all) {
+        if (reference::contains(name, pattern)) expected.push_back(name);
+      }
+    } catch (const std::regex_error&) {
+      isPattern = false;
+    }
+    std::vector<std::string> entries;
+    ASSERT_EQ(zn_lib::listDir("", filter, false, entries), isPattern) << filter;
+    ASSERT_EQ(entries, expected) << filter;
+  });
+}
+
+}  // namespace

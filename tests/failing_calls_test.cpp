@@ -1,0 +1,1194 @@
+/// A system that refuses a call, now and then or from some moment on: a disk that is full, an error
+/// of a device, no descriptors left. Every function comes back with an answer that is true to what
+/// is on the disk, and a store's settings survive.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <zn_dir.h>
+#include <zn_error.h>
+#include <zn_file.h>
+#include <zn_output.h>
+#include <zn_platform.h>
+#include <zn_process.h>
+#include <zn_readfile.h>
+#include <zn_seqfile.h>
+#include <zn_setcfg.h>
+#include <zn_shell.h>
+#include <zn_writefile.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "output_capture.h"
+#include "temporary_files.h"
+#if defined(__linux__) && defined(__x86_64__)
+#include "traced_child.h"
+#endif
+
+namespace {
+
+using zn_lib::Configuration;
+
+using Names = std::vector<std::string>;
+using Catalog = std::map<int, std::string, zn_lib::error_order>;
+
+/// What a directory holds by name: the bytes of files, "/" for directories.
+using Contents = std::map<std::string, std::string>;
+
+Contents contents() {
+  Contents all;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(".")) {
+    all[entry.path().lexically_normal()] = entry.is_directory() ? "/" : readFile(entry.path());
+  }
+  return all;
+}
+
+/// Makes the working directory hold these and nothing else.
+void makeContents(const Contents& all) {
+  for (const auto& entry : std::filesystem::directory_iterator(".")) {
+    std::filesystem::remove_all(entry);
+  }
+  for (const auto& [name, bytes] : all) {
+    if (bytes == "/") {
+      std::filesystem::create_directory(name);
+    } else {
+      writeFile(name, bytes);
+    }
+  }
+}
+
+bool beginsWith(const std::string& text, const std::string& start) {
+  return text.compare(0, start.size(), start) == 0;
+}
+
+// ---- Stores
+
+/// The file of a store, written as the header shows it.
+std::string xmlOf(const Configuration& store) {
+  std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CONFIGURATION type='SYSTEM'>\n";
+  for (const auto& [key, element] : store.elements) {
+    xml += "<" + key + " data_type='" + element.type + "' describe='" + element.describe + "'>";
+    xml += element.value + "</" + key + ">\n";
+  }
+  return xml + "</CONFIGURATION>\n";
+}
+
+/// Settings whose file takes more than one read.
+void fill(Configuration& store) {
+  store.set("UPDATE", "DATE", "2024-03-05 14:07:09", "");
+  store.set("first", "1");
+  store.set("long", std::string(4200, 'x'));
+  store.set("second", "2");
+}
+
+std::string filledXml() {
+  Configuration store;
+  fill(store);
+  store.changed = false;
+  return xmlOf(store);
+}
+
+/// Whether `part` holds nothing but settings of `whole`, of values the beginning at least.
+bool isPartOf(const zn_lib::config_map& part, const zn_lib::config_map& whole) {
+  return std::all_of(part.begin(), part.end(), [&](const auto& entry) {
+    const auto found = whole.find(entry.first);
+    return found != whole.end() && beginsWith(found->second.value, entry.second.value);
+  });
+}
+
+/// Runs `test`, with its expectations, in a child. Its status is 0 when they held.
+int statusOfChild(const std::function<void()>& test) {
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child == 0) {
+    test();
+    std::fflush(stdout);
+    _exit(testing::Test::HasFailure() ? 1 : 0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return status;
+}
+
+#if defined(__linux__) && defined(__x86_64__)
+
+// ---- Calls that fail
+
+/// The calls that may fail, by what they are for.
+std::string purposeOf(long call) {
+  static const std::map<long, std::string> purposes = {
+      {SYS_open, "open"},
+      {SYS_openat, "open"},
+      {SYS_creat, "open"},
+      {SYS_read, "read"},
+      {SYS_readv, "read"},
+      {SYS_pread64, "read"},
+      {SYS_write, "write"},
+      {SYS_writev, "write"},
+      {SYS_pwrite64, "write"},
+      {SYS_rename, "rename"},
+      {SYS_renameat, "rename"},
+      {SYS_renameat2, "rename"},
+      {SYS_link, "link"},
+      {SYS_linkat, "link"},
+      {SYS_unlink, "unlink"},
+      {SYS_unlinkat, "unlink"},
+      {SYS_rmdir, "unlink"},
+      {SYS_close, "close"},
+      {SYS_lseek, "lseek"},
+      {SYS_stat, "stat"},
+      {SYS_fstat, "stat"},
+      {SYS_lstat, "stat"},
+      {SYS_newfstatat, "stat"},
+      {SYS_statx, "stat"},
+      {SYS_getdents64, "list"},
+      {SYS_access, "access"},
+      {SYS_faccessat, "access"},
+      {SYS_faccessat2, "access"},
+      {SYS_mkdir, "mkdir"},
+      {SYS_mkdirat, "mkdir"},
+      {SYS_chdir, "chdir"},
+      {SYS_getcwd, "getcwd"},
+      {SYS_ftruncate, "truncate"},
+      {SYS_sendfile, "send"},
+      {SYS_copy_file_range, "send"},
+      {SYS_clone, "clone"},
+      {SYS_clone3, "clone"},
+      {SYS_fork, "clone"},
+      {SYS_vfork, "clone"},
+      {SYS_wait4, "wait"},
+      {SYS_pipe2, "pipe"},
+      {SYS_uname, "uname"},
+  };
+  const auto found = purposes.find(call);
+  return found == purposes.end() ? "" : found->second;
+}
+
+using Purposes = std::set<std::string>;
+
+struct Fault {
+  const char* what;
+  int error;
+  Share share;
+  Purposes calls;
+  bool mayLast;  // whether it may go on for good: nobody gets past interruptions without end
+};
+
+/// Those of single purposes are for systems that lack one thing and have the others.
+const std::vector<Fault>& faults() {
+  static const std::vector<Fault> all = {
+      {"EIO",
+       EIO,
+       Share::kAll,
+       {"open", "read", "write", "rename", "link", "unlink", "close", "lseek", "stat", "list",
+        "access", "mkdir", "chdir", "getcwd", "truncate", "send", "uname"},
+       true},
+      {"ENOSPC",
+       ENOSPC,
+       Share::kAll,
+       {"open", "write", "rename", "link", "close", "mkdir", "truncate", "send"},
+       true},
+      // Not for "access": who may not look a file up cannot open it either.
+      {"EACCES",
+       EACCES,
+       Share::kAll,
+       {"open", "rename", "link", "unlink", "stat", "mkdir", "chdir", "getcwd"},
+       true},
+      {"EMFILE", EMFILE, Share::kAll, {"open", "pipe"}, true},
+      {"EINTR", EINTR, Share::kAll, {"open", "read", "write", "close", "wait"}, false},
+      {"ENOMEM",
+       ENOMEM,
+       Share::kAll,
+       {"open", "stat", "list", "access", "mkdir", "chdir", "getcwd", "clone"},
+       true},
+      {"ECHILD", ECHILD, Share::kAll, {"wait"}, true},
+      {"EPERM for links", EPERM, Share::kAll, {"link"}, true},
+      {"EIO for renaming", EIO, Share::kAll, {"rename"}, true},
+      {"EIO for removing", EIO, Share::kAll, {"unlink"}, true},
+      {"EIO for closing", EIO, Share::kAll, {"close"}, true},
+      {"ENOSPC for writing", ENOSPC, Share::kAll, {"write"}, true},
+      {"half of it", 0, Share::kHalf, {"read", "write"}, true},
+      {"one byte of it", 0, Share::kOneByte, {"read", "write"}, false},
+  };
+  return all;
+}
+
+/// What came of a run.
+struct Outcome {
+  Ended ended;
+  std::string output;  // on both standard streams
+  const Fault* fault;
+  Purposes failed;  // what the calls were for that did not go through
+  int count = 0;    // how many there were
+
+  const std::string& answer() const { return ended.answer; }
+  bool hasFailed(const std::string& purpose) const { return failed.count(purpose) != 0; }
+
+  /// Whether nothing was refused: all went through, be it in parts.
+  bool isHarmless() const { return count == 0 || fault->error == 0; }
+
+  /// As `isHarmless`, with calls that can be made again and that the caller does make again.
+  bool isRepeatable(const Purposes& calls) const {
+    return isHarmless() || (fault->error == EINTR && std::includes(calls.begin(), calls.end(),
+                                                                   failed.begin(), failed.end()));
+  }
+};
+
+/// Something to be done in spite of faults. `check` looks at what is in the directory.
+struct Operation {
+  const char* what;
+  Contents before;
+  Work run;
+  std::function<void(const Outcome&)> check;
+  Purposes lacking = {};  // what the system cannot do at all
+};
+
+std::string joined(const Purposes& purposes) {
+  std::string text;
+  for (const std::string& purpose : purposes) text += purpose + " ";
+  return text;
+}
+
+std::string trueOrFalse(bool result) { return result ? "true" : "false"; }
+
+class FailingCalls : public InTemporaryDirectory {
+ protected:
+  void SetUp() override {
+    if (!canTrace()) GTEST_SKIP() << "no process can be traced here";
+    output_ = memfd_create("output", MFD_CLOEXEC);
+    ASSERT_NE(output_, -1);
+  }
+
+  ~FailingCalls() override {
+    if (output_ != -1) close(output_);
+  }
+
+  void TearDown() override { RecordProperty("failed_calls", failedCalls_); }
+
+  /// Fails each call of the operation, once and from there on, with every error.
+  void withEveryFault(const Operation& operation) {
+    TracedChild child(withOutput(operation.run));
+    makeContents(operation.before);
+    child.run([](long) { return Intervention(); });
+    for (const Fault& fault : faults()) {
+      withFault(child, operation, fault, false);
+      if (fault.mayLast) withFault(child, operation, fault, true);
+    }
+  }
+
+  void withFault(TracedChild& child, const Operation& operation, const Fault& fault,
+                 bool isForGood) {
+    Outcome outcome;
+    int number = 0;
+    do {
+      ++number;
+      SCOPED_TRACE(std::string(operation.what) + ": " + fault.what + " at call " +
+                   std::to_string(number) + (isForGood ? " and all that follow" : ""));
+      makeContents(operation.before);
+      outcome = outcomeOf(child, operation.lacking, fault, number, isForGood);
+      EXPECT_TRUE(WIFEXITED(outcome.ended.status)) << outcome.ended.status;
+      EXPECT_NE(outcome.answer(), "another exception");
+      operation.check(outcome);
+      failedCalls_ += outcome.count;
+      if (hasNewFailure()) {
+        ADD_FAILURE() << "refused: " << joined(outcome.failed);
+        hasNewFailure();
+      }
+    } while (outcome.count != 0);
+  }
+
+  Outcome outcomeOf(TracedChild& child, const Purposes& lacking, const Fault& fault, int number,
+                    bool isForGood) {
+    Outcome outcome;
+    outcome.fault = &fault;
+    EXPECT_EQ(ftruncate(output_, 0) + lseek(output_, 0, SEEK_SET), 0);
+    int calls = 0;
+    const auto intervene = [&](long call) -> Intervention {
+      const std::string purpose = purposeOf(call);
+      if (lacking.count(purpose) != 0) return {EPERM};
+      if (fault.calls.count(purpose) == 0) return {};
+      ++calls;
+      if (isForGood ? calls < number : calls != number) return {};
+      outcome.failed.insert(purpose);
+      ++outcome.count;
+      return {fault.error, purpose == "close", fault.share};
+    };
+    outcome.ended = child.run(intervene);
+    outcome.output = readFile("/proc/self/fd/" + std::to_string(output_));
+    return outcome;
+  }
+
+  /// `work` with its standard streams where the test reads them.
+  Work withOutput(const Work& work) const {
+    return [this, work](Report& report) {
+      report.watch(false);
+      dup2(output_, STDOUT_FILENO);
+      dup2(output_, STDERR_FILENO);
+      report.watch(true);
+      return work(report);
+    };
+  }
+
+ private:
+  /// Whether an expectation failed since this was asked last.
+  bool hasNewFailure() {
+    const auto* const result = testing::UnitTest::GetInstance()->current_test_info()->result();
+    const int before = parts_;
+    parts_ = result->total_part_count();
+    return parts_ != before;
+  }
+
+  int parts_ = 0;
+  int output_ = -1;
+  int failedCalls_ = 0;
+};
+
+// ---- Settings
+
+/// What an operation on a store tells.
+std::string answerOf(bool result, Configuration& store, Report& report) {
+  report.setText(xmlOf(store));
+  const std::string answer = trueOrFalse(result) + (store.changed ? ", changed" : "");
+  store.changed = false;
+  return answer;
+}
+
+std::string firstSave(Report& report) {
+  Configuration store;
+  store.set("a", "1");
+  const bool result = store.save();
+  return answerOf(result, store, report);
+}
+
+std::string saveChanged(Report& report) {
+  Configuration store;
+  fill(store);
+  store.set("changed", "yes");
+  const bool result = store.save();
+  return answerOf(result, store, report);
+}
+
+std::string saveInPlace(Report& report) {
+  Configuration store;
+  fill(store);
+  store.set("changed", "yes");
+  store.backup = false;
+  const bool result = store.save();
+  return answerOf(result, store, report);
+}
+
+std::string loadChangeSave(Report& report) {
+  Configuration store;
+  store.load();
+  store.set("changed", "yes");
+  const bool result = store.save();
+  return answerOf(result, store, report);
+}
+
+std::string saveByDestructor(Report& report) {
+  Configuration store;
+  fill(store);
+  store.set("changed", "yes");
+  report.setText(xmlOf(store));
+  return "not told";
+}
+
+/// Without faults again: what the file holds is loaded, and saved with a change.
+void checkStoreWorks(const std::optional<std::string>& file) {
+  Configuration before;
+  if (file == filledXml()) fill(before);
+  before.changed = false;
+  Configuration store;
+  EXPECT_TRUE(store.load());
+  for (const auto& [key, element] : before.elements) {
+    EXPECT_EQ(store.elements[key].value, element.value) << key;
+  }
+  store.set("again", "yes");
+  EXPECT_TRUE(store.save());
+  EXPECT_EQ(readFile("config.xml"), xmlOf(store));
+}
+
+/// What a save tells: the truth, but for failures in writing, which it does not tell.
+void checkAnswer(const Outcome& outcome, bool isWhole) {
+  const bool isRepeatable = outcome.isRepeatable({"open", "read", "write"});
+  const bool isWritten = !outcome.hasFailed("write") && !outcome.hasFailed("close");
+  EXPECT_TRUE(outcome.answer() == "true" || outcome.answer() == "false, changed")
+      << outcome.answer();
+  if (isRepeatable) {
+    EXPECT_EQ(outcome.answer(), "true");
+  }
+  if (isRepeatable || isWritten) {
+    EXPECT_EQ(outcome.answer() == "true", isWhole);
+  }
+}
+
+/// What holds after every save with a backup, where `old` was in the file.
+void checkSave(const Outcome& outcome, const std::optional<std::string>& old) {
+  const Contents all = contents();
+  const auto bytesOf = [&](const char* name) {
+    const auto found = all.find(name);
+    return found == all.end() ? std::optional<std::string>() : found->second;
+  };
+  const std::optional<std::string> file = bytesOf("config.xml");
+  const bool isWhole = file == outcome.ended.text;
+  EXPECT_TRUE(!file || file == old || isWhole) << "torn: " << file->size() << " bytes";
+  EXPECT_TRUE(!old || file == old || bytesOf("config.xml~") == old) << "the settings are lost";
+  if (outcome.answer() != "not told") checkAnswer(outcome, isWhole);
+  if (!outcome.hasFailed("unlink")) {
+    for (const auto& [name, bytes] : all) EXPECT_TRUE(beginsWith("config.xml~", name)) << name;
+  }
+  checkStoreWorks(file);
+}
+
+/// What holds after a save that overwrites the file.
+void checkSaveInPlace(const Outcome& outcome) {
+  const std::string file = readFile("config.xml");
+  EXPECT_TRUE(file == filledXml() || beginsWith(outcome.ended.text, file));
+  EXPECT_EQ(readFile("config.xml~"), "older");
+  if (outcome.answer() == "false, changed") {
+    EXPECT_EQ(file, filledXml());
+  } else {
+    EXPECT_EQ(outcome.answer(), "true");
+    if (!outcome.hasFailed("write")) {
+      EXPECT_EQ(file, outcome.ended.text);
+    }
+  }
+  if (outcome.isHarmless()) {
+    EXPECT_EQ(file, outcome.ended.text);
+  }
+}
+
+TEST_F(FailingCalls, SavesLoseNothing) {
+  const std::string old = filledXml();
+  const Contents nothing;
+  const Contents file = {{"config.xml", old}};
+  const Contents backup = {{"config.xml~", old}};
+  const Contents fileAndBackup = {{"config.xml", old}, {"config.xml~", "older"}};
+  const auto first = [](const Outcome& outcome) { checkSave(outcome, std::nullopt); };
+  const auto later = [&](const Outcome& outcome) { checkSave(outcome, old); };
+  const Operation operations[] = {
+      {"the first save", nothing, firstSave, first},
+      {"a save over a file", file, saveChanged, later},
+      {"a save over a file with a backup", fileAndBackup, saveChanged, later},
+      {"a save where only the backup is", backup, saveChanged, first},
+      {"a change", fileAndBackup, loadChangeSave, later},
+      {"a save by the destructor", fileAndBackup, saveByDestructor, later},
+      {"a save without hard links", fileAndBackup, saveChanged, later, {"link"}},
+      {"the second save without hard links", file, saveChanged, later, {"link"}},
+      {"a save in place", fileAndBackup, saveInPlace, checkSaveInPlace},
+  };
+  for (const Operation& operation : operations) withEveryFault(operation);
+}
+
+TEST_F(FailingCalls, LoadsKeepWhatTheyRead) {
+  const Work load = [](Report&) {
+    Configuration store;
+    store.set("mine", "kept");
+    const bool result = store.load();
+    Configuration whole;
+    fill(whole);
+    whole.set("mine", "kept");
+    whole.changed = false;
+    std::string answer = trueOrFalse(result) + (store.changed ? ", changed" : "");
+    store.changed = false;
+    if (!isPartOf(store.elements, whole.elements)) return answer + ", of something else";
+    if (store.get("mine").value != "kept") return answer + ", without what was there";
+    return answer + (xmlOf(store) == xmlOf(whole) ? ", all" : "");
+  };
+  const Contents before = {{"config.xml", filledXml()}};
+  withEveryFault({"a load", before, load, [&](const Outcome& outcome) {
+                    EXPECT_EQ(contents(), before);
+                    if (outcome.isHarmless()) {
+                      EXPECT_EQ(outcome.answer(), "true, all");
+                    }
+                    EXPECT_TRUE(outcome.answer() == "true, all" || outcome.answer() == "true")
+                        << outcome.answer();
+                  }});
+}
+
+/// A disk that takes nothing more, for as long as the process runs.
+TEST_F(FailingCalls, SavesOnAFullDiskLeaveFileAndBackup) {
+  const Work twentySaves = [](Report&) {
+    for (int i = 0; i < 20; ++i) {
+      Configuration store;
+      store.load();
+      store.set("changed", "yes");
+      if (!store.save() || store.changed) return std::string("told");
+    }
+    return std::string("true");
+  };
+  const Contents before = {{"config.xml", filledXml()}, {"config.xml~", "older"}};
+  const Fault full = {"ENOSPC", ENOSPC, Share::kAll, {"write"}, true};
+  makeContents(before);
+  TracedChild child(twentySaves);
+  const Outcome outcome = outcomeOf(child, {}, full, 1, true);
+  EXPECT_EQ(outcome.answer(), "true");
+  EXPECT_EQ(outcome.count, 20);
+  EXPECT_EQ(contents(), before);
+}
+
+// ---- Whole files
+
+/// Text of lines that takes several reads and writes.
+std::string longText() {
+  std::string text;
+  for (int line = 0; text.size() < 9000; ++line) text += "line " + std::to_string(line) + "\n";
+  return text;
+}
+
+struct FileCase {
+  const char* what;
+  bool hasTarget;
+  bool overwrite;
+};
+
+constexpr FileCase kFileCases[] = {
+    {"onto nothing", false, false},
+    {"onto nothing, to overwrite", false, true},
+    {"onto a file, to overwrite", true, true},
+    {"onto a file that is to stay", true, false},
+};
+
+/// Interrupted calls that the streams of the C++ library make again.
+#ifdef _LIBCPP_VERSION
+const Purposes kRepeatedReads = {};
+const Purposes kRepeatedWrites = {};
+#else
+const Purposes kRepeatedReads = {"read"};
+const Purposes kRepeatedWrites = {"read", "write"};
+#endif
+
+bool isRead(const Outcome& outcome) { return outcome.isRepeatable(kRepeatedReads); }
+
+bool isCopied(const Outcome& outcome) { return outcome.isRepeatable(kRepeatedWrites); }
+
+TEST_F(FailingCalls, CopiesLeaveTheSource) {
+  for (const FileCase& c : kFileCases) {
+    Contents before = {{"source", longText()}};
+    if (c.hasTarget) before["target"] = "target's own";
+    const bool isRefused = c.hasTarget && !c.overwrite;
+    withEveryFault(
+        {c.what, before,
+         [&](Report&) { return trueOrFalse(zn_lib::fileCopy("source", "target", c.overwrite)); },
+         [&](const Outcome& outcome) {
+           Contents after = contents();
+           EXPECT_EQ(after["source"], before["source"]);
+           if (isRefused) {
+             EXPECT_EQ(outcome.answer(), "false");
+           }
+           if (outcome.answer() == "false") {
+             EXPECT_EQ(contents(), before);
+           } else {
+             EXPECT_EQ(outcome.answer(), "true");
+             const bool isKept = outcome.hasFailed("open") && after == before;
+             EXPECT_TRUE(isKept || beginsWith(before["source"], after["target"]));
+             EXPECT_LE(after.size(), 2u);
+           }
+           if (isCopied(outcome) && !isRefused) {
+             EXPECT_EQ(after["target"], before["source"]);
+           }
+         }});
+  }
+}
+
+/// What holds after `from` was renamed to `to`: it has one of the names, whole.
+void checkRenamed(const Outcome& outcome, Contents before, const std::string& from,
+                  const std::string& to) {
+  Contents renamed = before;
+  renamed[to] = before[from];
+  renamed.erase(from);
+  Contents withoutTarget = before;
+  withoutTarget.erase(to);
+  const Contents after = contents();
+  if (outcome.answer() == "true") {
+    EXPECT_EQ(after, renamed);
+  } else {
+    EXPECT_EQ(outcome.answer(), "false");
+    EXPECT_NE(outcome.count, 0);
+    EXPECT_TRUE(after == before || (outcome.hasFailed("rename") && after == withoutTarget));
+  }
+}
+
+TEST_F(FailingCalls, RenamedFilesKeepOneName) {
+  for (const FileCase& c : kFileCases) {
+    Contents before = {{"old", longText()}};
+    if (c.hasTarget) before["new"] = "target's own";
+    const bool isRefused = c.hasTarget && !c.overwrite;
+    withEveryFault(
+        {c.what, before,
+         [&](Report&) { return trueOrFalse(zn_lib::fileRename("old", "new", c.overwrite)); },
+         [&](const Outcome& outcome) {
+           if (isRefused) {
+             EXPECT_EQ(outcome.answer(), "false");
+             EXPECT_EQ(contents(), before);
+           } else {
+             checkRenamed(outcome, before, "old", "new");
+           }
+         }});
+  }
+}
+
+TEST_F(FailingCalls, BackupsKeepTheFile) {
+  for (const bool hasBackup : {false, true}) {
+    Contents before = {{"file", longText()}};
+    if (hasBackup) before["file~"] = "older";
+    withEveryFault(
+        {hasBackup ? "over an earlier backup" : "the first backup", before,
+         [](Report&) { return trueOrFalse(zn_lib::createBackup("file")); },
+         [&](const Outcome& outcome) { checkRenamed(outcome, before, "file", "file~"); }});
+  }
+}
+
+// ---- Printing
+
+TEST_F(FailingCalls, DumpsAreOfWhatWasRead) {
+  const auto dumped = [](const std::string& text) {
+    writeFile("file", text);
+    zn_lib::setVerbose(true);
+    const std::string out = written([] { EXPECT_TRUE(zn_lib::hexDump("file", 16)); }).out;
+    zn_lib::setVerbose(false);
+    return out;
+  };
+  const std::string text = "Forty bytes, which give two rows and more";
+  const std::string ofNothing = dumped("");
+  const std::string whole = dumped(text);
+  withEveryFault(
+      {"hexDump",
+       {{"file", text}},
+       [](Report&) {
+         zn_lib::setVerbose(true);
+         const bool result = zn_lib::hexDump("file", 16);
+         std::cout.flush();
+         return trueOrFalse(result);
+       },
+       [&](const Outcome& outcome) {
+         EXPECT_EQ(contents(), (Contents{{"file", text}}));
+         if (outcome.answer() == "false") {
+           EXPECT_EQ(outcome.output, "");
+           EXPECT_TRUE(outcome.hasFailed("open"));
+           return;
+         }
+         EXPECT_EQ(outcome.answer(), "true");
+         EXPECT_TRUE(beginsWith(whole, outcome.output) || beginsWith(ofNothing, outcome.output))
+             << outcome.output;
+         if (isRead(outcome)) {
+           EXPECT_EQ(outcome.output, whole);
+         }
+       }});
+}
+
+TEST_F(FailingCalls, FilesAreReadAsFarAsTheyCanBe) {
+  const std::string text = longText();
+  const std::string whole = text + "\n";
+  withEveryFault({"cat",
+                  {{"file.txt", text}},
+                  [](Report&) {
+                    zn_lib::ReadFile file;
+                    std::string name = "file.txt";
+                    file.setFileName(name);
+                    const bool isOpen = file.fileOpen();
+                    const bool isPrinted = file.cat();
+                    std::cout.flush();
+                    file.fileClose();
+                    if (isOpen != isPrinted) return std::string("in two minds");
+                    return trueOrFalse(isOpen);
+                  },
+                  [&](const Outcome& outcome) {
+                    EXPECT_EQ(contents(), (Contents{{"file.txt", text}}));
+                    EXPECT_EQ(outcome.answer(), trueOrFalse(!outcome.hasFailed("open")));
+                    // The line in which a read fails ends the output, with a line break.
+                    std::string output = outcome.output;
+                    if (!beginsWith(whole, output) && !output.empty()) output.pop_back();
+                    EXPECT_TRUE(beginsWith(whole, output));
+                    if (isRead(outcome)) {
+                      EXPECT_EQ(outcome.output, whole);
+                    }
+                  }});
+}
+
+// ---- Writing
+
+TEST_F(FailingCalls, WhatCouldNotBeWrittenIsTold) {
+  const std::string text = longText();
+  const struct {
+    const char* what;
+    bool append, overwrite;
+  } cases[] = {
+      {"anew", false, true}, {"over a file", false, false}, {"behind a file", true, false}};
+  for (const auto& c : cases) {
+    const std::string before = "before\n";
+    withEveryFault({c.what,
+                    {{"file.txt", before}},
+                    [&](Report&) -> std::string {
+                      zn_lib::WriteFile file;
+                      std::string name = "file.txt";
+                      file.setFileName(name);
+                      file.append = c.append;
+                      file.overwrite = c.overwrite;
+                      if (!file.fileOpen()) return "not opened";
+                      file.file << text << std::flush << "end\n";
+                      file.fileClose();
+                      return file.file.fail() ? "failed" : "written";
+                    },
+                    [&](const Outcome& outcome) {
+                      const std::string kept = c.append ? before : "";
+                      const std::string whole = kept + text + "end\n";
+                      const std::string file = readFile("file.txt");
+                      if (outcome.answer() == "not opened") {
+                        // To write behind a text, the stream looks for its end.
+                        EXPECT_TRUE(outcome.hasFailed("open") || outcome.hasFailed("lseek"));
+
+                      } else if (outcome.answer() == "failed") {
+                        EXPECT_NE(outcome.count, 0);
+                        EXPECT_TRUE(beginsWith(file, kept));
+                      } else {
+                        EXPECT_EQ(outcome.answer(), "written");
+                        EXPECT_FALSE(outcome.hasFailed("close"));
+                        EXPECT_EQ(file, whole);
+                      }
+                      if (isCopied(outcome)) {
+                        EXPECT_EQ(outcome.answer(), "written");
+                      }
+                    }});
+  }
+}
+
+// ---- Directories
+
+TEST_F(FailingCalls, ListsHoldWhatIsThere) {
+  const Contents before = {{"a.txt", "1"}, {"b.txt", "2"}, {"c", "3"}, {"dir", "/"}};
+  const struct {
+    const char* what;
+    const char* dir;
+    const char* filter;
+    Names all;
+  } cases[] = {
+      {"a pattern", "./", "\\.txt$", {"a.txt", "b.txt"}},
+      {"the working directory", "", "", {"a.txt", "b.txt", "c", "dir"}},
+      {"directories", ".", "<dir>", {"dir"}},
+  };
+  for (const auto& c : cases) {
+    withEveryFault({c.what, before,
+                    [&](Report& report) {
+                      Names names = {"mine"};
+                      const bool result = zn_lib::listDir(c.dir, c.filter, true, names);
+                      std::sort(names.begin() + 1, names.end());
+                      std::string text;
+                      for (const std::string& name : names) text += name + "\n";
+                      report.setText(text);
+                      const bool isPart =
+                          names.front() == "mine" &&
+                          std::includes(c.all.begin(), c.all.end(), names.begin() + 1, names.end());
+                      if (!isPart) return std::string("names of something else");
+                      return trueOrFalse(result) +
+                             (names.size() == c.all.size() + 1 ? ", all" : "");
+                    },
+                    [&](const Outcome& outcome) {
+                      EXPECT_EQ(contents(), before);
+                      if (outcome.answer() == "false") {
+                        EXPECT_EQ(outcome.ended.text, "mine\n");
+                      } else if (!outcome.hasFailed("list")) {
+                        EXPECT_EQ(outcome.answer(), "true, all");
+                      } else {
+                        EXPECT_TRUE(beginsWith(outcome.answer(), "true")) << outcome.answer();
+                      }
+                      if (outcome.isHarmless()) {
+                        EXPECT_EQ(outcome.answer(), "true, all");
+                      }
+                    }});
+  }
+}
+
+TEST_F(FailingCalls, CopiedDirectoriesHoldPartsOfTheSource) {
+  const std::string text = "a line\nand another\n";
+  for (const bool hasTarget : {false, true}) {
+    Contents before = {{"from", "/"}, {"from/a", text}, {"from/b", "short"}, {"from/empty", ""}};
+    if (hasTarget) before.insert({{"to", "/"}, {"to/b", "to's own"}});
+    withEveryFault({hasTarget ? "into a directory" : "into none", before,
+                    [](Report&) {
+                      std::string from = "from", to = "to";
+                      return trueOrFalse(zn_lib::copyDir(from, to));
+                    },
+                    [&](const Outcome& outcome) {
+                      Contents after = contents();
+                      for (const auto& [name, bytes] : before)
+                        EXPECT_EQ(after[name], bytes) << name;
+                      if (outcome.answer() == "false") {
+                        EXPECT_EQ(after, before);
+                        EXPECT_NE(outcome.count, 0);
+                        return;
+                      }
+                      EXPECT_EQ(outcome.answer(), "true");
+                      for (const auto& [name, bytes] : after) {
+                        if (name == "to" || before.count(name) != 0) continue;
+                        EXPECT_TRUE(beginsWith(name, "to/")) << name;
+                        EXPECT_TRUE(beginsWith(before["from" + name.substr(2)], bytes)) << name;
+                      }
+                      if (isCopied(outcome)) {
+                        EXPECT_EQ(after["to/a"], text);
+                        EXPECT_EQ(after["to/b"], hasTarget ? "to's own" : "short");
+                        EXPECT_EQ(after.count("to/empty"), 1u);
+                      }
+                    }});
+  }
+}
+
+TEST_F(FailingCalls, NumberedNamesAreWholeOrNone) {
+  const Contents before = {{"report.txt", "1"}};
+  withEveryFault({"sequentialFile", before,
+                  [](Report&) {
+                    std::string name = "report.txt";
+                    zn_lib::sequentialFile(name);
+                    return name;
+                  },
+                  [&](const Outcome& outcome) {
+                    EXPECT_EQ(contents(), before);
+                    const bool isListed = outcome.answer() == "report-1.txt";
+                    EXPECT_TRUE(isListed || outcome.answer() == "report.txt") << outcome.answer();
+                    if (outcome.isHarmless()) {
+                      EXPECT_TRUE(isListed);
+                    }
+                  }});
+}
+
+/// A directory that goes while it is read: what lists it gives some of the names that were there.
+TEST_F(FailingCalls, ADirectoryThatVanishesWhileItIsListed) {
+  Contents before = {{"from", "/"}};
+  const std::string longest(200, 'n');  // so that a read gives some 150 names
+  for (int i = 0; i < 300; ++i) before["from/" + longest + std::to_string(i)] = "";
+  const auto removedAtTheSecondRead = [](const Work& run) {
+    int reads = 0;
+    const Ended ended = runTraced(run, [&](long call) {
+      if (call == SYS_getdents64 && ++reads == 2) std::filesystem::remove_all("from");
+      return Intervention();
+    });
+    EXPECT_GE(reads, 2);
+    return ended;
+  };
+  const auto isOneOfThem = [&](const std::string& name) {
+    return before.count("from/" + name) != 0;
+  };
+
+  makeContents(before);
+  Ended ended = removedAtTheSecondRead([&](Report&) -> std::string {
+    Names names;
+    const bool result = zn_lib::listDir("from", "", true, names);
+    const bool areThem = std::all_of(names.begin(), names.end(), isOneOfThem);
+    const std::set<std::string> distinct(names.begin(), names.end());
+    if (!areThem || distinct.size() != names.size()) return "names of something else";
+    return trueOrFalse(result) + (names.empty() ? ", none" : ", some");
+  });
+  EXPECT_EQ(ended.status, 0);
+  EXPECT_EQ(ended.answer, "true, some");
+
+  makeContents(before);
+  ended = removedAtTheSecondRead([](Report&) {
+    std::string from = "from", to = "to";
+    return trueOrFalse(zn_lib::copyDir(from, to));
+  });
+  EXPECT_EQ(ended.status, 0);
+  EXPECT_EQ(ended.answer, "true");
+  EXPECT_EQ(contents(), (Contents{{"to", "/"}})) << "there is nothing to copy any more";
+}
+
+// ---- Catalogs, processes, the platform
+
+TEST_F(FailingCalls, CatalogsKeepWhatTheyHad) {
+  std::string xml = "<ERRORS>";
+  for (int i = 1; i <= 100; ++i) {
+    const std::string number = std::to_string(i);
+    xml += "<ERROR><ID>" + number + "</ID><MESSAGE>Text of " + number + "</MESSAGE></ERROR>\n";
+  }
+  xml += "</ERRORS>";
+  withEveryFault({"readErrorFile",
+                  {{"errors.xml", xml}},
+                  [](Report&) {
+                    Catalog catalog = {{0, "mine"}};
+                    const bool result = zn_lib::readErrorFile("errors.xml", catalog);
+                    const bool arePart =
+                        catalog[0] == "mine" &&
+                        std::all_of(
+                            std::next(catalog.begin()), catalog.end(), [](const auto& entry) {
+                              return entry.second == "Text of " + std::to_string(entry.first);
+                            });
+                    if (!arePart) return std::string("messages of something else");
+                    return trueOrFalse(result) + (catalog.size() == 101 ? ", all" : "");
+                  },
+                  [&](const Outcome& outcome) {
+                    EXPECT_EQ(contents(), (Contents{{"errors.xml", xml}}));
+                    EXPECT_TRUE(outcome.answer() == "true" || outcome.answer() == "true, all")
+                        << outcome.answer();
+                    if (outcome.isHarmless()) {
+                      EXPECT_EQ(outcome.answer(), "true, all");
+                    }
+                  }});
+}
+
+TEST_F(FailingCalls, ShellCommandsRunOnceOrNotAtAll) {
+  withEveryFault({"execShell",
+                  {},
+                  [](Report&) { return trueOrFalse(zn_lib::execShell("echo line >>trace")); },
+                  [](const Outcome& outcome) {
+                    const std::string trace = readFile("trace");
+                    EXPECT_TRUE(trace == "line\n" || trace.empty()) << trace;
+                    if (outcome.answer() == "true") {
+                      EXPECT_EQ(outcome.output, "");
+                      // A shell that cannot be started looks to the C library's `system` like one
+                      // that cannot find the command.
+                      EXPECT_EQ(trace, outcome.hasFailed("clone") ? "" : "line\n");
+                    } else {
+                      EXPECT_EQ(outcome.answer(), "false");
+                      EXPECT_NE(outcome.count, 0);
+                      EXPECT_TRUE(outcome.output == "No command processor available\n" ||
+                                  outcome.output == "Problem executing command\n")
+                          << outcome.output;
+                    }
+                    // The C library waits again after an interruption, and only then.
+                    if (outcome.hasFailed("wait")) {
+                      EXPECT_EQ(outcome.answer(), trueOrFalse(outcome.fault->error == EINTR));
+                    }
+                    if (outcome.isRepeatable({"wait"})) {
+                      EXPECT_EQ(outcome.answer(), "true");
+                    }
+                  }});
+}
+
+TEST_F(FailingCalls, ChildrenRunOrTheProcessEnds) {
+  for (const bool wait : {true, false}) {
+    withEveryFault(
+        {wait ? "childProcess that waits" : "childProcess",
+         {{"script", "echo line >>trace\n"}},
+         [&](Report&) { return std::to_string(zn_lib::childProcess("/bin/sh", "script", wait)); },
+         [](const Outcome& outcome) {
+           const bool isChild = !outcome.hasFailed("clone");
+           EXPECT_EQ(readFile("trace"), isChild ? "line\n" : "");
+           EXPECT_EQ(WEXITSTATUS(outcome.ended.status), isChild ? 0 : 1);
+           EXPECT_EQ(outcome.answer(), isChild ? "0" : "");
+         }});
+  }
+}
+
+TEST_F(FailingCalls, ASystemThatDoesNotTellIsUnknown) {
+  withEveryFault({"getOSName",
+                  {},
+                  [](Report&) { return zn_lib::getOSName(); },
+                  [](const Outcome& outcome) {
+                    const bool isTold = !outcome.hasFailed("uname");
+                    EXPECT_EQ(outcome.answer(), isTold ? zn_lib::getOSName() : "unknown");
+                  }});
+}
+
+#else
+
+TEST(FailingCalls, AreMadeOnX8664Linux) {
+  GTEST_SKIP() << "system calls can be made to fail there";
+}
+
+#endif
+
+// ---- A disk that is full
+
+/// A file system of its own for a test, small and gone with the process.
+class FullDisk : public InTemporaryDirectory {};
+
+constexpr int kNoDisk = 77;
+
+/// Mounts a file system of 64 KiB on the working directory, for this process alone.
+bool mountSmallDisk() {
+  const std::string here = std::filesystem::current_path();
+  return unshare(CLONE_NEWNS) == 0 &&
+         mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+         mount("none", here.c_str(), "tmpfs", 0, "size=64k") == 0 && chdir(here.c_str()) == 0;
+}
+
+TEST_F(FullDisk, TwentySavesLeaveFileAndBackup) {
+  const int status = statusOfChild([] {
+    if (!mountSmallDisk()) _exit(kNoDisk);
+    const Contents before = {{"config.xml", filledXml()}, {"config.xml~", "older"}};
+    makeContents(before);
+    for (int i = 0; i < 20; ++i) {
+      Configuration store;
+      store.load();
+      store.set("large", std::string(100000, 'x'));
+      EXPECT_TRUE(store.save()) << "a full disk is not told";
+      EXPECT_FALSE(store.changed);
+    }
+    EXPECT_TRUE(contents() == before);
+    Configuration store;
+    store.load();
+    store.set("small", "1");
+    EXPECT_TRUE(store.save());
+    EXPECT_TRUE(readFile("config.xml") == xmlOf(store)) << "what fits is saved as ever";
+  });
+  if (WIFEXITED(status) && WEXITSTATUS(status) == kNoDisk) {
+    GTEST_SKIP() << "no file system can be mounted here";
+  }
+  EXPECT_EQ(status, 0);
+}
+
+// ---- No descriptors
+
+/// The soft limit of descriptors, lowered so far that no further one can be had.
+class NoDescriptors {
+ public:
+  NoDescriptors() {
+    getrlimit(RLIMIT_NOFILE, &before_);
+    const rlimit none = {0, before_.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+  }
+  ~NoDescriptors() { setrlimit(RLIMIT_NOFILE, &before_); }
+  NoDescriptors(const NoDescriptors&) = delete;
+  NoDescriptors& operator=(const NoDescriptors&) = delete;
+
+ private:
+  rlimit before_;
+};
+
+/// A sanitizer looks at memory by means of a pipe, and takes an object for none where it gets none.
+#if defined(__has_feature)
+#if __has_feature(undefined_behavior_sanitizer)
+#define TAKES_DESCRIPTORS 1
+#endif
+#endif
+
+class Descriptors : public InTemporaryDirectory {};
+
+const Contents kFiles = {{"config.xml", "<C><a x='t'>1</a></C>"},
+                         {"dir", "/"},
+                         {"dir/f", "text"},
+                         {"errors.xml", "<E><ERROR><ID>1</ID><MESSAGE>m</MESSAGE></ERROR></E>"},
+                         {"script", "echo line >trace\n"}};
+
+/// `kFiles` with one more.
+Contents filesAnd(const std::string& name, const std::string& bytes) {
+  Contents all = kFiles;
+  all[name] = bytes;
+  return all;
+}
+
+/// `kFiles` with the settings under the name of their backup.
+Contents filesWithBackup() {
+  Contents all = filesAnd("config.xml~", kFiles.at("config.xml"));
+  all.erase("config.xml");
+  return all;
+}
+
+/// What is done without descriptors, and succeeds with them.
+struct Opening {
+  const char* what;
+  std::function<bool()> run;
+  bool succeedsWithout;
+  Contents leftWithout;
+};
+
+bool saves() {
+  Configuration store;
+  store.set("b", "2");
+  const bool result = store.save();
+  EXPECT_EQ(store.changed, !result);
+  store.changed = false;
+  return result;
+}
+
+bool loads() {
+  Configuration store;
+  EXPECT_TRUE(store.load());
+  return store.get("a").value == "1";
+}
+
+bool lists() {
+  Names names = {"mine"};
+  const bool result = zn_lib::listDir("dir", "", true, names);
+  EXPECT_EQ(names, result ? (Names{"mine", "f"}) : Names{"mine"});
+  return result;
+}
+
+bool copiesDirectory() {
+  std::string from = "dir", to = "to";
+  return zn_lib::copyDir(from, to);
+}
+
+bool numbers() {
+  std::string name = "dir/f.t";
+  zn_lib::sequentialFile(name);
+  EXPECT_TRUE(name == "dir/f-1.t" || name == "dir/f.t") << name;
+  return name == "dir/f-1.t";
+}
+
+bool reads() {
+  zn_lib::ReadFile file;
+  std::string name = "dir/f";
+  file.setFileName(name);
+  return file.fileOpen();
+}
+
+bool writes() {
+  zn_lib::WriteFile file;
+  std::string name = "dir/f";
+  file.setFileName(name);
+  return file.fileOpen();
+}
+
+bool readsCatalog() {
+  Catalog catalog;
+  EXPECT_TRUE(zn_lib::readErrorFile("errors.xml", catalog));
+  return catalog.size() == 1;
+}
+
+TEST_F(Descriptors, OfWhichNoneIsLeft) {
+#ifdef TAKES_DESCRIPTORS
+  GTEST_SKIP() << "the sanitizer needs descriptors of its own";
+#endif
+  const Opening openings[] = {
+      {"save", saves, false, filesWithBackup()},
+      {"load", loads, false, kFiles},
+      {"fileCopy", [] { return zn_lib::fileCopy("dir/f", "copy", false) && isThere("copy"); },
+       false, kFiles},
+      {"createBackup", [] { return zn_lib::createBackup("config.xml"); }, true, filesWithBackup()},
+      {"fileRename", [] { return zn_lib::fileRename("config.xml", "config.xml~", false); }, true,
+       filesWithBackup()},
+      {"hexDump", [] { return zn_lib::hexDump("dir/f", 0); }, false, kFiles},
+      {"listDir", lists, false, kFiles},
+      {"copyDir", [] { return copiesDirectory() && isThere("to/f"); }, false, filesAnd("to", "/")},
+      {"sequentialFile", numbers, false, kFiles},
+      {"ReadFile", reads, false, kFiles},
+      {"WriteFile", writes, false, kFiles},
+      {"readErrorFile", readsCatalog, false, kFiles},
+      {"execShell", [] { return zn_lib::execShell("exit 0"); }, false, kFiles},
+      {"childProcess",
+       [] { return zn_lib::childProcess("/bin/sh", "script", true) == 0 && isThere("trace"); },
+       false, kFiles},
+  };
+  for (const Opening& opening : openings) {
+    SCOPED_TRACE(opening.what);
+    const int status = statusOfChild([&] {
+      // Programs that cannot load their libraries say so.
+      dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
+      makeContents(kFiles);
+      bool succeeds;
+      {
+        const NoDescriptors none;
+        succeeds = opening.run();
+      }
+      EXPECT_EQ(succeeds, opening.succeedsWithout);
+      EXPECT_EQ(contents(), opening.leftWithout);
+      makeContents(kFiles);
+      EXPECT_TRUE(opening.run()) << "descriptors are there again";
+    });
+    EXPECT_EQ(status, 0);
+  }
+}
+
+}  // namespace

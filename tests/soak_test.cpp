@@ -1,0 +1,892 @@
+/// What adds up: settings that are saved while the process is killed, descriptors and memory over
+/// many calls, children under every handling of SIGCHLD.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <tokenizer.h>
+#include <unistd.h>
+#include <zn_datetime.h>
+#include <zn_dir.h>
+#include <zn_error.h>
+#include <zn_file.h>
+#include <zn_ip.h>
+#include <zn_output.h>
+#include <zn_platform.h>
+#include <zn_process.h>
+#include <zn_readfile.h>
+#include <zn_seqfile.h>
+#include <zn_setcfg.h>
+#include <zn_shell.h>
+#include <zn_str.h>
+#include <zn_writefile.h>
+#include <zn_xmlparser.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <new>
+#include <random>
+#include <regex>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "long_run.h"
+#include "memory_in_use.h"
+#include "temporary_files.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+class Soak : public InTemporaryDirectory {
+ protected:
+  ~Soak() override { zn_lib::setVerbose(false); }
+};
+
+// ---- Children under every handling of SIGCHLD
+
+// These come first, while the process is small and quick to copy.
+
+volatile std::sig_atomic_t reapedByHandler;
+
+void reapAll(int) {
+  const int error = errno;
+  while (waitpid(-1, nullptr, WNOHANG) > 0) reapedByHandler = reapedByHandler + 1;
+  errno = error;
+}
+
+struct Handling {
+  const char* what;
+  void (*handler)(int);
+  int flags;
+};
+
+off_t sizeOf(const char* name) {
+  struct stat status;
+  return stat(name, &status) == 0 ? status.st_size : 0;
+}
+
+/// Collects what goes wrong in a process that has no test to report to.
+class Complaints {
+ public:
+  template <class Answer>
+  void unless(bool right, const char* what, const Answer& answer) {
+    if (!right) text_ << what << ": " << answer << '\n';
+  }
+
+  std::string text() const { return text_.str(); }
+
+ private:
+  std::ostringstream text_;
+};
+
+/// Reaps this process's children when they have ended, but for those that others reap meanwhile.
+int reapTheRest() {
+  int reaped = 0;
+  for (;;) {
+    if (waitpid(-1, nullptr, 0) > 0) {
+      ++reaped;
+    } else if (errno != EINTR) {
+      return reaped;
+    }
+  }
+}
+
+bool hasNoChild() { return waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD; }
+
+/// Runs `count` children of each kind. Each program adds a byte to the file that is its argument.
+std::string complaintsAbout(const Handling& handling, const std::string& program, int count) {
+  const bool isIgnored = handling.handler == SIG_IGN;
+  Complaints complain;
+  for (int i = 0; i < count; ++i) {
+    const int answer = zn_lib::childProcess(program, "waited", true);
+    complain.unless(answer == 0, "childProcess that waits", answer);
+    complain.unless(sizeOf("waited") == i + 1, "programs that ended", sizeOf("waited"));
+    // Its child ends by itself, with a copy of what is buffered.
+    zn_lib::childProcess("/missing/program", "", true);
+  }
+  complain.unless(hasNoChild(), "after waiting", "a child was left");
+
+  for (int i = 0; i < count; ++i) {
+    const bool answer = zn_lib::execShell("printf x >> shell");
+    complain.unless(answer != isIgnored, "execShell", answer);
+  }
+  complain.unless(hasNoChild(), "after commands", "a child was left");
+  complain.unless(isIgnored || sizeOf("shell") == count, "commands that ended", sizeOf("shell"));
+
+  reapedByHandler = 0;
+  for (int i = 0; i < count; ++i) {
+    const int answer = zn_lib::childProcess(program, "unwaited", false);
+    complain.unless(answer == 0, "childProcess that does not wait", answer);
+  }
+  int reaped = reapTheRest();
+  reaped += reapedByHandler;
+  complain.unless(reaped == (isIgnored ? 0 : count), "children for the host to reap", reaped);
+  complain.unless(sizeOf("unwaited") == count, "programs that ran on", sizeOf("unwaited"));
+  return complain.text();
+}
+
+void sendTo(const char* file, int descriptor) {
+  const int target = open(file, O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  dup2(target, descriptor);
+  close(target);
+}
+
+/// The same in a process of its own, with output that is buffered all the while. Ends the process.
+[[noreturn]] void runChildren(const Handling& handling, const std::string& program, int count) {
+  constexpr unsigned int longestSeconds = 300;
+  alarm(longestSeconds);
+  sendTo("out", STDOUT_FILENO);
+  sendTo("err", STDERR_FILENO);
+  struct sigaction action {};
+  action.sa_handler = handling.handler;
+  action.sa_flags = handling.flags;
+  sigaction(SIGCHLD, &action, nullptr);
+
+  std::cout << "of the stream,";
+  std::fputs("of the file", stdout);
+  const std::string complaints = complaintsAbout(handling, program, count);
+  std::cout.flush();
+  std::fflush(stdout);
+  writeFile("complaints", complaints);
+  _exit(0);
+}
+
+TEST_F(Soak, ChildrenUnderEveryHandlingOfTheirSignal) {
+  const std::string program = directory / "program";
+  writeFile(program, "#!/bin/sh\nprintf x >> \"$1\"\n");
+  chmod(program.c_str(), 0700);
+  const int count = isLongRun() ? 250 : 25;  // of each of the four kinds
+  std::string refusals;
+  for (int i = 0; i < count; ++i) refusals += "No command processor available\n";
+
+  const Handling handlings[] = {
+      {"default", SIG_DFL, 0},
+      {"ignored", SIG_IGN, 0},
+      {"handled", reapAll, 0},
+      {"handled, calls restart", reapAll, SA_RESTART},
+  };
+  for (const Handling& handling : handlings) {
+    const Clock::time_point start = Clock::now();
+    for (const char* name : {"waited", "shell", "unwaited", "complaints"}) std::remove(name);
+    std::cout.flush();
+    std::fflush(nullptr);
+    const pid_t host = fork();
+    if (host == 0) runChildren(handling, program, count);
+    int status = -1;
+    while (waitpid(host, &status, 0) < 0 && errno == EINTR) {
+    }
+    EXPECT_EQ(status, 0) << handling.what;
+    EXPECT_TRUE(isThere("complaints")) << handling.what;
+    EXPECT_EQ(readFile("complaints"), "") << handling.what;
+    EXPECT_EQ(readFile("out"), "of the stream,of the file") << handling.what;
+    EXPECT_EQ(readFile("err"), handling.handler == SIG_IGN ? refusals : "") << handling.what;
+    std::printf("SIGCHLD %-32s %8d children %5.3f s\n", handling.what, 4 * count,
+                std::chrono::duration<double>(Clock::now() - start).count());
+  }
+}
+
+// ---- Settings, saved while the process is killed
+
+/// What a saving process tells of itself, in memory that outlives it.
+struct Progress {
+  std::atomic<long> started;  ///< the generation that was last begun to be saved
+  std::atomic<long> saved;    ///< the generation that was last saved
+  std::atomic<long> saves;
+};
+
+/// `Progress` in memory that child processes share.
+class SharedProgress {
+ public:
+  SharedProgress()
+      : memory_(mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS,
+                     -1, 0)) {
+    if (memory_ == MAP_FAILED) throw std::runtime_error("no shared memory");
+    progress_ = new (memory_) Progress{};
+  }
+  ~SharedProgress() { munmap(memory_, sizeof(Progress)); }
+  SharedProgress(const SharedProgress&) = delete;
+  SharedProgress& operator=(const SharedProgress&) = delete;
+
+  Progress* operator->() const { return progress_; }
+
+ private:
+  void* const memory_;
+  Progress* progress_;
+};
+
+/// A file of settings that all have the same value: the generation that they were saved in.
+class Series {
+ public:
+  Series(const std::string& name, int entries) : name_(name), entries_(entries) { restart(); }
+
+  /// Loads, sets and saves the next generation; false where that goes wrong.
+  bool saveNext() const {
+    zn_lib::Configuration store("SOAK", name_);
+    store.load();
+    if (generationIn(store) != progress_->saved) return false;
+    return saveNextOf(store);
+  }
+
+  /// Saves in a process of its own until that is killed; false when it ended by itself.
+  bool saveUntilKilled(std::mt19937& random) const {
+    const pid_t child = fork();
+    if (child == 0) {
+      while (saveNext()) {
+      }
+      _exit(1);
+    }
+    std::uniform_int_distribution<useconds_t> life(0, longestLife_);
+    usleep(life(random));
+    kill(child, SIGKILL);
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
+  }
+
+  /// Whether the file holds a generation as a whole, and none before the one that was last saved.
+  /// Goes on with that one; starts again where there is none.
+  bool isKept() {
+    zn_lib::Configuration store("SOAK", name_);
+    store.load();
+    const long generation = generationIn(store);
+    const bool kept = generation >= progress_->saved && generation <= progress_->started;
+    if (kept) {
+      progress_->saved = generation;
+    } else {
+      restart();
+    }
+    return kept;
+  }
+
+  /// Removes what killed saves left beside the file and its backup, and gives their number.
+  int removeLeftovers() const {
+    const std::string file = name_ + ".cfg";
+    std::vector<std::string> names;
+    zn_lib::listDir("", "^" + name_, false, names);
+    int removed = 0;
+    for (const std::string& name : names) {
+      if (name != file && name != file + "~") removed += std::filesystem::remove(name) ? 1 : 0;
+    }
+    return removed;
+  }
+
+  long saves() const { return progress_->saves; }
+
+ private:
+  static std::string keyOf(int entry) { return "key" + std::to_string(entry); }
+
+  /// The generation that `store` holds, -1 unless it is there as a whole.
+  long generationIn(zn_lib::Configuration& store) const {
+    const std::string value = store.get(keyOf(0)).value;
+    for (int i = 0; i < entries_; ++i) {
+      if (store.get(keyOf(i)).value != value) return -1;
+    }
+    const bool isStamped = store.elements.count("UPDATE") == 1;
+    const std::size_t expected = static_cast<std::size_t>(entries_) + 1;
+    return isStamped && store.elements.size() == expected ? std::atol(value.c_str()) : -1;
+  }
+
+  bool saveNextOf(zn_lib::Configuration& store) const {
+    progress_->started = progress_->saved + 1;
+    const std::string value = std::to_string(progress_->started);
+    for (int i = 0; i < entries_; ++i) store.set(keyOf(i), value);
+    if (!store.save()) return false;
+    progress_->saved = progress_->started.load();
+    ++progress_->saves;
+    return true;
+  }
+
+  /// Begins with an empty store, and finds a time in which a killed process may have saved nothing,
+  /// something or much.
+  void restart() {
+    zn_lib::Configuration store("SOAK", name_);
+    const Clock::time_point start = Clock::now();
+    EXPECT_TRUE(saveNextOf(store));
+    EXPECT_TRUE(saveNext());
+    const auto taken = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
+    longestLife_ = std::max(kUsualLife, 2 * static_cast<useconds_t>(taken.count()));
+  }
+
+  static constexpr useconds_t kUsualLife = 20000;
+
+  std::string name_;
+  int entries_;
+  SharedProgress progress_;
+  useconds_t longestLife_ = kUsualLife;
+};
+
+TEST_F(Soak, SavesThatAreKilledLoseNothing) {
+  Series series[] = {{"one", 1}, {"fifty", 50}, {"thousands", 2000}};
+  std::mt19937 random(20240305);
+  int cycles = 0, kills = 0, losses = 0, leftovers = 0;
+  const Clock::time_point end = Clock::now() + std::chrono::seconds(isLongRun() ? 600 : 2);
+  for (; Clock::now() < end; ++cycles) {
+    Series& one = series[cycles % 3];
+    kills += one.saveUntilKilled(random) ? 1 : 0;
+    losses += one.isKept() ? 0 : 1;
+    leftovers += one.removeLeftovers();
+  }
+  std::printf("cycles: %d, saves: %ld, %ld, %ld, kills: %d, losses: %d, files left beside: %d\n",
+              cycles, series[0].saves(), series[1].saves(), series[2].saves(), kills, losses,
+              leftovers);
+  EXPECT_EQ(losses, 0);
+  EXPECT_EQ(kills, cycles) << "a process ended by itself";
+  constexpr long savesOfStart = 2;
+  for (const Series& one : series) EXPECT_GT(one.saves(), savesOfStart);
+}
+
+// ---- Descriptors and memory over many calls
+
+constexpr int kDescriptors = 32;
+
+/// No more than `kDescriptors` open files in this process, for the time of a scope.
+class FewDescriptors {
+ public:
+  FewDescriptors() {
+    getrlimit(RLIMIT_NOFILE, &before_);
+    const rlimit few{kDescriptors, before_.rlim_max};
+    if (setrlimit(RLIMIT_NOFILE, &few) != 0) throw std::runtime_error("no limit");
+  }
+  ~FewDescriptors() { setrlimit(RLIMIT_NOFILE, &before_); }
+  FewDescriptors(const FewDescriptors&) = delete;
+  FewDescriptors& operator=(const FewDescriptors&) = delete;
+
+ private:
+  rlimit before_;
+};
+
+int openDescriptors() {
+  int open = 0;
+  for (int i = 0; i < kDescriptors; ++i) open += fcntl(i, F_GETFD) >= 0 ? 1 : 0;
+  return open;
+}
+
+/// Standard input that is a file, and output that goes nowhere, for the time of a scope.
+class Silence {
+ public:
+  explicit Silence(const std::string& input) {
+    redirect(STDIN_FILENO, open(input.c_str(), O_RDONLY));
+    redirect(STDOUT_FILENO, open("/dev/null", O_WRONLY));
+    redirect(STDERR_FILENO, open("/dev/null", O_WRONLY));
+  }
+  ~Silence() {
+    std::cout.flush();
+    std::fflush(nullptr);
+    for (const auto& [descriptor, copy] : before_) {
+      dup2(copy, descriptor);
+      close(copy);
+    }
+  }
+  Silence(const Silence&) = delete;
+  Silence& operator=(const Silence&) = delete;
+
+ private:
+  void redirect(int descriptor, int target) {
+    std::cout.flush();
+    std::fflush(nullptr);
+    before_.emplace_back(descriptor, dup(descriptor));
+    dup2(target, descriptor);
+    close(target);
+  }
+
+  std::vector<std::pair<int, int>> before_;
+};
+
+struct Call {
+  const char* what;
+  /// Calls and tells whether the answer is the documented one.
+  std::function<bool()> run;
+};
+
+/// Ends a series of calls at their number, or when its time is over.
+struct Length {
+  int calls;
+  std::chrono::milliseconds longest;
+};
+
+/// The bytes that an allocator may keep of a whole series of calls.
+constexpr long kSlack = 256;
+
+struct Usage {
+  int calls = 0;
+  int wrong = 0;
+  double seconds = 0.0;
+  int descriptors = 0;  ///< how many more are open afterwards
+  long bytes = 0;       ///< how many more are allocated
+};
+
+Usage repeat(const Call& call, const Length& length) {
+  Usage usage;
+  constexpr int untilAllIsWarm = 20;
+  for (int i = 0; i < untilAllIsWarm; ++i) usage.wrong += call.run() ? 0 : 1;
+  const int descriptors = openDescriptors();
+  const std::size_t bytes = bytesInUse();
+  const Clock::time_point start = Clock::now();
+  while (usage.calls < length.calls && Clock::now() - start < length.longest) {
+    usage.wrong += call.run() ? 0 : 1;
+    ++usage.calls;
+  }
+  usage.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+  usage.bytes = static_cast<long>(bytesInUse()) - static_cast<long>(bytes);
+  usage.descriptors = openDescriptors() - descriptors;
+  return usage;
+}
+
+/// Repeats each call, and expects that nothing is left of it.
+void expectNothingLeft(const std::vector<Call>& calls, const Length& length) {
+  const bool isCounted = bytesAreCounted();
+  writeFile("answer", "yes\n");
+  std::vector<Usage> usages;
+  {
+    const FewDescriptors limit;
+    const Silence silence("answer");
+    zn_lib::setVerbose(true);
+    for (const Call& call : calls) usages.push_back(repeat(call, length));
+    zn_lib::setVerbose(false);
+  }
+  for (std::size_t i = 0; i < calls.size(); ++i) {
+    const Usage& usage = usages[i];
+    std::printf("%-40s %8d calls %8.3f s\n", calls[i].what, usage.calls, usage.seconds);
+    EXPECT_EQ(usage.wrong, 0) << calls[i].what;
+    EXPECT_EQ(usage.descriptors, 0) << calls[i].what;
+    EXPECT_TRUE(!isCounted || usage.bytes <= kSlack) << calls[i].what << " left " << usage.bytes;
+  }
+  if (!isCounted) GTEST_SKIP() << "this program's allocator does not count what is in use";
+}
+
+Length lengthOf(int daily, int longRun) {
+  using std::chrono::milliseconds;
+  return isLongRun() ? Length{longRun, milliseconds(30000)} : Length{daily, milliseconds(40)};
+}
+
+TEST_F(Soak, FilesAreClosedUnderFewDescriptors) {
+  writeFile("source", "a report\n");
+  writeFile("errors.xml", "<E><ERROR><ID>1</ID><MESSAGE>one</MESSAGE></ERROR></E>");
+  writeFile("malformed.xml", "<E><ERROR></E>");
+  writeFile("first", "renamed");
+  std::filesystem::create_directory("from");
+  std::filesystem::create_directory("to");
+  writeFile("from/one", "1");
+  writeFile("from/two", "2");
+  writeFile("kept", "backed up");
+  std::string oldName = "first", newName = "second", name = "source", written = "written";
+  std::string from = "from", to = "to";
+  std::map<int, std::string, zn_lib::error_order> catalog;
+  zn_lib::Configuration saved("SOAK", "saved");
+  saved.set("key", "value");
+  ASSERT_TRUE(saved.save());
+  zn_lib::Configuration inPlace("SOAK", "in-place");
+  inPlace.backup = false;
+  inPlace.set("key", "value");
+  zn_lib::Configuration lost("SOAK", "lost");
+  lost.path = "missing";
+  const auto listed = [](const std::string& dir, const std::string& filter) {
+    std::vector<std::string> names;
+    return zn_lib::listDir(dir, filter, true, names);
+  };
+
+  expectNothingLeft(
+      {
+          {"fileCopy", [] { return zn_lib::fileCopy("source", "copy", true); }},
+          {"fileCopy of a directory", [] { return zn_lib::fileCopy("from", "copy", true); }},
+          {"fileCopy to nowhere", [] { return zn_lib::fileCopy("source", "missing/a", true); }},
+          {"fileRename",
+           [&] {
+             oldName.swap(newName);
+             return zn_lib::fileRename(newName, oldName, false);
+           }},
+          {"fileRename to nowhere", [] { return !zn_lib::fileRename("source", "no/a", true); }},
+          {"createBackup",
+           [] { return zn_lib::createBackup("kept") && std::rename("kept~", "kept") == 0; }},
+          {"hexDump", [] { return zn_lib::hexDump("source", 16); }},
+          {"hexDump of a directory", [] { return zn_lib::hexDump("from", 16); }},
+          {"listDir", [&] { return listed("from", "\\.txt$"); }},
+          {"listDir by the engine", [&] { return listed("from", "o.*e"); }},
+          {"listDir of subdirectories", [&] { return listed("", "<dir>"); }},
+          {"listDir of nothing", [&] { return !listed("missing", ""); }},
+          {"listDir by a malformed filter", [&] { return !listed("from", "("); }},
+          {"copyDir",
+           [&] {
+             std::remove("to/one");
+             return zn_lib::copyDir(from, to) && isThere("to/one");
+           }},
+          {"createDir", [] { return zn_lib::createDir("new") && rmdir("new") == 0; }},
+          {"sequentialFile",
+           [] {
+             std::string numbered = "from/one";
+             zn_lib::sequentialFile(numbered);
+             return numbered == "from/one-1.";
+           }},
+          {"sequentialFile by a malformed base",
+           [] {
+             std::string numbered = "from/(";
+             zn_lib::sequentialFile(numbered);
+             return numbered == "from/(";
+           }},
+          {"ReadFile",
+           [&] {
+             zn_lib::ReadFile in;
+             in.setFileName(name);
+             std::string word;
+             const bool opened = in.fileOpen();
+             in.file >> word;
+             in.fileClose();
+             return opened && word == "a";
+           }},
+          {"ReadFile::cat, left open",
+           [&] {
+             zn_lib::ReadFile in;
+             in.setFileName(name);
+             return in.fileOpen() && in.cat();
+           }},
+          {"WriteFile",
+           [&] {
+             zn_lib::WriteFile out;
+             out.setFileName(written);
+             const bool opened = out.fileOpen();
+             out.file << "text\n";
+             out.fileClose();
+             return opened && !out.file.fail();
+           }},
+          {"WriteFile, left open and opened twice",
+           [&] {
+             zn_lib::WriteFile out;
+             out.setFileName(written);
+             return out.fileOpen() && out.fileOpen();
+           }},
+          {"Configuration::load",
+           [] {
+             zn_lib::Configuration store("SOAK", "saved");
+             return store.load() && store.get("key").value == "value";
+           }},
+          {"Configuration::load into settings", [&] { return saved.load(); }},
+          {"Configuration::save", [&] { return saved.save(); }},
+          {"Configuration::save in place", [&] { return inPlace.save(); }},
+          {"Configuration::save to nowhere", [&] { return !lost.save(); }},
+          {"Configuration's destructor",
+           [] {
+             {
+               zn_lib::Configuration store("SOAK", "dropped");
+               store.set("key", "value");
+             }
+             return std::remove("dropped.cfg") == 0;
+           }},
+          {"Configuration::listConfiguration",
+           [&] {
+             saved.listConfiguration();
+             return true;
+           }},
+          {"readErrorFile",
+           [&] { return zn_lib::readErrorFile("errors.xml", catalog) && catalog.size() == 1; }},
+          {"readErrorFile of a malformed file",
+           [&] { return zn_lib::readErrorFile("malformed.xml", catalog); }},
+          {"readErrorFile of a directory", [&] { return zn_lib::readErrorFile("from", catalog); }},
+          {"ReadXml::parseFile",
+           [&] {
+             zn_lib::ReadXml<zn_lib::ErrorEvent> reader;
+             reader.setFileName(name);
+             return reader.parseFile();
+           }},
+      },
+      lengthOf(2000, 100000));
+}
+
+TEST_F(Soak, ProcessesLeaveNothing) {
+  expectNothingLeft(
+      {
+          {"childProcess, waited for",
+           [] { return zn_lib::childProcess("/bin/true", "", true) == 0; }},
+          {"childProcess, reaped by the host",
+           [] {
+             return zn_lib::childProcess("/bin/true", "", false) == 0 &&
+                    waitpid(-1, nullptr, 0) > 0;
+           }},
+          {"execShell", [] { return zn_lib::execShell("exit 3"); }},
+      },
+      isLongRun() ? Length{2000, std::chrono::milliseconds(60000)}
+                  : Length{50, std::chrono::milliseconds(1000)});
+}
+
+class Outline final : public XMLEvtHandler {
+ public:
+  void OnStartElement(const XML_Char* name, const XML_Char**) override { names += name; }
+  std::string names;
+};
+
+/// Whether a parser takes `document` for well-formed.
+bool isParsed(const std::string& document) {
+  Outline outline;
+  XMLParser parser(&outline);
+  parser.Create("UTF-8", "|");
+  parser.EnableStartElementHandler(true);
+  const bool parsed = parser.Parse(document.c_str(), true);
+  parser.Destroy();
+  return parsed && outline.names == "ab";
+}
+
+/// Whether `run` throws a `Failure`.
+template <class Failure, class Run>
+bool throws(Run run) {
+  try {
+    run();
+    return false;
+  } catch (const Failure&) {
+    return true;
+  }
+}
+
+/// A call whose answer is `expected`, always.
+template <class Answer, class Run>
+Call equal(const char* what, const Answer& expected, Run run) {
+  return {what, [expected, run] { return run() == expected; }};
+}
+
+/// A call that answers nothing but in its effects.
+template <class Run>
+Call silent(const char* what, Run run) {
+  return {what, [run] {
+            run();
+            return true;
+          }};
+}
+
+/// Longer than the texts that a string keeps in itself.
+const std::string kText = "  A text that is long enough for memory of its own, 'quoted'.  ";
+const std::string kTrimmed = kText.substr(2, kText.size() - 4);
+constexpr unsigned long long kJulian = 212576407629000;
+
+std::vector<Call> stringCalls() {
+  using namespace zn_lib;
+  const std::string fifty(50, 'x');
+  return {
+      equal("leftTrim", kTrimmed + "  ", [] { return leftTrim(kText); }),
+      equal("rightTrim", "  " + kTrimmed, [] { return rightTrim(kText); }),
+      equal("allTrim", kTrimmed, [] { return allTrim(kText); }),
+      equal("stringToUpper", stringToUpper(kText), [] { return stringToUpper(kText); }),
+      equal("stringToLower", stringToLower(kText), [] { return stringToLower(kText); }),
+      equal("rightPad", std::string(98, '.') + "ab", [] { return rightPad("ab", 100, '.'); }),
+      equal("leftPad", "ab" + std::string(98, '.'), [] { return leftPad("ab", 100, '.'); }),
+      equal("stringToBool", true, [] { return stringToBool("True"); }),
+      equal("stringToDouble", 2000.0, [] { return stringToDouble("  2e3x"); }),
+      {"stringToDouble of no number", [] { return stringToDouble("x") != stringToDouble("x"); }},
+      equal("isNumber", true, [] { return isNumber("-1,234.56"); }),
+      equal("percentString", std::string("33.33%"), [] { return percentString(1, 3, 2); }),
+      equal("replicateChar", fifty, [] { return replicateChar('x', 50); }),
+      {"replicateChar of a negative count",
+       [] { return throws<std::length_error>([] { replicateChar('x', -1); }); }},
+      equal("replicateString", fifty, [] { return replicateString("xxxxx", 10); }),
+      equal("replaceChar", fifty, [fifty] { return replaceChar(fifty, 'y', 'z'); }),
+      equal("removeChar", fifty, [fifty] { return removeChar(fifty + "y", 'y'); }),
+      equal("removeQuotes", fifty, [fifty] { return removeQuotes("'" + fifty + "'"); }),
+      equal("inQuotes", "'" + fifty + "'", [fifty] { return inQuotes(fifty, '\''); }),
+      equal("replaceString", "y" + fifty, [fifty] { return replaceString(fifty, "", "y"); }),
+      equal("findStrings", true,
+            [fifty] {
+              return findStrings(fifty, {kText, "xx"});
+            }),
+  };
+}
+
+std::vector<Call> tokenCalls() {
+  using zn_lib::Tokenizer;
+  return {
+      equal("Tokenizer::split", 13U, [] { return Tokenizer().split(kTrimmed, " ,"); }),
+      equal("Tokenizer's constructor", 13U, [] { return Tokenizer(kTrimmed, " ,").tokens.size(); }),
+      equal("Tokenizer::split by the engine", 13U,
+            [] { return Tokenizer().split(kTrimmed, R"( \,)"); }),
+      {"Tokenizer::split at a malformed set",
+       [] { return throws<std::regex_error>([] { Tokenizer().split(kText, "z-a"); }); }},
+      equal("Tokenizer::splitMulti", 2U, [] { return Tokenizer().splitMulti(kTrimmed, "long "); }),
+      equal("Tokenizer::splitMulti by the engine", 12U,
+            [] { return Tokenizer().splitMulti(kTrimmed, ",? "); }),
+      {"Tokenizer::splitMulti at a malformed pattern",
+       [] { return throws<std::regex_error>([] { Tokenizer().splitMulti(kText, "("); }); }},
+      equal("Tokenizer::sortTokens and getToken", std::string("A"),
+            [] {
+              Tokenizer tokenizer(kTrimmed, " ");
+              tokenizer.sortTokens();
+              return tokenizer.getToken(1).substr(0, 1);
+            }),
+      {"operator<<",
+       [] {
+         std::ostringstream out;
+         zn_lib::operator<<(out, kText) << zn_lib::setHexadecimal << 31;
+         return out.str().size() > kText.size();
+       }},
+  };
+}
+
+std::vector<Call> nameCalls() {
+  using namespace zn_lib;
+  const std::string base(40, 'n');
+  return {
+      {"splitFileName",
+       [base] {
+         std::string name = "dir\\" + base + ".txt";
+         const name_of_file parts = splitFileName(name);
+         return parts.name == base && parts.extension == "txt";
+       }},
+      {"stripExtension",
+       [base] {
+         std::string name = base + ".txt";
+         return stripExtension(name) == base;
+       }},
+      {"createFileName",
+       [base] { return createFileName("dir", base, "txt") == "dir/" + base + ".txt"; }},
+      {"addEndSlash",
+       [base] {
+         std::string dir = base;
+         addEndSlash(dir);
+         return dir == base + "/";
+       }},
+      {"checkHomePath",
+       [base] {
+         std::string name = " ~/" + base;
+         checkHomePath(name);
+         return name.front() != ' ';
+       }},
+      {"FileName::getFileName",
+       [base] {
+         ReadFile file;
+         std::string name = "dir/" + base + ".txt";
+         file.setFileName(name);
+         return file.getFileName() == name;
+       }},
+  };
+}
+
+std::vector<Call> xmlCalls() {
+  return {
+      equal("XMLParser", true, [] { return isParsed("<a xmlns:n='urn:n'><b k='v'>t</b></a>"); }),
+      equal("XMLParser of a malformed document", false, [] { return isParsed("<a><b></a>"); }),
+      {"XMLParser, created twice and destroyed with the object",
+       [] {
+         Outline outline;
+         XMLParser parser(&outline);
+         return parser.Create(nullptr, nullptr) && parser.Create("UTF-8", nullptr) &&
+                parser.GetBuffer(100000) != nullptr;
+       }},
+  };
+}
+
+std::vector<Call> dateCalls() {
+  using namespace zn_lib;
+  return {
+      equal("dateToJulian", kJulian, [] { return dateToJulian("2024-03-05T14:07:09"); }),
+      {"parseISOdate",
+       [] {
+         date_time_record date;
+         parseISOdate("20240305T1407", date);
+         return date.year == 2024;
+       }},
+      equal("isValidISOdate", false, [] { return isValidISOdate("2024-02-30"); }),
+      equal("dateToISO", std::string("2024-03-05 14:07"),
+            [] { return dateToISO("05 March 2024 14:07"); }),
+      equal("julianToISO", std::string("2024-03-05 14:07:09"), [] { return julianToISO(kJulian); }),
+      equal("julianToYYYYMMDD", std::string("20240305"), [] { return julianToYYYYMMDD(kJulian); }),
+      equal("formatJulianDate", std::string("2024-03-05 14:07:09"),
+            [] { return formatJulianDate(kJulian); }),
+      equal("getMonthNumber", 9, [] { return getMonthNumber("Sepulchre"); }),
+      equal("getMonthName", std::string("September"), [] { return getMonthName(9, false); }),
+      equal("hourFormat", std::string("07:30"), [] { return hourFormat(7.5); }),
+      silent("getToday",
+             [] {
+               date_time_record today;
+               getToday(today);
+             }),
+      equal("getTodayAsISO", 19U, [] { return getTodayAsISO().size(); }),
+  };
+}
+
+std::vector<Call> settingsCalls() {
+  using zn_lib::Configuration;
+  return {
+      {"Configuration::set and get",
+       [] {
+         Configuration store("SOAK", "store");
+         store.set(" key ", kText);
+         store.set("typed", "TEXT", kText, kText);
+         store.changed = false;
+         return store.get("key").value == kText && store.get("typed").describe == kText;
+       }},
+      {"showErrorMessage and showErrorList",
+       [] {
+         std::map<int, std::string, zn_lib::error_order> catalog{{1, kText}};
+         zn_lib::showErrorMessage(catalog, 2);
+         zn_lib::showErrorList(catalog);
+         return catalog.size() == 2;
+       }},
+      silent("systemError", [] { zn_lib::systemError(); }),
+  };
+}
+
+std::vector<Call> addressAndPlatformCalls() {
+  using namespace zn_lib;
+  return {
+      {"IPv4", [] { return IPv4().set("10.20.0.0") && !IPv4().set("127.0.0.1"); }},
+      equal("IPv4::text", std::string("0.0.0.0"), [] { return IPv4().text(); }),
+      {"IPv4::textToBlocks of no number",
+       [] { return throws<std::invalid_argument>([] { IPv4().textToBlocks("1.x.2.3"); }); }},
+      {"IPv6",
+       [] {
+         IPv6 address;
+         const std::string text = "1111:2222:3333:4444:5555:6666:7777:8888";
+         return address.set(text) && address.text() == text && !address.set("x");
+       }},
+      equal("platformInfo", true, [] { return platformInfo(); }),
+      equal("getOSName", getOSName(), [] { return getOSName(); }),
+      equal("getOSRelease", getOSRelease(), [] { return getOSRelease(); }),
+  };
+}
+
+std::vector<Call> outputCalls() {
+  using namespace zn_lib;
+  const auto fromTheStart = [](auto prompt) {
+    return [prompt] {
+      std::rewind(stdin);
+      return prompt();
+    };
+  };
+  return {
+      silent("display", [] { display(kText); }),
+      silent("message", [] { message(kText); }),
+      silent("errorMessage", [] { errorMessage(kText); }),
+      silent("debugMessage", [] { debugMessage(kText); }),
+      silent("processTitle", [] { processTitle(kText); }),
+      {"pauseKey", fromTheStart([] {
+         pauseKey();
+         return true;
+       })},
+      {"more", fromTheStart([] { return more(); })},
+      {"yesOrNo", fromTheStart([] { return yesOrNo(kText); })},
+  };
+}
+
+TEST_F(Soak, MemoryIsFreed) {
+  zn_lib::defaultDateTimeFormat();
+  std::vector<Call> all;
+  for (const auto& family : {stringCalls, tokenCalls, nameCalls, xmlCalls, dateCalls, settingsCalls,
+                             addressAndPlatformCalls, outputCalls}) {
+    for (Call& call : family()) all.push_back(std::move(call));
+  }
+  expectNothingLeft(all, lengthOf(20000, 1000000));
+}
+
+}  // namespace
