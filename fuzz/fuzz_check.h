@@ -2,6 +2,7 @@
 #ifndef FUZZ_CHECK_H
 #define FUZZ_CHECK_H
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
@@ -15,6 +16,18 @@ namespace fuzz {
 /// Texts up to this length are given to the standard library's engine, which recurses once a
 /// character and may take time that grows exponentially.
 constexpr std::size_t kShortText = 48;
+
+/// A pattern of the input's may be ambiguous: it is shorter still, and so are texts for it.
+constexpr std::size_t kShortForPattern = 12;
+
+/// Whether the engine can be given `pattern`: a counted repetition makes it recurse whatever the
+/// text, and each repetition of a repetition multiplies its time by the text's length.
+inline bool isForEngine(const std::string& pattern) {
+  constexpr long mostRepetitions = 2;
+  return pattern.size() <= kShortForPattern && pattern.find('{') == std::string::npos &&
+         std::count_if(pattern.begin(), pattern.end(),
+                       [](char c) { return c == '*' || c == '+' || c == '?'; }) <= mostRepetitions;
+}
 
 inline std::string shown(const std::string& text) {
   std::string quoted = "\"";

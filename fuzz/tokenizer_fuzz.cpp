@@ -18,13 +18,8 @@ namespace {
 using Tokens = std::vector<std::string>;
 using Split = std::function<std::size_t(zn_lib::Tokenizer&, const std::string& text)>;
 
-/// A caller's pattern may be ambiguous: texts for it are shorter still. A counted repetition makes
-/// the engine recurse whatever the text.
-constexpr std::size_t kShortForPattern = 12;
-
 bool isForEngine(const std::string& text, const std::string& pattern) {
-  return text.size() <= kShortForPattern && pattern.size() <= kShortForPattern &&
-         pattern.find('{') == std::string::npos;
+  return text.size() <= fuzz::kShortForPattern && fuzz::isForEngine(pattern);
 }
 
 /// The texts between delimiters of `width` bytes; `find` gives where the next one is.

@@ -20,8 +20,6 @@ namespace {
 
 using fuzz::expectSame;
 
-constexpr std::size_t kShortForPattern = 12;
-
 const std::regex lastExt("(.+)[\\.](.+)$");
 const std::regex fileSplit("(.+[\\/])?(.+)");
 const std::regex fileseq("(.+)[-](\\d+)?");
@@ -94,11 +92,6 @@ bool isPlain(const std::string& base) {
   return base.find_first_of("^$\\.*+?()[]{}|\0"s) == std::string::npos;
 }
 
-/// A base is a caller's pattern. What may take the engine long, or its stack, is left out.
-bool isForEngine(const std::string& base) {
-  return base.size() <= kShortForPattern && base.find('{') == std::string::npos;
-}
-
 /// Those of `entries`, the names in `dir`, that a listing with the filter `base` gives.
 std::vector<std::string> selected(const std::vector<std::string>& entries, const std::string& dir,
                                   const std::string& base) {
@@ -147,7 +140,7 @@ void sequence(const std::string& tail, const fuzz::TemporaryDirectory& directory
   if (name.find('\0') != std::string::npos) return;
   const std::string stem = reference::beforeNumber(parts.name);
   const std::string base = stem.empty() ? parts.name : stem;
-  if (!isPlain(base) && !isForEngine(base)) return;
+  if (!isPlain(base) && !fuzz::isForEngine(base)) return;
   const std::string expected = numbered(name);
   zn_lib::sequentialFile(name);
   expectSame("sequentialFile", name, expected);
