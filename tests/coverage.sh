@@ -6,12 +6,13 @@ cd "$(dirname "$0")/.."
 cmake --preset coverage
 cmake --build --preset coverage
 find build/coverage -name '*.gcda' -delete
-ctest --preset coverage
+# That one tells whether _exit() writes what is buffered; the counting one does.
+GTEST_FILTER=-Process.EndsTheCallerWhenNoChildCanBeCreated ctest --preset coverage
 report() { # report OPTION...: no branches that only an exception takes, since nearly every call has one
   gcovr --root . --filter src/udf --filter include --exclude-throw-branches --exclude-unreachable-branches "$@" \
     build/coverage
 }
-report --txt
-report --branches --txt
+report
+report --branches
 report --html-details build/coverage/coverage.html
 echo "Line by line: build/coverage/coverage.html"

@@ -363,6 +363,7 @@ TEST_F(DateTime, DateToJulianDays) {
   EXPECT_DOUBLE_EQ(days(2000, 1, 1, 0, 0, 43.2), 2451544.5 + 0.0005);
   EXPECT_EQ(days(1582, 10, 4, 12), 2299160.0);
   EXPECT_EQ(days(1582, 10, 15, 0), 2299170.5) << "still the Julian calendar";
+  EXPECT_EQ(days(1582, 7, 1, 0), 2299064.5);
   EXPECT_NEAR(days(1582, 10, 15, 0, 0, 0.001), 2299160.5, 1e-6)
       << "Gregorian from the first instant after it";
   EXPECT_EQ(days(1582, 11, 1, 0), 2299177.5);

@@ -562,6 +562,24 @@ TEST_F(Settings, LongNamesAreWrittenInPlace) {
   EXPECT_EQ(entriesHere(), 2u);
 }
 
+TEST_F(Settings, NamesBesideTheFileMayBeTaken) {
+  const std::string beside = "config.xml." + std::to_string(getpid()) + "-";
+  constexpr int tries = 100;
+  for (const int taken : {1, tries - 1, tries}) {
+    for (int i = 0; i < taken; ++i) writeFile(beside + std::to_string(i), "another's");
+    const std::string before = readFile("config.xml");
+    Configuration store;
+    store.set("taken", std::to_string(taken));
+    EXPECT_TRUE(store.save());
+    EXPECT_EQ(loaded(readFile("config.xml")).at("taken").value, std::to_string(taken));
+    EXPECT_EQ(readFile("config.xml~"), before);
+    for (int i = 0; i < taken; ++i) {
+      EXPECT_EQ(readFile(beside + std::to_string(i)), "another's");
+      std::filesystem::remove(beside + std::to_string(i));
+    }
+  }
+}
+
 // ---- Nothing is lost
 
 /// Runs `run` in a child, killed as it enters its `number`th system call. False when it ended

@@ -37,19 +37,19 @@ struct Stem {
   std::string_view extension;  ///< empty when there is none
 };
 
-/// As the pattern splits a name without a line break.
-Stem splitExtension(std::string_view name) {
-  const std::size_t dot = lastInside(name, '.');
+/// The name cut at the dot there; whole where there is none.
+Stem cutAt(std::size_t dot, std::string_view name) {
   if (dot == std::string_view::npos) return {name, ""};
   return {name.substr(0, dot), name.substr(dot + 1)};
 }
 
+/// As the pattern splits a name without a line break.
+Stem splitExtension(std::string_view name) { return cutAt(lastInside(name, '.'), name); }
+
 Stem matchExtension(const std::string& name) {
   std::smatch match;
-  if (name.size() > kLongestForEngine || !std::regex_match(name, match, lastExt)) return {name, ""};
-  const std::string_view text = name;
-  const auto dot = static_cast<std::size_t>(match.length(1));
-  return {text.substr(0, dot), text.substr(dot + 1)};
+  const bool isMatch = name.size() <= kLongestForEngine && std::regex_match(name, match, lastExt);
+  return cutAt(isMatch ? static_cast<std::size_t>(match.length(1)) : std::string::npos, name);
 }
 
 /// For any name. One with a line break matches neither pattern, since "." takes all bytes but
@@ -58,8 +58,8 @@ name_of_file matchFileName(const std::string& name) {
   const Stem parts = matchExtension(name);
   const std::string stem(parts.stem);
   std::smatch match;
-  if (stem.size() > kLongestForEngine || !std::regex_match(stem, match, fileSplit)) return {};
-  return {match[1], match[2], std::string(parts.extension)};
+  const bool isMatch = stem.size() <= kLongestForEngine && std::regex_match(stem, match, fileSplit);
+  return isMatch ? name_of_file{match[1], match[2], std::string(parts.extension)} : name_of_file();
 }
 
 void useSlashes(std::string& name) { std::replace(name.begin(), name.end(), '\\', '/'); }

@@ -20,8 +20,8 @@ const Pattern fileseq = compilePattern("(.+)[-](\\d+)?");
 std::optional<std::string> beforeNumber(const std::string& name) {
   if (hasLineBreak(name)) {
     std::smatch match;
-    if (name.size() > kLongestForEngine || !std::regex_match(name, match, fileseq)) return {};
-    return match[1];
+    const bool isMatch = name.size() <= kLongestForEngine && std::regex_match(name, match, fileseq);
+    return isMatch ? std::optional<std::string>(match[1]) : std::nullopt;
   }
   const auto hyphen = std::find_if_not(name.rbegin(), name.rend(), isDigit);
   if (hyphen == name.rend() || *hyphen != '-' || hyphen + 1 == name.rend()) return {};
