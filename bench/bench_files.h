@@ -4,6 +4,10 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -31,6 +35,52 @@ class TemporaryDirectory {
  private:
   std::filesystem::path path_;
 };
+
+/// A directory of empty files. Half of the names end in ".txt", the others in ".csv".
+class FullDirectory : public TemporaryDirectory {
+ public:
+  explicit FullDirectory(std::size_t files) {
+    for (std::size_t i = 0; i < files; ++i) std::ofstream(file(nameOf(i)));
+  }
+
+  static std::string nameOf(std::size_t i) {
+    return "measurement_" + std::to_string(i) + (i % 2 == 0 ? ".txt" : ".csv");
+  }
+};
+
+/// One object for each size, made when it is first asked for: what is not run is not made.
+template <class Object>
+class MadeOnce {
+ public:
+  const Object& operator()(std::size_t size) {
+    std::unique_ptr<Object>& object = objects_[size];
+    if (object == nullptr) object = std::make_unique<Object>(size);
+    return *object;
+  }
+
+ private:
+  std::map<std::size_t, std::unique_ptr<Object>> objects_;
+};
+
+/// Writes `bytes` to `file`, in place of what it held.
+inline void writeFile(const std::string& file, const std::string& bytes) {
+  std::ofstream(file, std::ios_base::binary) << bytes;
+}
+
+inline std::string bytesOf(const std::string& file) {
+  std::ifstream in(file, std::ios_base::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+/// `bytes` bytes in lines of 64 characters, the line feed among them.
+inline std::string linesOf(std::size_t bytes) {
+  const std::string line = "a line of text, as long as the lines of a log file commonly are\n";
+  std::string text;
+  text.reserve(bytes + line.size());
+  while (text.size() < bytes) text += line;
+  text.resize(bytes);
+  return text;
+}
 
 }  // namespace bench
 

@@ -1,5 +1,6 @@
 /// Dates: reading, writing and the calendar's arithmetic, against the C library, the pattern that
-/// defines an ISO 8601 text, and libraries made for calendars.
+/// defines an ISO 8601 text, libraries made for calendars and for formatting, and arithmetic on
+/// fields whose places are known.
 #include <zn_datetime.h>
 
 #include <array>
@@ -15,6 +16,9 @@
 #endif
 #ifdef ZN_UDF_HAVE_DATE
 #include <date/date.h>
+#endif
+#ifdef ZN_UDF_HAVE_FMT
+#include <fmt/chrono.h>
 #endif
 
 namespace {
@@ -39,12 +43,105 @@ std::string formatted(const char* format, const std::tm& parts) {
   return {buffer.data(), length};
 }
 
+// ---- Limits: every field at its place, and nothing checked
+
+unsigned short twoDigits(const char* text) {
+  return static_cast<unsigned short>((text[0] - '0') * 10 + (text[1] - '0'));
+}
+
+zn_lib::date_time_record recordAtPlaces(const std::string& text) {
+  const char* const t = text.c_str();
+  const auto year = static_cast<unsigned short>(twoDigits(t) * 100 + twoDigits(t + 2));
+  return {twoDigits(t + 8),  twoDigits(t + 5),  year,
+          twoDigits(t + 11), twoDigits(t + 14), static_cast<double>(twoDigits(t + 17))};
+}
+
+void putTwoDigits(char* text, int number) {
+  text[0] = static_cast<char>('0' + number / 10);
+  text[1] = static_cast<char>('0' + number % 10);
+}
+
+std::string isoAtPlaces(const std::tm& parts) {
+  std::string text = "0000-00-00 00:00:00";
+  const int year = parts.tm_year + 1900;
+  putTwoDigits(&text[0], year / 100);
+  putTwoDigits(&text[2], year % 100);
+  putTwoDigits(&text[5], parts.tm_mon + 1);
+  putTwoDigits(&text[8], parts.tm_mday);
+  putTwoDigits(&text[11], parts.tm_hour);
+  putTwoDigits(&text[14], parts.tm_min);
+  putTwoDigits(&text[17], parts.tm_sec);
+  return text;
+}
+
+std::string namedMonthAtPlaces(const std::tm& parts) {
+  constexpr const char* months = "JanFebMarAprMayJunJulAugSepOctNovDec";
+  std::string text = "00/   /0000 00:00:00";
+  const int year = parts.tm_year + 1900;
+  putTwoDigits(&text[0], parts.tm_mday);
+  text.replace(3, 3, months + 3 * parts.tm_mon, 3);
+  putTwoDigits(&text[7], year / 100);
+  putTwoDigits(&text[9], year % 100);
+  putTwoDigits(&text[12], parts.tm_hour);
+  putTwoDigits(&text[15], parts.tm_min);
+  putTwoDigits(&text[18], parts.tm_sec);
+  return text;
+}
+
+// Years that begin in March have their leap day at the end.
+constexpr long kDaysIn400Years = 146097;
+constexpr long kDaysIn153DaysOf5Months = 153;
+
+unsigned long long julianOfFields(const zn_lib::date_time_record& record) {
+  constexpr long dayOfMarch0000 = 1721119;
+  constexpr unsigned long long millisecondsPerDay = 86400000;
+  const long month = (record.month + 9) % 12;
+  const long year = record.year - (month >= 10 ? 1 : 0);
+  const long days = 365 * year + year / 4 - year / 100 + year / 400 +
+                    (kDaysIn153DaysOf5Months * month + 2) / 5 + record.day - 1 + dayOfMarch0000;
+  const unsigned long long minutes = record.hour * 60ULL + record.minute;
+  return static_cast<unsigned long long>(days) * millisecondsPerDay + millisecondsPerDay / 2 +
+         minutes * 60000 + static_cast<unsigned long long>(record.second * 1000.0);
+}
+
+zn_lib::date_time_record fieldsOfUnixTime(std::time_t time) {
+  constexpr long daysBefore1970 = 719468;
+  const long days = time / 86400 + daysBefore1970;
+  const long seconds = time % 86400;
+  const long dayOfEra = days % kDaysIn400Years;
+  const long yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+  const long dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+  const long month = (5 * dayOfYear + 2) / kDaysIn153DaysOf5Months;
+  const long year = days / kDaysIn400Years * 400 + yearOfEra + (month >= 10 ? 1 : 0);
+  return {static_cast<unsigned short>(dayOfYear - (kDaysIn153DaysOf5Months * month + 2) / 5 + 1),
+          static_cast<unsigned short>(month < 10 ? month + 3 : month - 9),
+          static_cast<unsigned short>(year),
+          static_cast<unsigned short>(seconds / 3600),
+          static_cast<unsigned short>(seconds / 60 % 60),
+          static_cast<double>(seconds % 60)};
+}
+
+std::tm brokenDownByHand(std::time_t time) {
+  const zn_lib::date_time_record record = fieldsOfUnixTime(time);
+  std::tm parts{};
+  parts.tm_year = record.year - 1900;
+  parts.tm_mon = record.month - 1;
+  parts.tm_mday = record.day;
+  parts.tm_hour = record.hour;
+  parts.tm_min = record.minute;
+  parts.tm_sec = static_cast<int>(record.second);
+  return parts;
+}
+
+// ---- Rows
+
 void addParsingRows(const std::string& name, const std::string& text) {
   addRow(name + "/zn_udf", text, [](const std::string& t) {
     zn_lib::date_time_record record;
     zn_lib::parseISOdate(t, record);
     return record;
   });
+  addRow(name + "/limit:hand_loop", text, recordAtPlaces);
   addRow(name + "/strptime", text, [](const std::string& t) {
     std::tm parts{};
     strptime(t.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
@@ -60,7 +157,7 @@ void addParsingRows(const std::string& name, const std::string& text) {
 
 void addReadingRows() {
   addParsingRows("parseISOdate", "2024-03-05T14:07:09");
-  addParsingRows("parseISOdate_refused", "2024/03/05");
+  addParsingRows("parseISOdate_refused", "2024/03/05T14:07:09");
 
   const std::string dayFirst = "5 March 2024 14:07:09";
   addRow("dateToISO/zn_udf", dayFirst, [](const std::string& t) { return zn_lib::dateToISO(t); });
@@ -69,24 +166,42 @@ void addReadingRows() {
     strptime(t.c_str(), "%d %B %Y %H:%M:%S", &parts);
     return formatted(kIsoFormat, parts);
   });
+  addRow("dateToISO/limit:hand_loop", brokenDown(kUnixTime), isoAtPlaces);
 }
+
+#ifdef ZN_UDF_HAVE_FMT
+/// It breaks the instant down by gmtime_r.
+template <class Format>
+void addFmtRow(const std::string& name, Format format) {
+  const auto instant = std::chrono::system_clock::from_time_t(kUnixTime);
+  addRow(name + "/fmt", std::chrono::time_point_cast<std::chrono::seconds>(instant), format);
+}
+#endif
 
 void addWritingRows() {
   addRow("julianToISO/zn_udf", kJulian,
          [](unsigned long long julian) { return zn_lib::julianToISO(julian); });
-  addRow("julianToISO/strftime", brokenDown(kUnixTime),
-         [](const std::tm& parts) { return formatted(kIsoFormat, parts); });
+  addRow("julianToISO/limit:hand_loop", kUnixTime,
+         [](std::time_t time) { return isoAtPlaces(brokenDownByHand(time)); });
   addRow("julianToISO/gmtime_r_strftime", kUnixTime,
          [](std::time_t time) { return formatted(kIsoFormat, brokenDown(time)); });
+#ifdef ZN_UDF_HAVE_FMT
+  addFmtRow("julianToISO",
+            [](const auto& instant) { return fmt::format("{:%Y-%m-%d %H:%M:%S}", instant); });
+#endif
 
   const zn_lib::date_time_set named = {
       zn_lib::DAY_MONTH_YEAR, zn_lib::MONTH_SHORT_NAME, '/', ' ', ':', true};
   addRow("formatJulianDate/zn_udf", kJulian,
          [named](unsigned long long julian) { return zn_lib::formatJulianDate(julian, named); });
-  addRow("formatJulianDate/strftime", brokenDown(kUnixTime),
-         [](const std::tm& parts) { return formatted(kNamedMonthFormat, parts); });
+  addRow("formatJulianDate/limit:hand_loop", kUnixTime,
+         [](std::time_t time) { return namedMonthAtPlaces(brokenDownByHand(time)); });
   addRow("formatJulianDate/gmtime_r_strftime", kUnixTime,
          [](std::time_t time) { return formatted(kNamedMonthFormat, brokenDown(time)); });
+#ifdef ZN_UDF_HAVE_FMT
+  addFmtRow("formatJulianDate",
+            [](const auto& instant) { return fmt::format("{:%d/%b/%Y %H:%M:%S}", instant); });
+#endif
 }
 
 #ifdef ZN_UDF_HAVE_DATE
@@ -128,6 +243,7 @@ zn_lib::date_time_record toRecord(absl::CivilSecond instant) {
 void addCalendarRows() {
   addRow("dateToJulian/zn_udf", kRecord,
          [](zn_lib::date_time_record& record) { return zn_lib::dateToJulian(record); });
+  addRow("dateToJulian/limit:hand_loop", kRecord, julianOfFields);
 #ifdef ZN_UDF_HAVE_DATE
   addRow("dateToJulian/date", kRecord,
          [](const zn_lib::date_time_record& record) { return toInstant(record); });
@@ -142,6 +258,7 @@ void addCalendarRows() {
 
   addRow("julianToDate/zn_udf", kJulian,
          [](unsigned long long julian) { return zn_lib::julianToDate(julian); });
+  addRow("julianToDate/limit:hand_loop", kUnixTime, fieldsOfUnixTime);
 #ifdef ZN_UDF_HAVE_DATE
   addRow("julianToDate/date", Milliseconds(std::chrono::seconds(kUnixTime)),
          [](Milliseconds instant) { return toRecord(instant); });

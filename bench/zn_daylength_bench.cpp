@@ -1,10 +1,15 @@
-/// Day length over a year, against the trigonometry alone that its formulas cannot do without.
+/// Day length over a year, against the trigonometry alone that its formulas cannot do without, and
+/// against a library made for astronomers.
 #include <zn_datetime.h>
 #include <zn_daylength.h>
 
 #include <cmath>
 
 #include "bench_rows.h"
+
+#ifdef ZN_UDF_HAVE_NOVA
+#include <libnova/solar.h>
+#endif
 
 namespace {
 
@@ -43,12 +48,45 @@ double yearOfTrigonometry(double latitude) {
   return sum;
 }
 
+#ifdef ZN_UDF_HAVE_NOVA
+/// It gives the moments of rise and set, to the second, from a theory of planets with thousands of
+/// terms: far more than the day's length to some minutes.
+double yearOfRisesAndSets(double firstDay) {
+  ln_lnlat_posn observer{};
+  observer.lat = kLatitude;
+  double sum = 0.0;
+  for (int i = 0; i < kDays; ++i) {
+    ln_rst_time times{};
+    ln_get_solar_rst(firstDay + i, &observer, &times);
+    sum += (times.set - times.rise) * 24.0;
+  }
+  return sum;
+}
+#endif
+
+void addGrowthRow(unsigned long long firstDay) {
+  constexpr int largest = 65536;
+  bench::addGrowth(
+      "DayLength_cumulative", 1, largest, [](std::size_t count) { return static_cast<int>(count); },
+      [firstDay](int count) {
+        zn_lib::DayLength day;
+        day.julian = firstDay;
+        day.latitude = kLatitude;
+        return day.cumulative(count);
+      });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const unsigned long long firstDay = zn_lib::dateToJulian(2024, 1, 1, 12, 0, 0.0);
   constexpr double latitudeInRadians = 0.9;
   bench::addRow("daylength_366_days/zn_udf", firstDay, yearOfDaylight);
-  bench::addRow("daylength_366_days/trigonometry_alone", latitudeInRadians, yearOfTrigonometry);
+  bench::addRow("daylength_366_days/limit:trigonometry", latitudeInRadians, yearOfTrigonometry);
+#ifdef ZN_UDF_HAVE_NOVA
+  constexpr double firstOf2024 = 2460310.5;  // as a Julian Date
+  bench::addRow("daylength_366_days/libnova", firstOf2024, yearOfRisesAndSets);
+#endif
+  addGrowthRow(firstDay);
   return bench::runRows(argc, argv);
 }

@@ -1,35 +1,23 @@
 /// Files: names taken apart against std::filesystem::path, copies against std::filesystem, and the
 /// hexadecimal dump against the command that is used for it.
 #include <fcntl.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <zn_file.h>
 #include <zn_output.h>
 
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
-#include <stdexcept>
 #include <string>
 
 #include "bench_files.h"
+#include "bench_process.h"
 #include "bench_rows.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-/// A row that is measured by the clock on the wall: the work is the kernel's or another process's.
-template <class Operation>
-void addClockRow(const std::string& name, Operation operation) {
-  benchmark::RegisterBenchmark(name.c_str(), operation)
-      ->UseRealTime()
-      ->Unit(benchmark::kMillisecond);
-}
 
 void writeMebibytes(const std::string& file, int count) {
   std::string letters;
@@ -41,8 +29,18 @@ void writeMebibytes(const std::string& file, int count) {
 
 // ---- Names
 
+/// Cut at the last "/" and the last dot behind it, without regard to names that begin with a dot.
+zn_lib::name_of_file splitByHand(const std::string& name) {
+  const std::size_t slash = name.rfind('/');
+  const std::size_t dot = name.rfind('.');
+  const std::size_t base = slash + 1;
+  return {name.substr(0, base), name.substr(base, dot - base), name.substr(dot + 1)};
+}
+
 void addSplitRows(const std::string& row, const std::string& name) {
   bench::addRow(row + "/zn_udf", name, [](std::string& n) { return zn_lib::splitFileName(n); });
+  bench::addRow(row + "/limit:rfind", name, splitByHand);
+  // The directory comes without its "/", the extension with its dot.
   bench::addRow(row + "/std_filesystem_path", name, [](const std::string& n) {
     const fs::path path(n);
     return zn_lib::name_of_file{path.parent_path(), path.stem(), path.extension()};
@@ -51,41 +49,60 @@ void addSplitRows(const std::string& row, const std::string& name) {
 
 // ---- Copies
 
-void addCopyRows(const std::string& source, const std::string& target) {
-  addClockRow("fileCopy_64MiB/zn_udf", [source, target](benchmark::State& state) {
-    for (auto _ : state) zn_lib::fileCopy(source, target, true);
+struct Copy {
+  std::string source;
+  std::string target;
+};
+
+/// Copied within the kernel, which need not even read the source on file systems that share blocks.
+bool copyInKernel(const Copy& copy) {
+  constexpr std::size_t most = std::size_t{1} << 30;
+  const int in = open(copy.source.c_str(), O_RDONLY | O_CLOEXEC);
+  const int out = open(copy.target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+  ssize_t count = 1;
+  while (count > 0) count = copy_file_range(in, nullptr, out, nullptr, most, 0);
+  close(in);
+  close(out);
+  return count == 0;
+}
+
+/// Copied through a block of this process: what is left when the kernel may not do it alone.
+bool copyByBlocks(const Copy& copy) {
+  static std::array<char, std::size_t{1} << 17> block;
+  const int in = open(copy.source.c_str(), O_RDONLY | O_CLOEXEC);
+  const int out = open(copy.target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+  ssize_t count = read(in, block.data(), block.size());
+  while (count > 0 && write(out, block.data(), static_cast<std::size_t>(count)) == count) {
+    count = read(in, block.data(), block.size());
+  }
+  close(in);
+  close(out);
+  return count == 0;
+}
+
+/// Each row replaces the copy of the row before, so that all have its blocks to give back.
+void addCopyRows(const std::string& row, const Copy& files) {
+  bench::addClockRow(row + "/zn_udf", files,
+                     [](const Copy& c) { return zn_lib::fileCopy(c.source, c.target, true); });
+  bench::addClockRow(row + "/std_copy_file", files, [](const Copy& c) {
+    return fs::copy_file(c.source, c.target, fs::copy_options::overwrite_existing);
   });
-  addClockRow("fileCopy_64MiB/std_copy_file", [source, target](benchmark::State& state) {
-    for (auto _ : state) fs::copy_file(source, target, fs::copy_options::overwrite_existing);
+  bench::addClockRow(row + "/read_write", files, copyByBlocks);
+  bench::addClockRow(row + "/limit:copy_file_range", files, copyInKernel);
+#ifdef ZN_UDF_CP
+  bench::addClockRow(row + "/cp", files, [](const Copy& c) {
+    return bench::runProgram({ZN_UDF_CP, c.source, c.target}).ru_nsignals;
   });
+#endif
 }
 
 // ---- Dumps
 
-/// Runs `operation` in a child whose standard output is `file`. Returns the child's greatest memory
-/// use in MiB, the pages that it got from this process included.
-template <class Operation>
-double peakOfChild(const std::string& file, Operation operation) {
-  const pid_t child = fork();
-  if (child == 0) {
-    const int out = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    dup2(out, STDOUT_FILENO);
-    operation();
-    std::cout.flush();
-    std::fflush(stdout);
-    _exit(0);
-  }
-  rusage usage{};
-  wait4(child, nullptr, 0, &usage);
-  return static_cast<double>(usage.ru_maxrss) / 1024;
-}
-
 template <class Operation>
 void addDumpRow(const std::string& name, const std::string& out, Operation operation) {
-  addClockRow(name, [out, operation](benchmark::State& state) {
-    double peak = 0;
-    for (auto _ : state) peak = peakOfChild(out, operation);
-    state.counters["peak_MiB"] = peak;
+  bench::addClockRow(name, out, [operation](const std::string& o) {
+    bench::printInChild(o, operation);
+    return true;
   });
 }
 
@@ -115,11 +132,36 @@ void addDumpRows(const std::string& file, const std::string& out) {
     zn_lib::setVerbose(true);
     zn_lib::hexDump(file, 16);
   });
-  addDumpRow("hexDump_8MiB/hand_loop", out, [file] { dumpByHand(file); });
+  addDumpRow("hexDump_8MiB/limit:hand_loop", out, [file] { dumpByHand(file); });
 #ifdef ZN_UDF_XXD
   addDumpRow("hexDump_8MiB/xxd", out,
              [file] { execl(ZN_UDF_XXD, ZN_UDF_XXD, file.c_str(), static_cast<char*>(nullptr)); });
 #endif
+}
+
+// ---- Growth
+
+void addGrowthRows(const bench::TemporaryDirectory& directory) {
+  const auto nameOfSize = [](std::size_t size) {
+    return "/usr/" + bench::randomText("abcdefgh/.", size - 9) + ".cpp";
+  };
+  bench::addGrowth("splitFileName", bench::kSmallText, bench::kLargeText, nameOfSize,
+                   [](std::string& n) { return zn_lib::splitFileName(n); });
+
+  const auto file = [path = directory.file("growing")](std::size_t size) {
+    bench::writeFile(path, bench::linesOf(size));
+    return Copy{path, path + "_out"};
+  };
+  constexpr int smallestFile = 1024;
+  bench::addGrowth("fileCopy", smallestFile, bench::kLargeText, file,
+                   [](const Copy& c) { return zn_lib::fileCopy(c.source, c.target, true); });
+  bench::addGrowth("hexDump", smallestFile, bench::kLargeText, file, [](const Copy& c) {
+    bench::printInChild(c.target, [&c] {
+      zn_lib::setVerbose(true);
+      zn_lib::hexDump(c.source, 16);
+    });
+    return true;
+  });
 }
 
 }  // namespace
@@ -130,9 +172,10 @@ int main(int argc, char** argv) {
   addSplitRows(
       "splitFileName_84B",
       "/home/ada/documents/projects/almanac/measurements/2024/march/station_07_humidity.csv");
-  writeMebibytes(directory.file("copied"), 64);
-  addCopyRows(directory.file("copied"), directory.file("copy"));
+  writeMebibytes(directory.file("copied"), 256);
+  addCopyRows("fileCopy_256MiB", {directory.file("copied"), directory.file("copy")});
   writeMebibytes(directory.file("dumped"), 8);
   addDumpRows(directory.file("dumped"), directory.file("dump"));
+  addGrowthRows(directory);
   return bench::runRows(argc, argv);
 }

@@ -1,9 +1,11 @@
-/// Strings: recognition against the patterns that define it, rewriting against hand-written loops
-/// and fast libraries.
+/// Strings: recognition against the patterns that define it, rewriting against fast libraries, and
+/// all against loops written by hand.
+#include <strings.h>
 #include <zn_str.h>
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdio>
 #include <regex>
 #include <string>
@@ -14,6 +16,12 @@
 #include <absl/strings/ascii.h>
 #include <absl/strings/numbers.h>
 #include <absl/strings/str_replace.h>
+#endif
+#ifdef ZN_UDF_HAVE_BOOST
+#include <boost/algorithm/string/replace.hpp>
+#endif
+#ifdef ZN_UDF_HAVE_FMT
+#include <fmt/format.h>
 #endif
 #ifdef ZN_UDF_HAVE_RE2
 #include <re2/re2.h>
@@ -31,6 +39,8 @@ constexpr char kBoolPattern[] = R"((yes|true|on|y|\.t\.|t|1))";
 bool isQuote(char c) { return c == '`' || c == '\'' || c == '"'; }
 
 bool isBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
@@ -50,8 +60,16 @@ std::string eraseRemove(std::string text, Drop drop) {
   return text;
 }
 
+/// Whether `text` has only characters that numbers have, wherever they stand.
+bool hasCharactersOfNumbers(const std::string& text) {
+  return std::all_of(text.begin(), text.end(), [](char c) {
+    return isDigit(c) || c == ',' || c == '.' || c == '-' || c == '+' || c == 'e' || c == 'E';
+  });
+}
+
 void addNumberRows(const std::string& name, const std::string& text) {
   addRow(name + "/zn_udf", text, [](const std::string& t) { return zn_lib::isNumber(t); });
+  addRow(name + "/limit:hand_loop", text, hasCharactersOfNumbers);
   const std::regex pattern(kNumberPattern);
   addRow(name + "/std_regex", text,
          [pattern](const std::string& t) { return std::regex_match(t, pattern); });
@@ -61,13 +79,32 @@ void addNumberRows(const std::string& name, const std::string& text) {
 #endif
 }
 
+/// The keywords that have the length of `text`.
+bool isKeyword(const std::string& text) {
+  const auto is = [&](const char* keyword) { return strcasecmp(text.c_str(), keyword) == 0; };
+  switch (text.size()) {
+    case 1:
+      return is("y") || is("t") || is("1");
+    case 2:
+      return is("on");
+    case 3:
+      return is("yes") || is(".t.");
+    case 4:
+      return is("true");
+    default:
+      return false;
+  }
+}
+
 void addBoolRows(const std::string& text) {
   const std::string name = "stringToBool_" + text;
   addRow(name + "/zn_udf", text, [](const std::string& t) { return zn_lib::stringToBool(t); });
+  addRow(name + "/limit:strcasecmp", text, isKeyword);
   const std::regex pattern(kBoolPattern, std::regex::ECMAScript | std::regex::icase);
   addRow(name + "/std_regex", text,
          [pattern](const std::string& t) { return std::regex_match(t, pattern); });
 #ifdef ZN_UDF_HAVE_ABSL
+  // It knows five words for each of true and false, and tells a third answer.
   addRow(name + "/absl_SimpleAtob", text, [](const std::string& t) {
     bool value = false;
     return absl::SimpleAtob(t, &value) && value;
@@ -77,12 +114,17 @@ void addBoolRows(const std::string& text) {
 
 void addTrimRows() {
   const std::string line = "   a line of text with blanks around it  \r\n";
+  constexpr std::size_t leading = 3;
+  constexpr std::size_t inner = 36;
   addRow("allTrim_43B/zn_udf", line, [](const std::string& t) { return zn_lib::allTrim(t); });
+  addRow("allTrim_43B/limit:substr", line,
+         [](const std::string& t) { return t.substr(leading, inner); });
 #ifdef ZN_UDF_HAVE_ABSL
   addRow("allTrim_43B/absl_StripAsciiWhitespace", line,
          [](const std::string& t) { return std::string(absl::StripAsciiWhitespace(t)); });
 #endif
   addRow("leftTrim_43B/zn_udf", line, [](const std::string& t) { return zn_lib::leftTrim(t); });
+  addRow("leftTrim_43B/limit:substr", line, [](const std::string& t) { return t.substr(leading); });
 #ifdef ZN_UDF_HAVE_ABSL
   addRow("leftTrim_43B/absl_StripLeadingAsciiWhitespace", line,
          [](const std::string& t) { return std::string(absl::StripLeadingAsciiWhitespace(t)); });
@@ -98,7 +140,7 @@ void addTrimRows() {
   };
   addScan("allTrim_1MiB_of_blanks/zn_udf", blanks,
           [](const std::string& t) { return zn_lib::allTrim(t); });
-  addScan("allTrim_1MiB_of_blanks/hand_loop", blanks, handLoop);
+  addScan("allTrim_1MiB_of_blanks/limit:hand_loop", blanks, handLoop);
 #ifdef ZN_UDF_HAVE_ABSL
   addScan("allTrim_1MiB_of_blanks/absl_StripAsciiWhitespace", blanks,
           [](const std::string& t) { return std::string(absl::StripAsciiWhitespace(t)); });
@@ -107,7 +149,7 @@ void addTrimRows() {
 
 void addUpperRows(const std::string& name, const std::string& text) {
   addScan(name + "/zn_udf", text, [](const std::string& t) { return zn_lib::stringToUpper(t); });
-  addScan(name + "/hand_loop", text, [](const std::string& t) {
+  addScan(name + "/limit:hand_loop", text, [](const std::string& t) {
     std::string result = t;
     for (char& c : result) c = upper(c);
     return result;
@@ -118,10 +160,13 @@ void addUpperRows(const std::string& name, const std::string& text) {
 #endif
 }
 
+std::string copyOf(const std::string& text) { return text; }
+
 void addRemovalRows(const std::string& text) {
   addScan("removeQuotes_1MiB/zn_udf", text,
           [](const std::string& t) { return zn_lib::removeQuotes(t); });
-  addScan("removeQuotes_1MiB/hand_loop", text,
+  addScan("removeQuotes_1MiB/limit:memcpy", text, copyOf);
+  addScan("removeQuotes_1MiB/push_back_loop", text,
           [](const std::string& t) { return keepOthers(t, isQuote); });
   addScan("removeQuotes_1MiB/erase_remove", text,
           [](const std::string& t) { return eraseRemove(t, isQuote); });
@@ -134,15 +179,22 @@ void addRemovalRows(const std::string& text) {
   const auto isComma = [](char c) { return c == ','; };
   addScan("removeChar_1MiB/zn_udf", text,
           [](const std::string& t) { return zn_lib::removeChar(t, ','); });
-  addScan("removeChar_1MiB/hand_loop", text,
+  addScan("removeChar_1MiB/limit:memcpy", text, copyOf);
+  addScan("removeChar_1MiB/push_back_loop", text,
           [isComma](const std::string& t) { return keepOthers(t, isComma); });
   addScan("removeChar_1MiB/erase_remove", text,
           [isComma](const std::string& t) { return eraseRemove(t, isComma); });
+#ifdef ZN_UDF_HAVE_ABSL
+  addScan("removeChar_1MiB/absl_StrReplaceAll", text, [](const std::string& t) {
+    return absl::StrReplaceAll(t, {{",", ""}});
+  });
+#endif
 }
 
 void addReplacementRows(const std::string& text) {
   addScan("replaceChar_1MiB/zn_udf", text,
           [](const std::string& t) { return zn_lib::replaceChar(t, ',', ';'); });
+  addScan("replaceChar_1MiB/limit:memcpy", text, copyOf);
   addScan("replaceChar_1MiB/std_replace", text, [](const std::string& t) {
     std::string result = t;
     std::replace(result.begin(), result.end(), ',', ';');
@@ -155,34 +207,97 @@ void addReplacementRows(const std::string& text) {
   addRow("replaceString_52B/zn_udf", sentence, [search, replacement](const std::string& t) {
     return zn_lib::replaceString(t, search, replacement);
   });
-  addRow("replaceString_52B/find_replace", sentence, [search, replacement](const std::string& t) {
-    std::string result = t;
-    const std::size_t position = result.find(search);
-    if (position != std::string::npos) result.replace(position, search.size(), replacement);
+  const std::size_t position = sentence.find(search);
+  addRow("replaceString_52B/limit:append", sentence, [=](const std::string& t) {
+    std::string result;
+    result.reserve(t.size() + replacement.size() - search.size());
+    result.append(t, 0, position).append(replacement).append(t, position + search.size());
     return result;
   });
+  addRow("replaceString_52B/find_replace", sentence, [search, replacement](const std::string& t) {
+    std::string result = t;
+    const std::size_t found = result.find(search);
+    if (found != std::string::npos) result.replace(found, search.size(), replacement);
+    return result;
+  });
+#ifdef ZN_UDF_HAVE_BOOST
+  addRow("replaceString_52B/boost_replace_first_copy", sentence,
+         [search, replacement](const std::string& t) {
+           return boost::algorithm::replace_first_copy(t, search, replacement);
+         });
+#endif
 }
 
-void addFormattingRows() {
+void addPaddingRows() {
   const std::string number = "1234";
   constexpr int width = 12;
   addRow("rightPad_4B_to_12B/zn_udf", number,
          [](const std::string& t) { return zn_lib::rightPad(t, width, '0'); });
+  addRow("rightPad_4B_to_12B/limit:memcpy", number, [](const std::string& t) {
+    std::string result(width, '0');
+    t.copy(result.data() + width - t.size(), t.size());
+    return result;
+  });
   addRow("rightPad_4B_to_12B/insert", number, [](const std::string& t) {
     std::string result = t;
     result.insert(0, width - t.size(), '0');
     return result;
   });
+#ifdef ZN_UDF_HAVE_FMT
+  addRow("rightPad_4B_to_12B/fmt", number,
+         [width](const std::string& t) { return fmt::format("{:0>{}}", t, width); });
+#endif
+}
 
+void addPercentRows() {
   constexpr double part = 1.0;
   constexpr double whole = 3.0;
-  addRow("percentString_2_decimals/zn_udf", part,
-         [](double p) { return zn_lib::percentString(p, whole, 2); });
-  addRow("percentString_2_decimals/snprintf", part, [](double p) {
+  constexpr int decimals = 2;
+  const std::string name = "percentString_2_decimals";
+  addRow(name + "/zn_udf", part,
+         [](double p) { return zn_lib::percentString(p, whole, decimals); });
+  addRow(name + "/limit:to_chars", part, [](double p) {
     std::array<char, 32> buffer;
-    std::snprintf(buffer.data(), buffer.size(), "%.*f%%", 2, p / whole * 100.0);
+    char* const end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), p / whole * 100.0,
+                                    std::chars_format::fixed, decimals)
+                          .ptr;
+    *end = '%';
+    return std::string(buffer.data(), end + 1);
+  });
+  addRow(name + "/snprintf", part, [](double p) {
+    std::array<char, 32> buffer;
+    std::snprintf(buffer.data(), buffer.size(), "%.*f%%", decimals, p / whole * 100.0);
     return std::string(buffer.data());
   });
+#ifdef ZN_UDF_HAVE_FMT
+  addRow(name + "/fmt", part,
+         [decimals](double p) { return fmt::format("{:.{}f}%", p / whole * 100.0, decimals); });
+#endif
+}
+
+template <class Operation>
+void addTextGrowth(const std::string& what, const std::string& alphabet, Operation operation,
+                   const std::string& who = "zn_udf") {
+  bench::addGrowth(
+      what, bench::kSmallText, bench::kLargeText,
+      [alphabet](std::size_t size) { return bench::randomText(alphabet, size); }, operation, who);
+}
+
+void addGrowthRows() {
+  // What the memory of a result costs as it grows.
+  addTextGrowth("copy", "abcdefgh", copyOf, "limit:memcpy");
+  addTextGrowth("allTrim_of_blanks", " \t\r\n",
+                [](const std::string& t) { return zn_lib::allTrim(t); });
+  addTextGrowth("stringToUpper", "abcdefgh ",
+                [](const std::string& t) { return zn_lib::stringToUpper(t); });
+  addTextGrowth("isNumber", "0123456789", [](const std::string& t) { return zn_lib::isNumber(t); });
+  addTextGrowth("removeQuotes", "abcdefgh'\"",
+                [](const std::string& t) { return zn_lib::removeQuotes(t); });
+  addTextGrowth("replaceChar", "abcdefgh,",
+                [](const std::string& t) { return zn_lib::replaceChar(t, ',', ';'); });
+  // Every search is a near miss: all but the last character of what is searched is everywhere.
+  addTextGrowth("replaceString_near_misses", "a",
+                [](const std::string& t) { return zn_lib::replaceString(t, "aaaaaaab", ""); });
 }
 
 }  // namespace
@@ -200,6 +315,8 @@ int main(int argc, char** argv) {
   addUpperRows("stringToUpper_1MiB", text);
   addRemovalRows(text);
   addReplacementRows(text);
-  addFormattingRows();
+  addPaddingRows();
+  addPercentRows();
+  addGrowthRows();
   return bench::runRows(argc, argv);
 }

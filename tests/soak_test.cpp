@@ -620,7 +620,7 @@ TEST_F(Soak, ProcessesLeaveNothing) {
            }},
           {"execShell", [] { return zn_lib::execShell("exit 3"); }},
       },
-      isLongRun() ? Length{2000, std::chrono::milliseconds(60000)}
+      isLongRun() ? Length{100000, std::chrono::minutes(10)}
                   : Length{50, std::chrono::milliseconds(1000)});
 }
 

@@ -1,0 +1,61 @@
+/// The parser that the library uses, as a program uses it that has nothing else.
+#ifndef BENCH_EXPAT_H
+#define BENCH_EXPAT_H
+
+#include <expat.h>
+
+#include <array>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+namespace bench {
+
+using Parser = std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)>;
+
+inline Parser makeParser() { return {XML_ParserCreate("UTF-8"), &XML_ParserFree}; }
+
+/// Gives `file` to `parser` in blocks of the size that the library reads.
+inline void parseFile(XML_Parser parser, const std::string& file) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> in(std::fopen(file.c_str(), "r"),
+                                                           &std::fclose);
+  std::array<char, 8192> block;
+  std::size_t count = block.size();
+  while (count == block.size()) {
+    count = std::fread(block.data(), 1, block.size(), in.get());
+    XML_Parse(parser, block.data(), static_cast<int>(count), count < block.size());
+  }
+}
+
+/// Functions that count what the parser reports.
+struct Counter {
+  static void XMLCALL start(void* counter, const XML_Char*, const XML_Char**) {
+    ++static_cast<Counter*>(counter)->elements;
+  }
+  static void XMLCALL end(void*, const XML_Char*) {}
+  static void XMLCALL text(void* counter, const XML_Char*, int length) {
+    static_cast<Counter*>(counter)->bytes += length;
+  }
+
+  static void countFor(XML_Parser parser, Counter* counter) {
+    XML_SetUserData(parser, counter);
+    XML_SetElementHandler(parser, &start, &end);
+    XML_SetCharacterDataHandler(parser, &text);
+  }
+
+  long elements = 0;
+  long bytes = 0;
+};
+
+/// Parses `file` and keeps none of it: the limit of whatever reads it with this parser.
+inline long countOfFile(const std::string& file) {
+  Counter counter;
+  const Parser parser = makeParser();
+  Counter::countFor(parser.get(), &counter);
+  parseFile(parser.get(), file);
+  return counter.elements + counter.bytes;
+}
+
+}  // namespace bench
+
+#endif  // BENCH_EXPAT_H

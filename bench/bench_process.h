@@ -1,0 +1,62 @@
+/// Child processes for benchmarks.
+#ifndef BENCH_PROCESS_H
+#define BENCH_PROCESS_H
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+extern char** environ;
+
+namespace bench {
+
+/// What a child used, once it has ended. Throws when it did not end with status 0.
+inline rusage waitFor(pid_t child) {
+  int status = 0;
+  rusage usage{};
+  if (wait4(child, &status, 0, &usage) != child || !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+    throw std::runtime_error("a child process failed");
+  }
+  return usage;
+}
+
+/// Runs the program that `command` names by its path, with its arguments. The parent waits in
+/// vfork's way until the program has taken over.
+inline rusage runProgram(const std::vector<std::string>& command) {
+  std::vector<char*> arguments;
+  for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
+  arguments.push_back(nullptr);
+  pid_t child = 0;
+  if (posix_spawn(&child, arguments[0], nullptr, nullptr, arguments.data(), environ) != 0) {
+    throw std::runtime_error("cannot run " + command.front());
+  }
+  return waitFor(child);
+}
+
+/// Runs `operation` in a child whose standard output is `file`. Every row that prints has this cost
+/// in it, so that those which replace the child by a program have no other.
+template <class Operation>
+void printInChild(const std::string& file, Operation operation) {
+  const pid_t child = fork();
+  if (child == 0) {
+    const int out = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    dup2(out, STDOUT_FILENO);
+    operation();
+    std::cout.flush();
+    std::fflush(stdout);
+    _exit(0);
+  }
+  waitFor(child);
+}
+
+}  // namespace bench
+
+#endif  // BENCH_PROCESS_H

@@ -1,0 +1,402 @@
+#!/usr/bin/env python3
+"""Runs all benchmarks beside their peers and writes docs/PERFORMANCE.md and docs/performance_growth.svg.
+
+usage: bench/compare.py [--quick] [--repetitions N] [--programs DIRECTORY] [--report]
+
+Builds the preset "bench" first, unless it is given the directory of programs that are built already. Each row's time is
+the median of its repetitions, which are run in random order among those of the other rows of the program. What stands
+outside the "generated" marks of PERFORMANCE.md stays as it is.
+"""
+import argparse
+import datetime
+import json
+import math
+import os
+import pathlib
+import platform
+import re
+import statistics
+import subprocess
+import sys
+import tempfile
+
+sys.dont_write_bytecode = True  # the source tree stays clean
+import growth_plot  # noqa: E402
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+OURS = "zn_udf"
+LIMIT = "limit:"
+NANOSECONDS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
+DOUBLINGS = 6  # at the end of a row of growth, which tell its exponent
+STEEP = 1.15  # an exponent above it is named
+
+# The versions that matter to a reader, by Debian package.
+PACKAGES = ["libc6", "libstdc++6", "libexpat1", "libabsl-dev", "libboost-dev", "libfmt-dev",
+            "libhowardhinnant-date-dev", "libnova-dev", "libpugixml-dev", "libre2-dev", "libtinyxml2-dev", "xxd",
+            "coreutils", "libbenchmark-dev"]
+
+WHO = {
+    "bare_expat": "bare expat",
+    "boost_asio": "boost::asio",
+    "boost_replace_first_copy": "boost::replace_first_copy",
+    "boost_split": "boost::split",
+    "date": "Hinnant's date",
+    "empty_library": "an empty library",
+    "erase_remove": "erase-remove",
+    "expat_alone": "expat alone",
+    "expat_and_map": "bare expat and a map",
+    "expat_without_callbacks": "expat without callbacks",
+    "find_replace": "find, replace",
+    "fork_exec": "fork, exec",
+    "gmtime_r_strftime": "gmtime_r, strftime",
+    "hand_loop": "a hand loop",
+    "no_library": "no library",
+    "push_back_loop": "push_back loop",
+    "read_write": "read, write",
+    "readdir_RE2": "readdir with RE2",
+    "readdir_find": "readdir with find",
+    "readdir_std_regex": "readdir with std::regex",
+    "std_copy_file": "std::filesystem::copy_file",
+    "std_directory_iterator": "std::filesystem::directory_iterator",
+    "std_filesystem_path": "std::filesystem::path",
+    "strptime_strftime": "strptime, strftime",
+    "trigonometry": "the trigonometry alone",
+}
+
+
+def plain_name(who):
+    """A row's who as it is commonly written."""
+    who = who.removeprefix(LIMIT)
+    return WHO.get(who) or re.sub("^(absl|std)_", r"\1::", who)
+
+
+# ---- What is measured
+
+class Section:
+    def __init__(self, program, heading):
+        self.program, self.heading, self.rows = program, heading, []
+
+
+class Row:
+    def __init__(self, name, words, rest):
+        self.name, self.words, self.rest = name, words, rest
+
+    def aims(self):
+        for aim in filter(None, (part.strip() for part in self.rest.split(","))):
+            who, bound = aim.split()
+            yield who, None if bound == "-" else float(bound)
+
+
+def read_rows():
+    sections = []
+    for line in (ROOT / "bench/rows.txt").read_text().splitlines():
+        heading = re.fullmatch(r"\[(\w+)\] (.*)", line)
+        if heading:
+            sections.append(Section(*heading.groups()))
+        elif line and not line.startswith("#"):
+            name, words, rest = (line.split(" | ") + [""])[:3]
+            sections[-1].rows.append(Row(name.strip(), words.strip(), rest.strip()))
+    return sections
+
+
+def build():
+    for command in (["cmake", "--preset", "bench"], ["cmake", "--build", "--preset", "bench"]):
+        subprocess.run(command, cwd=ROOT, check=True)
+    return ROOT / "build/bench/bench"
+
+
+def run_program(program, rows, repetitions, seconds):
+    """The JSON of the rows of `program` that the filter `rows` selects; None when there are none."""
+    command = [program, f"--benchmark_filter={rows}", f"--benchmark_repetitions={repetitions}",
+               f"--benchmark_min_time={seconds}", "--benchmark_enable_random_interleaving=true",
+               "--benchmark_format=json"]
+    done = subprocess.run(command, capture_output=True, text=True)
+    if done.returncode != 0:
+        raise SystemExit(f"{program.name} failed:\n{done.stderr}")
+    return json.loads(done.stdout) if done.stdout.strip() else None
+
+
+def run_all(programs, sections, options):
+    results = []
+    families = [section.program for section in sections if section.program != "growth"]
+    for number, family in enumerate(families, 1):
+        print(f"[{number}/{len(families)}] {family}", file=sys.stderr)
+        program = programs / f"{family}_bench"
+        results.append(run_program(program, "-^growth_", options.repetitions, 0.01 if options.quick else 0.2))
+        # Many sizes stand for one row: each may vary more.
+        results.append(run_program(program, "^growth_", 1 if options.quick else min(3, options.repetitions),
+                                   0.01 if options.quick else 0.05))
+    return [result for result in results if result is not None]
+
+
+class Measured:
+    """Medians of the repetitions, in nanoseconds, and the counters of each row."""
+
+    def __init__(self, results):
+        times, self.counters, self.orders = {}, {}, {}
+        for entry in (entry for result in results for entry in result["benchmarks"]):
+            what, who, *options = entry["run_name"].split("/")
+            if entry.get("aggregate_name") == "BigO":
+                self.orders[what] = entry["big_o"]
+            if entry["run_type"] != "iteration":
+                continue
+            if entry.get("error_occurred"):
+                raise SystemExit(f"{entry['run_name']}: {entry['error_message']}")
+            size = next((int(option) for option in options if option.isdigit()), None)
+            clock = "real_time" if "real_time" in options else "cpu_time"
+            times.setdefault((what, who, size), []).append(entry[clock] * NANOSECONDS[entry["time_unit"]])
+            for counter in ("peak_MiB", "input_MiB"):
+                if counter in entry:
+                    self.counters.setdefault((what, who, counter), []).append(entry[counter])
+        self.times = {key: statistics.median(values) for key, values in times.items()}
+        self.repetitions = min(len(values) for (what, _, _), values in times.items() if not what.startswith("growth_"))
+
+    def time(self, what, who):
+        return self.times.get((what, who, None))
+
+    def counter(self, what, who, counter):
+        values = self.counters.get((what, who, counter))
+        return statistics.median(values) if values else None
+
+    def fastest(self, what, is_wanted):
+        found = [(time, who) for (row, who, size), time in self.times.items()
+                 if row == what and size is None and who != OURS and is_wanted(who)]
+        return min(found, default=(None, None))
+
+    def points(self, what):
+        return sorted((size, time) for (row, _, size), time in self.times.items() if row == what)
+
+
+# ---- What is written
+
+def time_text(nanoseconds):
+    if nanoseconds is None:
+        return ""
+    for unit, scale in (("ns", 1.0), ("µs", 1e3), ("ms", 1e6), ("s", 1e9)):
+        if nanoseconds < 999.5 * scale or unit == "s":
+            value = nanoseconds / scale
+            return f"{value:.{max(0, 2 - int(math.log10(max(value, 1))))}f} {unit}"
+
+
+def ratio_text(ours, theirs):
+    if ours is None or theirs is None:
+        return ""
+    return f"{ours / theirs:.2f}" if ours >= 0.1 * theirs else f"{ours / theirs:.1g}"
+
+
+def table(head, rows):
+    right = [all(re.match(r"[-\d.]*( \S+)?$", row[i]) for row in rows) and i > 0 for i in range(len(head))]
+    lines = ["| " + " | ".join(head) + " |", "|" + "|".join(" ---: " if r else " --- " for r in right) + "|"]
+    return "\n".join(lines + ["| " + " | ".join(row) + " |" for row in rows])
+
+
+def first_line(command):
+    try:
+        return subprocess.run(command, capture_output=True, text=True, check=True).stdout.splitlines()[0]
+    except (OSError, subprocess.CalledProcessError, IndexError):
+        return ""
+
+
+def cpu_model():
+    try:
+        text = pathlib.Path("/proc/cpuinfo").read_text()
+    except OSError:
+        return platform.processor()
+    model = re.search(r"model name\s*: (.*)", text)
+    return (model.group(1) if model else platform.processor()) + (
+        ", in a virtual machine" if re.search(r"flags.*\bhypervisor\b", text) else "")
+
+
+def compiler(programs):
+    cache = (programs.parent / "CMakeCache.txt").read_text()
+    path = re.search(r"CMAKE_CXX_COMPILER:\w+=(.*)", cache).group(1)
+    kind = re.search(r"CMAKE_BUILD_TYPE:\w+=(.*)", cache).group(1)
+    return f"{first_line([path, '--version'])}, {kind}"
+
+
+def file_system():
+    """The type of that in which the benchmarks keep their files."""
+    try:
+        return subprocess.run(["df", "--output=fstype", tempfile.gettempdir()], capture_output=True, text=True,
+                              check=True).stdout.split()[-1]
+    except (OSError, subprocess.CalledProcessError):
+        return "an unknown file system"
+
+
+def versions():
+    for package in PACKAGES:
+        version = first_line(["dpkg-query", "-W", "-f=${Version}\n", package])
+        if version:
+            yield f"{package} {version}"
+
+
+def machine_text(results, measured, programs):
+    memory = os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES") / 2**30
+    load = results[0]["context"].get("load_avg", [0.0])[0]
+    system = platform.freedesktop_os_release().get("PRETTY_NAME", "") if sys.version_info >= (3, 10) else ""
+    lines = [
+        f"- {datetime.date.today().isoformat()}, medians of {measured.repetitions} repetitions",
+        f"- {cpu_model()}; {os.cpu_count()} processors, {memory:.0f} GiB; load average {load:.1f} at the start",
+        f"- {system}, {platform.system()} {platform.release()}; files on {file_system()}",
+        f"- {compiler(programs)}",
+        f"- {', '.join(versions())}",
+    ]
+    if load > 0.5 * os.cpu_count():
+        lines.append("- **The machine was busy: these times tell nothing.**")
+    return "\n".join(lines)
+
+
+def aim_rows(sections, measured):
+    """Work, peer, times, ratio, aim, whether it was reached."""
+    for section in sections:
+        if section.program in ("memory", "growth"):
+            continue
+        for row in section.rows:
+            ours = measured.time(row.name, OURS)
+            for who, bound in row.aims():
+                theirs = measured.time(row.name, who)
+                if ours is None or theirs is None:
+                    reached = "not measured"
+                elif bound is None:
+                    reached = ""
+                else:
+                    reached = "yes" if ours / theirs <= bound else "**no**"
+                aim = "as near as the contract allows" if bound is None else f"{bound:.1f}"
+                yield [row.words, plain_name(who), time_text(ours), time_text(theirs), ratio_text(ours, theirs), aim,
+                       reached]
+
+
+def aims_text(sections, measured):
+    rows = list(aim_rows(sections, measured))
+    reached = sum(row[-1] == "yes" for row in rows)
+    missed = sum(row[-1] == "**no**" for row in rows)
+    missing = sum(row[-1] == "not measured" for row in rows)
+    unmeasured = f" {missing} were not measured." if missing else ""
+    return f"{reached} of {reached + missed} aims are reached.{unmeasured}\n\n" + table(
+        ["work", "against", "ours", "theirs", "ours / theirs", "aim", "reached"], rows)
+
+
+def rows_text(sections, measured):
+    texts = []
+    for section in sections:
+        if section.program in ("memory", "growth"):
+            continue
+        rows = []
+        for row in section.rows:
+            ours = measured.time(row.name, OURS)
+            peer, peer_name = measured.fastest(row.name, lambda who: not who.startswith(LIMIT))
+            limit, limit_name = measured.fastest(row.name, lambda who: who.startswith(LIMIT))
+            rows.append([row.words, time_text(ours), plain_name(peer_name or "none"), time_text(peer),
+                         ratio_text(ours, peer), plain_name(limit_name or "none"), time_text(limit),
+                         ratio_text(ours, limit)])
+        head = ["work", "ours", "best peer", "time", "ours / peer", "limit", "time", "ours / limit"]
+        texts.append(f"### {section.heading}\n\n" + table(head, rows))
+    return "\n\n".join(texts)
+
+
+def memory_text(section, measured):
+    floor = measured.counter("memory_nothing", OURS, "peak_MiB")
+    rows = []
+    for row in section.rows[1:]:
+        def peak(who, name=row.name):
+            return measured.counter(name, who, "peak_MiB")
+        limit = next(who for (what, who, _) in measured.counters if what == row.name and who.startswith(LIMIT))
+        peers = [f"{plain_name(who)} {peak(who):.1f}" for (what, who, counter) in measured.counters
+                 if what == row.name and counter == "peak_MiB" and who not in (OURS, limit)]
+        size = measured.counter(row.name, OURS, "input_MiB")
+        over_input = f"{peak(OURS) / size:.2f}" if size else ""
+        bounds = dict(row.aims())
+        if "input" in bounds:
+            missed = "" if peak(OURS) <= bounds["input"] * size else ": **missed**"
+            over_input += f" (aim {bounds['input']:.1f}{missed})"
+        rows.append([row.words, f"{size:.1f}" if size else "", f"{peak(OURS):.1f}", over_input, f"{peak(limit):.1f}",
+                     f"{(peak(OURS) - floor) / (peak(limit) - floor):.2f}", ", ".join(peers)])
+    return (f"All in MiB. A process that does nothing has {floor:.1f}, which are in every peak and left out of the "
+            "last ratio.\n\n" + table(["work", "input", "our peak", "peak / input", "peak with the result alone",
+                                  "ours / that", "peers"], rows))
+
+
+def exponent(points):
+    """How fast the time grows over the last doublings: 1 is linear."""
+    (first, early), (last, late) = points[-1 - min(DOUBLINGS, len(points) - 1)], points[-1]
+    return math.log(late / early) / math.log(last / first)
+
+
+def growth_text(section, measured):
+    rows, steep = [], []
+    copying = exponent(measured.points("growth_copy"))
+    for row in section.rows:
+        points = measured.points(row.name)
+        if len(points) < 2:
+            raise SystemExit(f"{row.name}: no growth was measured")
+        power = exponent(points)
+        if power > STEEP and row.name != "growth_copy":
+            steep.append(f"{row.words} ({power:.2f})")
+        rows.append([row.words, f"{points[0][0]:,} to {points[-1][0]:,} {row.rest}", time_text(points[0][1]),
+                     time_text(points[-1][1]), f"{points[-1][1] / points[-1][0]:.2f} ns",
+                     measured.orders.get(row.name, ""), f"{power:.2f}"])
+    named = (f"Faster than linear at the end, where copying a text has {copying:.2f}: "
+             + (", ".join(steep) or "nothing") + ".")
+    return table(["work", "sizes", "smallest", "largest", "of one at the largest", "order", "exponent at the end"],
+                 rows) + "\n\n" + named
+
+
+def fill(text, name, content):
+    """`text` with `content` between the marks of that name."""
+    marks = re.compile(rf"(<!-- generated: {name} -->\n).*?(\n?<!-- end -->)", re.DOTALL)
+    if len(marks.findall(text)) != 1:
+        raise SystemExit(f"docs/PERFORMANCE.md needs one pair of marks for {name}")
+    return marks.sub(lambda match: match.group(1) + content + "\n<!-- end -->", text)
+
+
+def unknown_rows(sections, measured):
+    known = {row.name for section in sections for row in section.rows}
+    return sorted({what for (what, _, _) in measured.times} - known)
+
+
+def write_report(results, sections, programs, directory):
+    measured = Measured(results)
+    for what in unknown_rows(sections, measured):
+        print(f"bench/rows.txt does not tell what {what} is", file=sys.stderr)
+    by_program = {section.program: section for section in sections}
+    text = (ROOT / "docs/PERFORMANCE.md").read_text()
+    for name, content in (("machine", machine_text(results, measured, programs)),
+                          ("aims", aims_text(sections, measured)),
+                          ("rows", rows_text(sections, measured)),
+                          ("memory", memory_text(by_program["memory"], measured)),
+                          ("growth", growth_text(by_program["growth"], measured))):
+        text = fill(text, name, content)
+    directory.mkdir(parents=True, exist_ok=True)
+    (directory / "PERFORMANCE.md").write_text(text)
+    panels = [(row.words, row.rest, measured.points(row.name)) for row in by_program["growth"].rows]
+    (directory / "performance_growth.svg").write_text(growth_plot.svg(panels))
+    print(f"Wrote {directory / 'PERFORMANCE.md'} and {directory / 'performance_growth.svg'}")
+    print(growth_text(by_program["growth"], measured))
+    for row in aim_rows(sections, measured):
+        if row[-1] not in ("yes", ""):
+            print(f"{row[-1].strip('*'):12}  {row[0]}: {row[4] or '?'} of {row[1]}'s time, aim {row[5]}")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--quick", action="store_true",
+                        help="a smoke run: short, and the report goes to the build tree instead of docs")
+    parser.add_argument("--repetitions", type=int, default=5, help="of each row, 5 by default")
+    parser.add_argument("--programs", type=pathlib.Path, help="where the built programs are; builds nothing")
+    parser.add_argument("--report", action="store_true", help="runs nothing: writes the report of the last run again")
+    options = parser.parse_args()
+    if options.quick:
+        options.repetitions = min(options.repetitions, 2)
+
+    sections = read_rows()
+    programs = options.programs or (ROOT / "build/bench/bench" if options.report else build())
+    programs = programs.resolve()
+    kept = programs / ("quick_results.json" if options.quick else "results.json")
+    if not options.report:
+        results = run_all(programs, sections, options)
+        kept.write_text(json.dumps(results))
+    write_report(json.loads(kept.read_text()), sections, programs, programs if options.quick else ROOT / "docs")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,74 @@
+/// Peak memory: each case in a fresh process, beside one that only holds the result.
+///
+/// The system counts what a process had before it ran its program, too: this one. So it stays as
+/// small as a process without work, which the row "memory_nothing" shows.
+#include <string>
+
+#include "bench_files.h"
+#include "bench_process.h"
+#include "bench_rows.h"
+#include "bench_settings.h"
+#include "memory_case.h"
+
+namespace {
+
+/// A row of the case `name` with its peak, and the size of its input where there is one.
+void addPeakRow(const std::string& row, const std::string& name, const std::string& file,
+                std::size_t inputSize) {
+  constexpr double mebibyte = 1 << 20;
+  const auto run = [=](benchmark::State& state) {
+    rusage usage{};
+    for (auto _ : state) usage = bench::runProgram({ZN_UDF_MEMORY_CASE, name, file});
+    constexpr double kibibyte = 1024;  // the unit of ru_maxrss
+    state.counters["peak_MiB"] = static_cast<double>(usage.ru_maxrss) * kibibyte / mebibyte;
+    state.counters["input_MiB"] = static_cast<double>(inputSize) / mebibyte;
+  };
+  benchmark::RegisterBenchmark(row.c_str(), run)->UseRealTime()->Unit(benchmark::kMillisecond);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const bench::TemporaryDirectory directory;
+  addPeakRow("memory_nothing/zn_udf", "nothing", "", 0);
+
+  bench::writeSettings(directory.path(), memory_case::kStore, memory_case::kSettings, 1);
+  const std::size_t storeSize = std::filesystem::file_size(
+      bench::storeIn(directory.path(), memory_case::kStore)->getConfigurationFile());
+  const auto addLoadRow = [&](const std::string& who) {
+    addPeakRow("memory_load_100000/" + who, "load/" + who, directory.path(), storeSize);
+  };
+  addLoadRow("zn_udf");
+  addLoadRow("limit:result_alone");
+  addLoadRow("expat_and_map");
+#ifdef ZN_UDF_HAVE_PUGIXML
+  addLoadRow("pugixml");
+#endif
+#ifdef ZN_UDF_HAVE_TINYXML2
+  addLoadRow("tinyxml2");
+#endif
+
+  const auto addSplitRow = [&](const std::string& who) {
+    addPeakRow("memory_split_16MiB/" + who, "split/" + who, "", memory_case::kTextSize);
+  };
+  addSplitRow("zn_udf");
+  addSplitRow("limit:result_alone");
+#ifdef ZN_UDF_HAVE_ABSL
+  addSplitRow("absl_StrSplit");
+#endif
+
+  const std::string dumped = directory.file("dumped");
+  std::ofstream(dumped).close();
+  std::filesystem::resize_file(dumped, memory_case::kDumpSize);
+  for (const char* who : {"zn_udf", "limit:file_alone"}) {
+    addPeakRow("memory_hexDump_8MiB/" + std::string(who), "hexDump/" + std::string(who), dumped,
+               memory_case::kDumpSize);
+  }
+
+  const bench::FullDirectory listed(memory_case::kFiles);
+  for (const char* who : {"zn_udf", "limit:result_alone", "readdir"}) {
+    addPeakRow("memory_listDir_100000/" + std::string(who), "listDir/" + std::string(who),
+               listed.path(), 0);
+  }
+  return bench::runRows(argc, argv);
+}

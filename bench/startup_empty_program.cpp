@@ -1,0 +1,2 @@
+/// Nothing: what is timed is loading the libraries that it is linked with.
+int main() { return 0; }

@@ -1,0 +1,59 @@
+/// The numbered variant of a name in a directory with many others, against the loop that looks for
+/// a name with the directory's functions.
+#include <dirent.h>
+#include <zn_seqfile.h>
+
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "bench_files.h"
+#include "bench_rows.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The last of the names in `directory` that hold `base`.
+std::string lastByReaddir(const std::string& directory, const std::string& base) {
+  std::string last;
+  const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(directory.c_str()), &closedir);
+  while (const dirent* const entry = readdir(entries.get())) {
+    if (std::strstr(entry->d_name, base.c_str()) != nullptr) last = entry->d_name;
+  }
+  return last;
+}
+
+std::string lastByIterator(const std::string& directory, const std::string& base) {
+  std::string last;
+  for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
+    std::string name = entry.path().filename();
+    if (name.find(base) != std::string::npos) last = std::move(name);
+  }
+  return last;
+}
+
+std::string numbered(std::string name) {
+  zn_lib::sequentialFile(name);
+  return name;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const bench::FullDirectory directory(1000);
+  const std::string base = "measurement_77";  // eleven names begin with it
+  bench::addClockRow("sequentialFile_of_1000/zn_udf", directory.file(base + ".csv"), numbered);
+  bench::addClockRow("sequentialFile_of_1000/std_directory_iterator", directory.path(),
+                     [base](const std::string& d) { return lastByIterator(d, base); });
+  bench::addClockRow("sequentialFile_of_1000/limit:readdir", directory.path(),
+                     [base](const std::string& d) { return lastByReaddir(d, base); });
+
+  constexpr int fewest = 64;
+  constexpr int most = 100000;
+  static bench::MadeOnce<bench::FullDirectory> directories;
+  const auto name = [](std::size_t files) { return directories(files).file("measurement_77.csv"); };
+  bench::addGrowth("sequentialFile", fewest, most, name, numbered);
+  return bench::runRows(argc, argv);
+}
