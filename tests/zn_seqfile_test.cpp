@@ -220,7 +220,9 @@ TEST_F(SequentialFile, AnswersForNamesOfAnyLength) {
       {"a number", a + "-77.x", a + "-1.x"},
       {"two dots", a + "." + a + ".x", a + "." + a + "-1.x"},
       {"a long number", "a-" + std::string(a.size(), '7'), "a-1."},
-      {"too long for a pattern", a + "+.x", a + "+.x"},
+      {"the longest for a pattern", std::string(254, 'a') + "+.x", std::string(254, 'a') + "+-1.x"},
+      {"too long for a pattern", std::string(255, 'a') + "+.x", std::string(255, 'a') + "+.x"},
+      {"far too long for one", a + "+.x", a + "+.x"},
   };
   for (const auto& c : cases) EXPECT_TRUE(sequential(c.name) == c.result) << c.what;
 }
