@@ -125,7 +125,6 @@ bool ReadXml<Event>::parseFile() {
     isFinal = std::feof(in.get()) != 0 || std::ferror(in.get()) != 0;
     isParsed = parser.Parse(block.data(), count, isFinal);
   }
-  parser.Destroy();
   event->rethrow();
   return true;
 }

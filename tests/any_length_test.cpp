@@ -720,8 +720,12 @@ TEST(AnyLength, Xml) {
     const std::string expected = zn_lib::replaceChar(text, '\r', '\n');
     EXPECT_TRUE(!isXmlText(text) || handler.joined == expected);
 
-    ASSERT_TRUE(parser.Create(text.c_str(), nullptr)) << "an encoding";
-    EXPECT_EQ(parser.Parse("<a/>", true), c.unit.front() == '\0');
+    // An expat with its security updates refuses to copy names of tens of MiB.
+    if (parser.Create(text.c_str(), nullptr)) {
+      EXPECT_EQ(parser.Parse("<a/>", true), c.unit.front() == '\0') << "an encoding";
+    } else {
+      EXPECT_EQ(XML_ParserCreate(text.c_str()), nullptr);
+    }
     ASSERT_TRUE(parser.Create(nullptr, text.c_str())) << "a separator";
     EXPECT_TRUE(parser.Parse("<a/>", true));
   });

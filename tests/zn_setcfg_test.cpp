@@ -447,6 +447,24 @@ TEST_F(Settings, SaveWithoutStandardInput) {
   EXPECT_EQ(loaded(readFile("config.xml")).at("a").value, "1");
 }
 
+TEST_F(Settings, ASaveThatFailsWithoutStandardInput) {
+  const pid_t child = fork();
+  if (child == 0) {
+    close(STDIN_FILENO);
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit size = {1, 1};
+    setrlimit(RLIMIT_FSIZE, &size);
+    Configuration store;
+    store.set("a", "1");
+    const bool leavesNothing = store.save() && entriesHere() == 0;
+    const bool isClosed = fcntl(STDIN_FILENO, F_GETFD) == -1;
+    _exit(leavesNothing && isClosed ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+}
+
 TEST_F(Settings, SaveFailsWhereNoFileCanBe) {
   zn_lib::setVerbose(true);
   Configuration store;
