@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <tokenizer.h>
 #include <unistd.h>
 #include <zn_datetime.h>
 #include <zn_dir.h>
@@ -389,6 +390,33 @@ TEST_F(OutOfMemory, ReadingAndShowingACatalog) {
 }
 
 // ---- Directories
+
+TEST_F(OutOfMemory, Split) {
+  const std::string text = kLong + "," + kLong + ";" + kLong;
+  const std::vector<std::string> parts(3, kLong);
+  const struct {
+    const char* what;
+    std::size_t (zn_lib::Tokenizer::*split)(const std::string&, const std::string&);
+    std::string at;
+  } cases[] = {
+      {"at characters", &zn_lib::Tokenizer::split, ",;"},
+#ifndef _LIBCPP_VERSION
+      // libc++'s engine frees some memory twice when it runs out of it.
+      {"at a set", &zn_lib::Tokenizer::split, "+-<"},
+      {"at a pattern", &zn_lib::Tokenizer::splitMulti, "[,;]"},
+#endif
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    zn_lib::Tokenizer tokenizer;
+    const long allocations = failEach(
+        ours, [&] { tokenizer.tokens = {"old"}; }, [&] { (tokenizer.*c.split)(text, c.at); },
+        [&](bool isDone) {
+          EXPECT_EQ(tokenizer.tokens, isDone ? parts : std::vector<std::string>());
+        });
+    EXPECT_GE(allocations, 3);
+  }
+}
 
 TEST_F(OutOfMemory, ListDir) {
   for (int i = 0; i < 20; ++i) writeFile("a_file_with_a_long_name_" + std::to_string(i), "");
