@@ -74,8 +74,8 @@ class ZN_UDF_API Tokenizer {
   ///
   /// Plain characters are looked up in linear time, whatever the length. Sets with any of `^ \ [ ]`
   /// or an inner hyphen in them go through std::regex: a malformed one, such as "z-a", throws
-  /// std::regex_error and leaves no tokens, and so does one of more than 10,000 bytes that closes
-  /// early; a set that closes early and repeats may exhaust the stack on long texts.
+  /// std::regex_error and leaves no tokens, and so does one of more than 10,000 bytes with a
+  /// "]" in it; a set that closes early and repeats may exhaust the stack on long texts.
   std::size_t split(const std::string& text, const std::string& delimiters);
 
   /// Splits `text` at each match of `pattern`, an ECMAScript regular expression, and returns the
@@ -85,8 +85,8 @@ class ZN_UDF_API Tokenizer {
   ///
   /// A pattern of plain characters, ", ", is looked up in linear time, whatever the length. All
   /// others go through std::regex: a malformed one, or one of more than 10,000 bytes, throws
-  /// std::regex_error and leaves no tokens, and one that repeats may exhaust the stack where a match
-  /// is tens of thousands of characters long.
+  /// std::regex_error and leaves no tokens, and one that repeats may exhaust the stack where a
+  /// match is tens of thousands of characters long.
   std::size_t splitMulti(const std::string& text, const std::string& pattern);
 
   /// Sorts the tokens in the order of `vector_key`. False, and nothing changes, when there are
