@@ -171,6 +171,8 @@ TEST(SplitMulti, AgreesWithTheEngine) {
   const std::string text = everyByte() + "ab--^^$$..||";
   forEveryText(everyByte(), 1, [&](const std::string& pattern) { agrees(text, pattern); });
   forEveryText("a-^$\\.*+?()[]{}|,\n\0\xFF"s, 2, [&](const std::string& p) { agrees(text, p); });
+  // The characters that are equal but for their case.
+  forEveryText(everyByte(), 1, [&](const std::string& p) { agrees(text, "[[=" + p + "=]]"); });
   // Plain patterns that overlap themselves.
   for (const char* pattern : {"a", "aa", "ab", "aba", "aab", "bb"}) {
     forEveryText("ab", 9, [&](const std::string& t) { agrees(t, pattern); });

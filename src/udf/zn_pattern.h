@@ -6,6 +6,9 @@
 #include <locale>
 #include <regex>
 #include <string>
+#include <string_view>
+
+#include "zn_ascii.h"
 
 #ifdef _LIBCPP_VERSION
 #include "zn_pattern_libcxx.h"
@@ -13,12 +16,39 @@
 
 namespace zn_lib {
 
-/// A compiled pattern.
-#ifdef _LIBCPP_VERSION
-using Pattern = std::basic_regex<char, ClassicTraits>;
-#else
-using Pattern = std::regex;
+#ifndef _LIBCPP_VERSION
+/// The traits of the "C" locale. For each bracket expression and escaped class, libstdc++ asks for
+/// two answers on each of the 256 bytes that cost it a look at the locale, and those of the few
+/// patterns that are compiled at load would take longer than all else that a small program does.
+struct ClassicTraits : std::regex_traits<char> {
+  ClassicTraits() {
+    imbue(std::locale::classic());
+    constexpr std::string_view name = "digit";
+    digits_ = lookup_classname(name.begin(), name.end());
+  }
+
+  /// The sort key without regard to case: there, a text is its own key.
+  template <class Iterator>
+  std::string transform_primary(Iterator first, Iterator last) const {
+    std::string key(first, last);
+    std::transform(key.begin(), key.end(), key.begin(), toLower);
+    return key;
+  }
+
+  /// Nothing is in the class of a bracket expression that names none.
+  bool isctype(char c, char_class_type members) const {
+    if (members == char_class_type()) return false;
+    if (members == digits_) return isDigit(c);
+    return std::regex_traits<char>::isctype(c, members);
+  }
+
+ private:
+  char_class_type digits_;
+};
 #endif
+
+/// A compiled pattern.
+using Pattern = std::basic_regex<char, ClassicTraits>;
 
 /// The engine recurses in compiling, too, once a term and more often at a bracket.
 constexpr std::size_t kLongestPattern = 10000;
