@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <functional>
+#include <random>
 #include <regex>
 #include <string>
 #include <vector>
@@ -229,13 +230,15 @@ TEST_F(Directories, ListFailures) {
 }
 
 TEST_F(Directories, FiltersAgreeWithTheEngine) {
-  const std::string alphabet = "ab.+-\xE4\n";
+  std::mt19937 random(20240305);
+  const std::string alphabet = "ab.+-7\xE4\n";
   forEveryText(alphabet, 2, [](const std::string& name) {
     if (!name.empty() && name != "." && name != "..") writeFile(name, "");
   });
+  for (int i = 0; i < 40; ++i) writeFile(randomText(random, alphabet + "ab", 3 + i % 6), "");
   const Names all = listed(".", "", false);
-  ASSERT_GT(all.size(), 40u);
-  forEveryText("ab.+^$\\", 3, [&](const std::string& filter) {
+  ASSERT_GT(all.size(), 100u);
+  const auto agrees = [&](const std::string& filter) {
     Names expected;
     try {
       const reference::Engine pattern = reference::engine(filter);
@@ -250,7 +253,18 @@ TEST_F(Directories, FiltersAgreeWithTheEngine) {
       return;
     }
     ASSERT_EQ(listed(".", filter, false), expected) << filter;
-  });
+  };
+  forEveryText("ab.+^$\\", 3, agrees);
+  // Texts that all matches have stand among pieces that may match nothing, or another text.
+  const Names pieces = {"a",   "b",   "ab",   "7",    ".",   "]",   "*",    "+",     "?",   "{2}",
+                        "{,}", "^",   "$",    "\\.",  "\\+", "\\d", "\\W",  "\\x61", "\\b", "[ab]",
+                        "[]",  "[7]", "[^a]", "(ab)", "(b", ")",   "(?!b)", "b|"};
+  std::uniform_int_distribution<std::size_t> pick(0, pieces.size() - 1);
+  for (int i = 0; i < 4000; ++i) {
+    std::string filter;
+    for (int count = 2 + i % 4; count > 0; --count) filter += pieces[pick(random)];
+    ASSERT_NO_FATAL_FAILURE(agrees(filter));
+  }
 }
 
 TEST_F(Directories, LongFiltersSelectNothing) {

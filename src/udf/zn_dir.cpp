@@ -62,18 +62,50 @@ std::optional<FixedText> fixedText(const std::string& pattern) {
   return fixed;
 }
 
+/// The longest text seen to be in all that the well-formed `pattern` finds; empty when none is.
+std::string textInAllMatches(const std::string& pattern) {
+  // What groups, alternatives and counts hold may be missing.
+  if (pattern.find_first_of("(|{") != std::string::npos) return "";
+  std::string longest;
+  std::string run;
+  const auto endRun = [&] {
+    if (run.size() > longest.size()) longest = run;
+    run.clear();
+  };
+  // Behind the last bracket, all that is not escaped stands for itself.
+  for (std::size_t i = pattern.rfind(']') + 1; i < pattern.size(); ++i) {
+    char c = pattern[i];
+    const bool isEscape = c == '\\';
+    if (isEscape) c = pattern[++i];
+    if (isOperator(c) == isEscape && c != '\0') {
+      run += c;
+    } else if (isEscape && std::strchr("bBdDsSwW", c) == nullptr) {
+      return "";
+    } else {
+      // A quantifier, of a quantified character too, may allow none.
+      if (!isEscape && std::strchr("*+?", c) != nullptr && !run.empty()) run.pop_back();
+      endRun();
+    }
+  }
+  endRun();
+  return longest;
+}
+
 /// Selects names by a pattern that is searched in them. A fixed text needs no engine, nor does a
-/// pattern of single characters that is longer than any name.
+/// pattern of single characters that is longer than any name, nor a name without the text that all
+/// matches have.
 class NameFilter {
  public:
   /// Throws std::regex_error when `pattern` is no regular expression.
   explicit NameFilter(const std::string& pattern) : fixed_(fixedText(pattern)) {
-    if (!fixed_ && !isLongerThanNames(pattern)) engine_ = compilePattern(pattern);
+    if (fixed_ || isLongerThanNames(pattern)) return;
+    engine_ = compilePattern(pattern);
+    needed_ = textInAllMatches(pattern);
   }
 
   bool admits(const std::string& name) const {
     if (fixed_) return fixed_->isIn(name);
-    return engine_ && containsMatch(name, *engine_);
+    return engine_ && findText(name, needed_) != std::string::npos && containsMatch(name, *engine_);
   }
 
  private:
@@ -83,6 +115,7 @@ class NameFilter {
 
   const std::optional<FixedText> fixed_;
   std::optional<Pattern> engine_;
+  std::string needed_;
 };
 
 std::string workingDirectory() {
