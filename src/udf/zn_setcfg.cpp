@@ -41,22 +41,9 @@ class WithTime {
   const bool before_;
 };
 
-/// The size of the store's file, or a little more.
-std::size_t sizeOfXml(const Configuration& store) {
-  constexpr std::size_t documentMarkup = 128;
-  constexpr std::size_t entryMarkup = 40;
-  std::size_t size = documentMarkup + store.type.size();
-  for (const auto& [key, element] : store.elements) {
-    size += entryMarkup + 2 * key.size();
-    size += element.type.size() + element.describe.size() + element.value.size();
-  }
-  return size;
-}
-
 /// The store's file as text. Each part ends at its first NUL.
 std::string toXml(const Configuration& store) {
   std::string xml;
-  xml.reserve(sizeOfXml(store));
   xml.append("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<");
   xml.append(kRoot).append(" type='").append(store.type.c_str()).append("'>\n");
   for (const auto& [key, element] : store.elements) {
