@@ -293,6 +293,19 @@ TEST(ReplaceString, ReplacesTheFirstOccurrence) {
   }
 }
 
+// Short texts are searched in another way than long ones.
+TEST(ReplaceString, AgreesWithTheStandardStringAtAnyLength) {
+  std::mt19937 random(3);
+  for (std::size_t length = 0; length < 600; ++length) {
+    const std::string text = randomText(random, "ab", length);
+    const std::string search = randomText(random, "ab", length % 12);
+    std::string expected = text;
+    const std::size_t position = text.find(search);
+    if (position < length) expected.replace(position, search.size(), "<new>");
+    ASSERT_EQ(zn_lib::replaceString(text, search, "<new>"), expected) << text << ' ' << search;
+  }
+}
+
 TEST(FindStrings, Examples) {
   EXPECT_TRUE(zn_lib::findStrings("hello", {"xyz", "ell"}));
   EXPECT_TRUE(zn_lib::findStrings("hello", {""}));

@@ -58,6 +58,13 @@ Tokens splitAtCharacters(const std::string& text, const std::string& delimiters)
   return tokens;
 }
 
+Tokens splitAtCharacter(const std::string& text, char delimiter) {
+  Tokens tokens;
+  tokens.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), delimiter)) + 1);
+  appendTokens(tokens, text, 1, [&](std::size_t start) { return text.find(delimiter, start); });
+  return tokens;
+}
+
 Tokens splitAtText(const std::string& text, const std::string& delimiter) {
   Tokens tokens;
   appendTokens(tokens, text, delimiter.size(),
@@ -103,8 +110,13 @@ std::size_t Tokenizer::split(const std::string& text, const std::string& delimit
   // them.
   Tokens old;
   old.swap(tokens);
-  tokens = isPlainSet(delimiters) ? splitAtCharacters(text, delimiters)
-                                  : splitAtMatches(text, "[" + delimiters + "]");
+  if (!isPlainSet(delimiters)) {
+    tokens = splitAtMatches(text, "[" + delimiters + "]");
+  } else if (delimiters.size() == 1) {
+    tokens = splitAtCharacter(text, delimiters.front());
+  } else {
+    tokens = splitAtCharacters(text, delimiters);
+  }
   return tokens.size();
 }
 

@@ -21,17 +21,6 @@ constexpr std::size_t kLongestText = sizeof("255.255.255.255") - 1;
 
 bool isLowDigit(char c) { return c >= '0' && c <= '5'; }
 
-/// True when `text`, low digits with three points among them, has one to three digits in each part.
-/// False says nothing.
-bool isFourParts(const std::string& text) {
-  std::size_t digits = 0;
-  for (const char c : text) {
-    if (c == '.' ? digits == 0 : digits == 3) return false;
-    digits = c == '.' ? 0 : digits + 1;
-  }
-  return digits > 0;
-}
-
 /// The text of an address in network byte order.
 std::string addressText(int family, const void* address) {
   std::array<char, 1024> buffer;
@@ -55,15 +44,15 @@ bool IPv4::set(unsigned int value) {
 bool IPv4::validFormat(const std::string& text) const {
   if (text.size() < kShortestText || text.size() > kLongestText) return false;
   std::size_t points = 0;
+  std::size_t digits = 0;  // of the last part
   for (const char c : text) {
-    if (c == '.') {
-      ++points;
-    } else if (!isLowDigit(c)) {
-      return false;
-    }
+    if (c != '.' && !isLowDigit(c)) return false;
+    if (c == '.' ? digits == 0 : digits == 3) return std::regex_match(text, ipv4);
+    points += c == '.' ? 1 : 0;
+    digits = c == '.' ? 0 : digits + 1;
   }
   if (points != 3) return false;
-  return isFourParts(text) || std::regex_match(text, ipv4);
+  return digits > 0 || std::regex_match(text, ipv4);
 }
 
 void IPv4::textToBlocks(const std::string& text) {
