@@ -19,6 +19,8 @@
 #include "samples.h"
 #include "temporary_files.h"
 
+using namespace std::string_literals;
+
 namespace {
 
 bool typesAreUnknown = false;
@@ -256,9 +258,10 @@ TEST_F(Directories, FiltersAgreeWithTheEngine) {
   };
   forEveryText("ab.+^$\\", 3, agrees);
   // Texts that all matches have stand among pieces that may match nothing, or another text.
-  const Names pieces = {"a",   "b",   "ab",   "7",    ".",   "]",   "*",    "+",     "?",   "{2}",
-                        "{,}", "^",   "$",    "\\.",  "\\+", "\\d", "\\W",  "\\x61", "\\b", "[ab]",
-                        "[]",  "[7]", "[^a]", "(ab)", "(b", ")",   "(?!b)", "b|"};
+  const Names pieces = {"a",   "b",     "ab",    "7",    ".",   "]",    "*",    "+",
+                        "?",   "{2}",   "{,}",   "^",    "$",   "\\.",  "\\+",  "\\d",
+                        "\\W", "\\x61", "\\b",   "[ab]", "[]",  "[7]",  "[^a]", "(ab)",
+                        "(b",  ")",     "(?!b)", "b|",   "\0"s, "\\\0"s};
   std::uniform_int_distribution<std::size_t> pick(0, pieces.size() - 1);
   for (int i = 0; i < 4000; ++i) {
     std::string filter;

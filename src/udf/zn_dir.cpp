@@ -77,7 +77,7 @@ std::string textInAllMatches(const std::string& pattern) {
     char c = pattern[i];
     const bool isEscape = c == '\\';
     if (isEscape) c = pattern[++i];
-    if (isOperator(c) == isEscape && c != '\0') {
+    if (isOperator(c) == isEscape) {
       run += c;
     } else if (isEscape && std::strchr("bBdDsSwW", c) == nullptr) {
       return "";

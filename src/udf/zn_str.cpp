@@ -46,8 +46,7 @@ bool isSignedChar(int character) {
 }
 
 /// The text without the bytes for which `drop` is true. One pass without branches: its time does
-/// not depend on how many bytes go, or where. Most bytes are taken eight at a time, which is a fifth
-/// faster.
+/// not depend on how many bytes go, or where. Most are taken eight at a time: a fifth faster.
 template <class Drop>
 std::string withoutBytes(const std::string& text, Drop drop) {
   std::string kept(text.size(), '\0');
