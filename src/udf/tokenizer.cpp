@@ -5,6 +5,7 @@
 #include <ios>
 #include <ostream>
 #include <regex>
+#include <string_view>
 
 #include "zn_find.h"
 #include "zn_pattern.h"
@@ -37,7 +38,7 @@ template <class Find>
 void appendTokens(Tokens& tokens, const std::string& text, std::size_t width, Find find) {
   std::size_t start = 0;
   for (std::size_t at; (at = find(start)) != std::string::npos; start = at + width) {
-    tokens.emplace_back(text, start, at - start);
+    tokens.emplace_back(text.data() + start, at - start);
   }
   if (start < text.size() || tokens.empty()) tokens.emplace_back(text, start);
 }
@@ -61,7 +62,9 @@ Tokens splitAtCharacters(const std::string& text, const std::string& delimiters)
 Tokens splitAtCharacter(const std::string& text, char delimiter) {
   Tokens tokens;
   tokens.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), delimiter)) + 1);
-  appendTokens(tokens, text, 1, [&](std::size_t start) { return text.find(delimiter, start); });
+  appendTokens(tokens, text, 1, [characters = std::string_view(text), delimiter](std::size_t start) {
+    return characters.find(delimiter, start);
+  });
   return tokens;
 }
 

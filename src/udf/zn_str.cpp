@@ -34,8 +34,6 @@ ByteTable bytesThatMatch(const Pattern& pattern) {
   return table;
 }
 
-const ByteTable quoteBytes = bytesThatMatch(quote);
-
 /// What a stream would print of `text`: the library's inserter stops at the first NUL.
 std::string upToNul(const std::string& text) { return text.c_str(); }
 
@@ -197,7 +195,8 @@ std::string removeChar(const std::string& text, int character) {
 }
 
 std::string removeQuotes(const std::string& text) {
-  return withoutBytes(text, [](char c) { return quoteBytes[static_cast<unsigned char>(c)]; });
+  static const ByteTable isQuote = bytesThatMatch(quote);
+  return withoutBytes(text, [](char c) { return isQuote[static_cast<unsigned char>(c)]; });
 }
 
 std::string inQuotes(const std::string& text, char mark) { return mark + upToNul(text) + mark; }
