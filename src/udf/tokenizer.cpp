@@ -62,9 +62,8 @@ Tokens splitAtCharacters(const std::string& text, const std::string& delimiters)
 Tokens splitAtCharacter(const std::string& text, char delimiter) {
   Tokens tokens;
   tokens.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), delimiter)) + 1);
-  appendTokens(tokens, text, 1, [characters = std::string_view(text), delimiter](std::size_t start) {
-    return characters.find(delimiter, start);
-  });
+  const std::string_view view = text;  // searched here; a string is by a call of the library
+  appendTokens(tokens, text, 1, [&](std::size_t start) { return view.find(delimiter, start); });
   return tokens;
 }
 
