@@ -237,7 +237,7 @@ TEST_F(Directories, FiltersAgreeWithTheEngine) {
   forEveryText(alphabet, 2, [](const std::string& name) {
     if (!name.empty() && name != "." && name != "..") writeFile(name, "");
   });
-  for (int i = 0; i < 40; ++i) writeFile(randomText(random, alphabet + "ab", 3 + i % 6), "");
+  for (std::size_t i = 0; i < 40; ++i) writeFile(randomText(random, alphabet + "ab", 3 + i % 6), "");
   const Names all = listed(".", "", false);
   ASSERT_GT(all.size(), 100u);
   const auto agrees = [&](const std::string& filter) {
