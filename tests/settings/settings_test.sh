@@ -5,11 +5,13 @@ set -eu
 settings=$(CDPATH='' cd -- "$(dirname -- "$1")" && pwd)/$(basename -- "$1")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-cd "$work"
+mkdir "$work/run"
+cd "$work/run"
 
 # compare WHAT FILE: standard input with a file, in which the date of the first save counts as "STAMP".
 compare() {
-  sed 's/[0-9]\{4\}-[0-9][0-9]-[0-9][0-9] [0-9][0-9]:[0-9][0-9]:[0-9][0-9]/STAMP/' "$2" | diff -u - /dev/fd/3 3<&0 || {
+  cat >"$work/expected"
+  sed 's/[0-9]\{4\}-[0-9][0-9]-[0-9][0-9] [0-9][0-9]:[0-9][0-9]:[0-9][0-9]/STAMP/' "$2" | diff -u "$work/expected" - || {
     echo "FAILED: $1"
     exit 1
   }
