@@ -16,7 +16,6 @@
 #include <exception>
 #include <memory>
 #include <string>
-#include <utility>
 
 #include "zn_readfile.h"
 #include "zn_str.h"
@@ -24,7 +23,11 @@
 
 namespace zn_lib {
 
-/// An event handler with the map that it fills and the state that its callbacks share.
+/// An event handler with the map that it fills and the state that its callbacks share. It is a
+/// value: its state is its three members, which a host may set, clear, copy or swap between events.
+///
+/// A handler that `ReadXml` owns may throw from its callbacks. One that a host passes to an
+/// `XMLParser` itself must not, and running out of memory counts.
 template <class Map>
 class ZN_UDF_API XmlEvent : public XMLEvtHandler {
  public:
@@ -40,25 +43,6 @@ class ZN_UDF_API XmlEvent : public XMLEvtHandler {
   /// The first `length` bytes of `text`, or those before its first NUL, without leading blanks.
   /// Trailing ones stay.
   std::string skipWhiteSpace(const char* text, int length);
-
-  /// Throws what a callback could not handle, such as memory that ran out; does nothing otherwise.
-  void rethrow();
-
- protected:
-  /// Runs what a callback does. No exception may pass through the parser: it is kept for `rethrow`,
-  /// and further events are ignored until then.
-  template <class Callback>
-  void guarded(Callback callback) noexcept {
-    if (failure_) return;
-    try {
-      callback();
-    } catch (...) {
-      failure_ = std::current_exception();
-    }
-  }
-
- private:
-  std::exception_ptr failure_;
 };
 
 template <class Map>
@@ -67,10 +51,48 @@ std::string XmlEvent<Map>::skipWhiteSpace(const char* text, int length) {
   return leftTrim({text, strnlen(text, static_cast<std::size_t>(length))});
 }
 
-template <class Map>
-void XmlEvent<Map>::rethrow() {
-  if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
-}
+/// \cond internal
+namespace internal {
+
+/// Passes events on to a handler, up to the first one that throws. The exception is kept until the
+/// parser is done: it must not unwind expat's C functions.
+class KeepsException final : public XMLEvtHandler {
+ public:
+  explicit KeepsException(XMLEvtHandler& handler) : handler_(handler) {}
+
+  void OnPostCreate() override { handler_.OnPostCreate(); }
+  void OnStartElement(const XML_Char* name, const XML_Char** attributes) override {
+    run([&] { handler_.OnStartElement(name, attributes); });
+  }
+  void OnEndElement(const XML_Char* name) override {
+    run([&] { handler_.OnEndElement(name); });
+  }
+  void OnCharacterData(const XML_Char* text, int length) override {
+    run([&] { handler_.OnCharacterData(text, length); });
+  }
+
+  /// Throws the exception, if there was one.
+  void rethrow() const {
+    if (failure_) std::rethrow_exception(failure_);
+  }
+
+ private:
+  template <class Callback>
+  void run(Callback callback) noexcept {
+    if (failure_) return;
+    try {
+      callback();
+    } catch (...) {
+      failure_ = std::current_exception();
+    }
+  }
+
+  XMLEvtHandler& handler_;
+  std::exception_ptr failure_;
+};
+
+}  // namespace internal
+/// \endcond
 
 /// Reads an XML file into an event handler, which it owns.
 ///
@@ -95,6 +117,9 @@ class ZN_UDF_API ReadXml : public ReadFile {
   ///
   /// True says nothing about its content: a malformed file gives the entries before the error, a
   /// read that fails those before the failure. Prints nothing. The file is taken for UTF-8.
+  ///
+  /// Throws what a callback of the event handler throws, once the parser is done; the handler gets
+  /// no further event after it.
   virtual bool parseFile();
 };
 
@@ -108,7 +133,8 @@ ReadXml<Event>::~ReadXml() {
 
 template <class Event>
 bool ReadXml<Event>::parseFile() {
-  XMLParser parser(event);
+  internal::KeepsException handler(*event);
+  XMLParser parser(&handler);
   parser.Create("UTF-8", nullptr);
   parser.EnableElementHandler(true);
   parser.EnableCharacterDataHandler(true);
@@ -125,7 +151,7 @@ bool ReadXml<Event>::parseFile() {
     isFinal = std::feof(in.get()) != 0 || std::ferror(in.get()) != 0;
     isParsed = parser.Parse(block.data(), count, isFinal);
   }
-  event->rethrow();
+  handler.rethrow();
   return true;
 }
 

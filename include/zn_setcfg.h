@@ -58,10 +58,12 @@ using config_map = std::map<std::string, ConfigElement, map_key<std::string>>;
 
 extern template class XmlEvent<config_map>;
 
-/// Fills a map of settings while a file is parsed. Every element with attributes or text is a
-/// setting, at any depth, but for those called "CONFIGURATION": its first attribute is the type and
-/// its second the description, whatever they are called. Text that the parser delivers in pieces is
-/// joined, each piece without its leading blanks: "a &amp; b" is read as "a &b".
+/// Fills a map of settings while a file is parsed. It is a value: all its state is `data`,
+/// `element` and `lastElement`, which a host may change between events. Every element with
+/// attributes or text is a setting, at any depth, but for those called "CONFIGURATION": its first
+/// attribute is the type and its second the description, whatever they are called. Text that the
+/// parser delivers in pieces is joined, each piece without its leading blanks: "a &amp; b" is read
+/// as "a &b".
 class ZN_UDF_API ConfigEvent final : public XmlEvent<config_map> {
  public:
   /// Nothing read.
@@ -78,9 +80,6 @@ class ZN_UDF_API ConfigEvent final : public XmlEvent<config_map> {
 
   /// Copies each setting that was read into `target`, in place of one with the same key.
   void exportData(config_map& target);
-
- private:
-  ConfigElement* entry_ = nullptr;  // of `element`, once it has been looked up
 };
 
 extern template class ReadXml<ConfigEvent>;
@@ -125,15 +124,24 @@ class ZN_UDF_API Configuration {
   /// The name of the file; empty when `name` is.
   std::string getConfigurationFile();
 
-  /// Writes the file. With `backup`, the file there was becomes the backup, whose name ends in "~".
-  /// A store without the key "UPDATE" gets it, with the date and time of now; later saves leave it.
+  /// Writes the file. With `backup`, the file that was there becomes the backup, whose name ends in
+  /// "~", in place of an older one. A store without the key "UPDATE" gets it, with the current date
+  /// and time; later saves leave it as it is.
   ///
-  /// False when the store has no name or the file cannot be opened; `changed` then stays. A disk
-  /// that is full is not told: the result is true.
+  /// Returns false when the store has no name, or when the file can be neither replaced nor opened.
+  /// The store and `changed` are then as they were. A full disk is not reported: the result is
+  /// true.
   ///
-  /// With `backup`, the new text is written beside the file and moved into place when it is whole:
-  /// whatever ends the process or fails on the way, the settings of before are in the file or its
-  /// backup. That takes a directory that may be written to, and a regular file or none.
+  /// Where the file can be replaced by name, the new text is written beside it, brought to the
+  /// disk, and renamed. Whatever ends the process or the power, the file then holds the old
+  /// settings or the new ones as a whole, and a disk that is full leaves the old ones. What a
+  /// killed save leaves beside the file, the next save removes. Elsewhere `save` moves the file to
+  /// its backup, as far as that succeeds, and writes it in place: a link, a mount point, another
+  /// user's file in a sticky directory, a directory that takes no new files or never lets one go,
+  /// or a name of more than 230 bytes. There, a kill may leave a part of the text.
+  ///
+  /// The new file has exactly the permissions of the one that it replaces, and its owner and group
+  /// where the process may set them. A file that was not there gets the permissions of new files.
   bool save();
 
   /// Prints descriptions and values as a table to standard output, whatever the verbose flag.
@@ -145,7 +153,7 @@ class ZN_UDF_API Configuration {
   std::string extension;  ///< its extension
   std::string type;       ///< what the store is called
   bool changed = false;   ///< set by `set`, cleared by `load` and `save`
-  bool backup = true;     ///< whether `save` keeps the previous file
+  bool backup = true;     ///< whether `save` keeps the previous file as a backup
 };
 
 }  // namespace zn_lib

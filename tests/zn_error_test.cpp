@@ -239,29 +239,6 @@ TEST_F(ErrorCatalog, ReaderTakesDeepAndLongDocuments) {
   EXPECT_EQ(catalogOf("<E>" + error("1", std::string(kLongText, 'm')) + "</E>").size(), 1u);
 }
 
-/// What an event handler does with memory that runs out: keeps it until the parser is gone.
-class Failing : public zn_lib::XmlEvent<Catalog> {
- public:
-  void OnStartElement(const XML_Char* name, const XML_Char**) override {
-    guarded([&] {
-      ++events;
-      if (std::string(name) == "bad") throw std::bad_alloc();
-    });
-  }
-  int events = 0;
-};
-
-TEST(XmlEvent, KeepsAnExceptionUntilItIsAskedFor) {
-  Failing handler;
-  handler.rethrow();
-  handler.OnStartElement("good", nullptr);
-  handler.OnStartElement("bad", nullptr);
-  handler.OnStartElement("good", nullptr);
-  EXPECT_EQ(handler.events, 2) << "nothing after the failure";
-  EXPECT_THROW(handler.rethrow(), std::bad_alloc);
-  handler.rethrow();
-}
-
 TEST(XmlEvent, SkipWhiteSpace) {
   zn_lib::XmlEvent<Catalog> handler;
   EXPECT_EQ(handler.element + handler.lastElement, "");

@@ -204,6 +204,38 @@ TEST_F(ReadXml, LeavesStreamAndFlagOfTheFileAlone) {
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(reader.file), {}), "<E/>");
 }
 
+/// A handler that counts its events, and runs out of memory at an element called "bad".
+class Failing final : public zn_lib::XmlEvent<Catalog> {
+ public:
+  void OnStartElement(const XML_Char* name, const XML_Char**) override { count(name); }
+  void OnEndElement(const XML_Char* name) override { count(name); }
+  void OnCharacterData(const XML_Char*, int) override { count("text"); }
+  int events = 0;
+
+ private:
+  void count(const std::string& name) {
+    ++events;
+    if (name == "bad") throw std::bad_alloc();
+  }
+};
+
+TEST_F(ReadXml, ThrowsWhatACallbackThrowsWhenTheParserIsDone) {
+  writeFile("good.xml", "<E><good>text</good></E>");
+  writeFile("bad.xml", "<E><bad>text</bad></E>");
+  zn_lib::ReadXml<Failing> reader;
+  std::string name = "bad.xml";
+  reader.setFileName(name);
+  expatCalls = ExpatCalls();
+  EXPECT_THROW(reader.parseFile(), std::bad_alloc);
+  EXPECT_EQ(reader.event->events, 2) << "none behind the failure";
+  EXPECT_EQ(expatCalls.parsed.back(), std::make_pair(22, true)) << "the parser came to the end";
+  EXPECT_EQ(expatCalls.freed, 1);
+  name = "good.xml";
+  reader.setFileName(name);
+  EXPECT_TRUE(reader.parseFile());
+  EXPECT_EQ(reader.event->events, 7);
+}
+
 TEST_F(ReadXml, AddsToWhatItHasRead) {
   zn_lib::ReadXml<zn_lib::ErrorEvent> reader;
   for (const std::string id : {"1", "2"}) {

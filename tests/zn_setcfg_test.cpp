@@ -12,11 +12,13 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include "output_capture.h"
 #include "samples.h"
@@ -580,24 +582,6 @@ TEST_F(Settings, LongNamesAreWrittenInPlace) {
   EXPECT_EQ(entriesHere(), 2u);
 }
 
-TEST_F(Settings, NamesBesideTheFileMayBeTaken) {
-  const std::string beside = "config.xml." + std::to_string(getpid()) + "-";
-  constexpr int tries = 100;
-  for (const int taken : {1, tries - 1, tries}) {
-    for (int i = 0; i < taken; ++i) writeFile(beside + std::to_string(i), "another's");
-    const std::string before = readFile("config.xml");
-    Configuration store;
-    store.set("taken", std::to_string(taken));
-    EXPECT_TRUE(store.save());
-    EXPECT_EQ(loaded(readFile("config.xml")).at("taken").value, std::to_string(taken));
-    EXPECT_EQ(readFile("config.xml~"), before);
-    for (int i = 0; i < taken; ++i) {
-      EXPECT_EQ(readFile(beside + std::to_string(i)), "another's");
-      std::filesystem::remove(beside + std::to_string(i));
-    }
-  }
-}
-
 // ---- Nothing is lost
 
 /// Runs `run` in a child, killed as it enters its `number`th system call. False when it ended
@@ -732,6 +716,78 @@ TEST(ConfigEvent, ExportsWhatItRead) {
   EXPECT_EQ(target.size(), 2u);
   EXPECT_EQ(fieldsOf(target.at("key")), "onetwo|type|description");
   EXPECT_EQ(target.at("other").value, "kept");
+}
+
+/// What a handler reads of the start of `key`, with a type.
+void start(zn_lib::ConfigEvent& event, const char* key) {
+  const XML_Char* const attributes[] = {"data_type", "t", nullptr};
+  event.OnStartElement(key, const_cast<const XML_Char**>(attributes));
+}
+
+void addText(zn_lib::ConfigEvent& event, const char* text) {
+  event.OnCharacterData(text, static_cast<int>(std::strlen(text)));
+}
+
+TEST(ConfigEvent, IsAValue) {
+  zn_lib::ConfigEvent a;
+  start(a, "k");
+  zn_lib::ConfigEvent b = a;
+  addText(b, "v");
+  EXPECT_EQ(a.data.at("k").value, "") << "a copy writes into its own map";
+  EXPECT_EQ(b.data.at("k").value, "v");
+  a = b;
+  addText(a, "w");
+  EXPECT_EQ(a.data.at("k").value, "vw");
+  EXPECT_EQ(b.data.at("k").value, "v");
+
+  auto original = std::make_unique<zn_lib::ConfigEvent>(b);
+  zn_lib::ConfigEvent copy = *original;
+  original.reset();
+  addText(copy, "x");
+  EXPECT_EQ(copy.data.at("k").value, "vx") << "the original is gone";
+  zn_lib::ConfigEvent moved = std::move(copy);
+  addText(moved, "y");
+  EXPECT_EQ(moved.data.at("k").value, "vxy");
+  static_assert(sizeof(zn_lib::ConfigEvent) == sizeof(zn_lib::XmlEvent<zn_lib::config_map>));
+  static_assert(sizeof(zn_lib::ConfigEvent) ==
+                sizeof(XMLEvtHandler) + sizeof(zn_lib::config_map) + 2 * sizeof(std::string));
+}
+
+TEST(ConfigEvent, MembersMayBeChangedBetweenEvents) {
+  const struct {
+    const char* what;
+    std::function<void(zn_lib::ConfigEvent&)> change;
+    std::string key, value;
+  } cases[] = {
+      {"nothing", [](auto&) {}, "k", "onetwo"},
+      {"data cleared", [](auto& event) { event.data.clear(); }, "k", "two"},
+      {"the entry erased", [](auto& event) { event.data.erase("k"); }, "k", "two"},
+      {"data swapped",
+       [](auto& event) {
+         zn_lib::config_map other;
+         other["k"].value = "other";
+         event.data.swap(other);
+       },
+       "k", "othertwo"},
+      {"an entry behind it", [](auto& event) { event.data["z"]; }, "k", "onetwo"},
+      {"the element set", [](auto& event) { event.element = "other"; }, "other", "two"},
+      {"the last element cleared", [](auto& event) { event.lastElement = ""; }, "k", "two"},
+      {"the last element set", [](auto& event) { event.element = event.lastElement = "other"; },
+       "other", "two"},
+  };
+  for (const auto& c : cases) {
+    zn_lib::ConfigEvent event;
+    start(event, "k");
+    addText(event, "one");
+    c.change(event);
+    addText(event, "two");
+    EXPECT_EQ(event.data[c.key].value, c.value) << c.what;
+  }
+  zn_lib::ConfigEvent event;
+  start(event, "k");
+  event.element.clear();
+  addText(event, "between elements");
+  EXPECT_EQ(event.data.at("k").value, "");
 }
 
 TEST_F(Settings, DocumentsOfAnySize) {

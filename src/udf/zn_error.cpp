@@ -32,27 +32,22 @@ bool error_order::operator()(int a, int b) const { return a < b; }
 ErrorEvent::ErrorEvent() = default;
 
 void ErrorEvent::OnStartElement(const XML_Char* name, const XML_Char**) {
-  guarded([&] { tag = name; });
+  tag = name;
 }
 
 void ErrorEvent::OnEndElement(const XML_Char* name) {
-  guarded([&] {
-    // Of the element that ends, not of the one around it: text behind an end tag still counts for
-    // it.
-    tag = name;
-    if (tag == "ERROR") data[id] = message;
-  });
+  // Of the element that ends, not of the one around it: text behind an end tag still counts for it.
+  tag = name;
+  if (tag == "ERROR") data[id] = message;
 }
 
 void ErrorEvent::OnCharacterData(const XML_Char* text, int length) {
-  guarded([&] {
-    if (tag == "ID") {
-      // As atoi, but defined for numbers of any length.
-      id = static_cast<int>(std::strtol(skipWhiteSpace(text, length).c_str(), nullptr, 10));
-    } else if (tag == "MESSAGE") {
-      message = skipWhiteSpace(text, length);
-    }
-  });
+  if (tag == "ID") {
+    // As atoi, but defined for numbers of any length.
+    id = static_cast<int>(std::strtol(skipWhiteSpace(text, length).c_str(), nullptr, 10));
+  } else if (tag == "MESSAGE") {
+    message = skipWhiteSpace(text, length);
+  }
 }
 
 void ErrorEvent::exportData(std::map<int, std::string, error_order>& catalog) {

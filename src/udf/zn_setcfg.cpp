@@ -1,18 +1,12 @@
 #include "zn_setcfg.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <fstream>
 #include <iostream>
 #include <iterator>
 #include <limits>
 #include <utility>
 
+#include "internal/staged_file.h"
 #include "tokenizer.h"
 #include "zn_datetime.h"
 #include "zn_file.h"
@@ -29,16 +23,47 @@ namespace {
 constexpr const char* kRoot = "CONFIGURATION";
 constexpr const char* kStampKey = "UPDATE";
 
-/// The process-wide use-time setting, on for the time of a scope.
-class WithTime {
+/// Turns the process-wide use-time setting on, for the time of a scope.
+class ScopedUseTime {
  public:
-  WithTime() : before_(isUseTime()) { setUseTime(true); }
-  ~WithTime() { setUseTime(before_); }
-  WithTime(const WithTime&) = delete;
-  WithTime& operator=(const WithTime&) = delete;
+  ScopedUseTime() : before_(isUseTime()) { setUseTime(true); }
+  ~ScopedUseTime() { setUseTime(before_); }
+  ScopedUseTime(const ScopedUseTime&) = delete;
+  ScopedUseTime& operator=(const ScopedUseTime&) = delete;
 
  private:
   const bool before_;
+};
+
+/// The time of a store's first save.
+ConfigElement stampOfNow() {
+  const ScopedUseTime time;
+  ConfigElement stamp;
+  stamp.value = getTodayAsISO();
+  stamp.type = "DATE";
+  stamp.describe = "Date of update in ISO9601";
+  return stamp;
+}
+
+/// Stamps settings that have no stamp yet, and takes it back at the end of the scope unless it is
+/// kept.
+class Stamp {
+ public:
+  explicit Stamp(config_map& settings) : settings_(settings), added_(settings.end()) {
+    if (settings.find(kStampKey) != settings.end()) return;
+    added_ = settings.emplace(kStampKey, stampOfNow()).first;
+  }
+  ~Stamp() {
+    if (added_ != settings_.end()) settings_.erase(added_);
+  }
+  Stamp(const Stamp&) = delete;
+  Stamp& operator=(const Stamp&) = delete;
+
+  void keep() { added_ = settings_.end(); }
+
+ private:
+  config_map& settings_;
+  config_map::iterator added_;
 };
 
 /// The store's file as text. Each part ends at its first NUL.
@@ -57,96 +82,15 @@ std::string toXml(const Configuration& store) {
   return xml;
 }
 
-/// Stamps the store with the time of its first save, and gives its text.
-std::string stampedXml(Configuration& store) {
-  const WithTime time;
-  if (store.elements.find(kStampKey) == store.elements.end()) {
-    store.set(kStampKey, "DATE", getTodayAsISO(), "Date of update in ISO9601");
+/// The entry of `key` in `data`, made when there is none. It is mostly the last one: the entry
+/// whose text is being read, or the next one of a saved file. `map_key` copies the keys that it
+/// compares.
+ConfigElement& entryOf(const std::string& key, config_map& data) {
+  if (!data.empty()) {
+    const auto last = std::prev(data.end());
+    if (last->first == key) return last->second;
   }
-  return toXml(store);
-}
-
-/// The entry of `key` in `data`, made when there is none. Looked for behind the last one first,
-/// where the next key of a saved file belongs: `map_key` copies the keys that it compares.
-ConfigElement* entryFor(const std::string& key, config_map& data) {
-  return &data.emplace_hint(data.end(), key, ConfigElement())->second;
-}
-
-/// A file of its own beside another one, gone with the object unless it was moved away.
-class FileBeside {
- public:
-  /// Creates it empty; `isOpen` tells whether that succeeded. No other process has the same name.
-  explicit FileBeside(const std::string& file) {
-    constexpr int tries = 100;
-    for (int i = 0; i < tries && descriptor_ < 0; ++i) {
-      name_ = file + "." + std::to_string(getpid()) + "-" + std::to_string(i);
-      descriptor_ = open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-      if (descriptor_ < 0 && errno != EEXIST) break;
-    }
-    isThere_ = isOpen();
-  }
-
-  ~FileBeside() {
-    if (descriptor_ >= 0) close(descriptor_);
-    if (isThere_) unlink(name_.c_str());
-  }
-
-  FileBeside(const FileBeside&) = delete;
-  FileBeside& operator=(const FileBeside&) = delete;
-
-  bool isOpen() const { return descriptor_ >= 0; }
-
-  /// Writes `text` and closes the file; true when all of it is there.
-  bool write(const std::string& text) {
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    while (at != end) {
-      const ssize_t count = ::write(descriptor_, at, static_cast<std::size_t>(end - at));
-      if (count < 0 && errno == EINTR) continue;
-      if (count <= 0) return false;
-      at += count;
-    }
-    const int descriptor = descriptor_;
-    descriptor_ = -1;
-    return close(descriptor) == 0;
-  }
-
-  /// Gives the file the name `target`, in place of another file of that name.
-  bool moveTo(const std::string& target) {
-    if (std::rename(name_.c_str(), target.c_str()) != 0) return false;
-    isThere_ = false;
-    return true;
-  }
-
-  const std::string& name() const { return name_; }
-
- private:
-  std::string name_;
-  int descriptor_ = -1;
-  bool isThere_ = false;
-};
-
-/// True for a regular file and for none at all.
-bool isReplaceable(const std::string& file) {
-  struct stat status;
-  if (lstat(file.c_str(), &status) != 0) return errno == ENOENT;
-  return S_ISREG(status.st_mode);
-}
-
-/// Makes the backup a second name of the file, so that the file does not go missing; moves the file
-/// to its backup where the file system has no hard links. `beside` is a free name.
-void keepBackup(const std::string& file, const std::string& beside) {
-  const bool hasSecondName = link(file.c_str(), beside.c_str()) == 0;
-  if (!hasSecondName && errno == ENOENT) return;
-  const std::string& kept = hasSecondName ? beside : file;
-  const std::string backup = file + "~";
-  if (std::rename(kept.c_str(), backup.c_str()) != 0) {
-    // A directory may be in its place.
-    std::remove(backup.c_str());
-    std::rename(kept.c_str(), backup.c_str());
-  }
-  // Still there when the backup could not be made, and when it was the same file already.
-  unlink(beside.c_str());
+  return data.emplace_hint(data.end(), key, ConfigElement())->second;
 }
 
 }  // namespace
@@ -156,37 +100,27 @@ ConfigElement::ConfigElement() : type("TEXT") {}
 ConfigEvent::ConfigEvent() = default;
 
 void ConfigEvent::OnStartElement(const XML_Char* name, const XML_Char** attributes) {
-  guarded([&] {
-    element = name;
-    lastElement.clear();
-    entry_ = nullptr;
-    if (element.empty() || element == kRoot || attributes[0] == nullptr) return;
-    entry_ = entryFor(element, data);
-    // Names and values alternate; the names do not matter.
-    entry_->type = attributes[1];
-    if (attributes[2] != nullptr) entry_->describe = attributes[3];
-  });
+  element = name;
+  lastElement.clear();
+  if (element.empty() || element == kRoot || attributes[0] == nullptr) return;
+  ConfigElement& entry = entryOf(element, data);
+  // Names and values alternate; the names do not matter.
+  entry.type = attributes[1];
+  if (attributes[2] != nullptr) entry.describe = attributes[3];
 }
 
-void ConfigEvent::OnEndElement(const XML_Char*) {
-  guarded([&] {
-    element.clear();
-    entry_ = nullptr;
-  });
-}
+void ConfigEvent::OnEndElement(const XML_Char*) { element.clear(); }
 
 void ConfigEvent::OnCharacterData(const XML_Char* text, int length) {
-  guarded([&] {
-    if (length < 1 || element.empty() || element == kRoot) return;
-    if (entry_ == nullptr) entry_ = entryFor(element, data);
-    std::string piece = skipWhiteSpace(text, length);
-    if (lastElement == element) {
-      entry_->value += piece;
-    } else {
-      entry_->value = std::move(piece);
-      lastElement = element;
-    }
-  });
+  if (length < 1 || element.empty() || element == kRoot) return;
+  ConfigElement& entry = entryOf(element, data);
+  std::string piece = skipWhiteSpace(text, length);
+  if (lastElement == element) {
+    entry.value += piece;
+  } else {
+    entry.value = std::move(piece);
+    lastElement = element;
+  }
 }
 
 void ConfigEvent::exportData(config_map& target) {
@@ -272,26 +206,9 @@ bool Configuration::save() {
   const std::string file = getConfigurationFile().c_str();
   if (file.empty()) return false;
 
-  if (backup && isReplaceable(file)) {
-    FileBeside fresh(file);
-    if (fresh.isOpen()) {
-      // A text that is not whole replaces nothing. That is no failure to the caller, who learns of
-      // none in writing.
-      if (fresh.write(stampedXml(*this))) {
-        keepBackup(file, fresh.name() + "~");
-        if (!fresh.moveTo(file)) return false;
-      }
-      changed = false;
-      return true;
-    }
-  }
-
-  if (backup) createBackup(file);
-  std::ofstream out(file);
-  if (!out.is_open()) return false;
-  const std::string xml = stampedXml(*this);
-  out.write(xml.data(), static_cast<std::streamsize>(xml.size()));
-  out.close();
+  Stamp stamp(elements);
+  if (!internal::saveText(file, toXml(*this), backup)) return false;
+  stamp.keep();
   changed = false;
   return true;
 }

@@ -1,0 +1,743 @@
+/// How a store's file is replaced: whole at every moment, with the permissions that it had, and in
+/// place where its name cannot be given to another file.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <sys/ptrace.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/uio.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <zn_datetime.h>
+#include <zn_setcfg.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#ifdef __linux__
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#endif
+
+#include "long_run.h"
+#include "temporary_files.h"
+
+namespace {
+
+using zn_lib::Configuration;
+
+using Names = std::set<std::string>;
+
+class StagedFile : public InTemporaryDirectory {
+ protected:
+  ~StagedFile() override { umask(umaskBefore_); }
+
+ private:
+  const mode_t umaskBefore_ = umask(0022);
+};
+
+Names namesIn(const std::string& directory) {
+  Names names;
+  for (const auto& entry : std::filesystem::directory_iterator(directory)) {
+    names.insert(entry.path().filename());
+  }
+  return names;
+}
+
+mode_t modeOf(const std::string& name) {
+  struct stat status;
+  return lstat(name.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
+/// A store in config.xml of `directory` that holds one setting, besides the stamp.
+void fill(Configuration& store, const std::string& directory, const std::string& value) {
+  store.path = directory;
+  store.set("UPDATE", "DATE", "2024-03-05 14:07:09", "");
+  store.set("key", value);
+}
+
+bool savesValue(const std::string& directory, const std::string& value) {
+  Configuration store;
+  fill(store, directory, value);
+  const bool result = store.save();
+  EXPECT_EQ(store.changed, !result);
+  store.changed = false;
+  return result;
+}
+
+/// What a save of that setting writes.
+std::string xmlOf(const std::string& value) {
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CONFIGURATION type='SYSTEM'>\n"
+         "<UPDATE data_type='DATE' describe=''>2024-03-05 14:07:09</UPDATE>\n"
+         "<key data_type='TEXT' describe='key'>" +
+         value + "</key>\n</CONFIGURATION>\n";
+}
+
+/// Runs `test`, with its expectations, in a child. Returns its exit status, 0 when they held.
+int statusOfChild(const std::function<void()>& test) {
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child == 0) {
+    test();
+    std::fflush(stdout);
+    _exit(testing::Test::HasFailure() ? 1 : 0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+}
+
+constexpr int kImpossibleHere = 77;
+constexpr uid_t kNobody = 65534;
+constexpr uid_t kSomebody = 65533;
+
+// ---- Permissions, owner and group
+
+TEST_F(StagedFile, KeepsThePermissionsOfTheFileThatItReplaces) {
+  for (const bool backup : {true, false}) {
+    for (const mode_t mode : {0600u, 0640u, 0400u, 0644u, 0666u, 0000u, 0777u, 02660u}) {
+      writeFile("config.xml", "old");
+      ASSERT_EQ(chmod("config.xml", mode), 0);
+      Configuration store;
+      store.backup = backup;
+      store.set("a", "1");
+      EXPECT_TRUE(store.save());
+      EXPECT_EQ(modeOf("config.xml"), mode) << "with the backup " << backup;
+      if (backup) {
+        EXPECT_EQ(modeOf("config.xml~"), mode);
+      }
+      std::filesystem::remove("config.xml");
+      std::filesystem::remove("config.xml~");
+    }
+  }
+}
+
+TEST_F(StagedFile, KeepsThemWhereItIsWrittenInPlace) {
+  // There is no room for a name beside it.
+  Configuration store("T", std::string(250, 'n'));
+  const std::string file = store.getConfigurationFile();
+  writeFile(file, "old");
+  ASSERT_EQ(chmod(file.c_str(), 0600), 0);
+  store.set("a", "1");
+  EXPECT_TRUE(store.save());
+  EXPECT_EQ(modeOf(file), mode_t{0600});
+  EXPECT_EQ(readFile(file + "~"), "old");
+  // A link is moved as it is; what it led to may be private.
+  std::filesystem::rename(file, "real");
+  std::filesystem::create_symlink("real", file);
+  store.set("a", "2");
+  EXPECT_TRUE(store.save());
+  EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(file)));
+  EXPECT_EQ(modeOf(file), mode_t{0600});
+}
+
+TEST_F(StagedFile, KeepsOwnerAndGroupWhereItMay) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
+  for (const std::string& name : {std::string("config"), std::string(250, 'n')}) {
+    const std::string file = name + ".cfg";
+    writeFile(file, "old");
+    ASSERT_EQ(chown(file.c_str(), kSomebody, kNobody), 0);
+    ASSERT_EQ(chmod(file.c_str(), 0640), 0);
+    Configuration store("T", name);
+    store.set("a", "1");
+    EXPECT_TRUE(store.save());
+    struct stat status;
+    ASSERT_EQ(stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, kSomebody);
+    EXPECT_EQ(status.st_gid, kNobody);
+    EXPECT_EQ(status.st_mode & 07777, mode_t{0640});
+  }
+}
+
+TEST_F(StagedFile, AnotherUsersFileIsReplacedWithTheOwnGroup) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
+  ASSERT_EQ(chmod(".", 0777), 0);
+  writeFile("config.xml", "old");
+  ASSERT_EQ(chmod("config.xml", 0664), 0);
+  const int status = statusOfChild([] {
+    if (setgid(kNobody) != 0 || setuid(kNobody) != 0) _exit(kImpossibleHere);
+    EXPECT_TRUE(savesValue("", "new"));
+  });
+  EXPECT_EQ(status, 0);
+  struct stat after;
+  ASSERT_EQ(stat("config.xml", &after), 0);
+  EXPECT_EQ(after.st_uid, kNobody);
+  EXPECT_EQ(after.st_gid, kNobody);
+  EXPECT_EQ(after.st_mode & 07777, mode_t{0664});
+}
+
+// ---- Names that cannot be given to another file
+
+/// Bind-mounts `file` onto itself, for this process alone.
+bool makeMountPoint(const char* file) {
+  return unshare(CLONE_NEWNS) == 0 &&
+         mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+         mount(file, file, nullptr, MS_BIND, nullptr) == 0;
+}
+
+TEST_F(StagedFile, AMountPointIsWrittenInPlace) {
+  writeFile("config.xml", "old");
+  writeFile("config.xml~", "older");
+  ASSERT_EQ(chmod("config.xml", 0600), 0);
+  const int status = statusOfChild([] {
+    if (!makeMountPoint("config.xml")) _exit(kImpossibleHere);
+    for (const char* value : {"a longer value", "new"}) {
+      EXPECT_TRUE(savesValue("", value));
+      EXPECT_EQ(readFile("config.xml"), xmlOf(value));
+    }
+  });
+  if (status == kImpossibleHere) GTEST_SKIP() << "nothing can be mounted here";
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(readFile("config.xml"), xmlOf("new"));
+  EXPECT_EQ(readFile("config.xml~"), "older") << "kept, since the file could not be moved there";
+  EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
+  EXPECT_EQ(modeOf("config.xml"), mode_t{0600});
+}
+
+TEST_F(StagedFile, AnotherUsersFileInAStickyDirectoryIsWrittenInPlace) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
+  ASSERT_EQ(chmod(".", 01777), 0);
+  for (const char* name : {"config.xml", "config.xml~"}) {
+    writeFile(name, name);
+    ASSERT_EQ(chmod(name, 0666), 0);
+    ASSERT_EQ(chown(name, kSomebody, kSomebody), 0);
+  }
+  const int status = statusOfChild([] {
+    if (setgid(kNobody) != 0 || setuid(kNobody) != 0) _exit(kImpossibleHere);
+    EXPECT_TRUE(savesValue("", "new"));
+  });
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(readFile("config.xml"), xmlOf("new"));
+  EXPECT_EQ(readFile("config.xml~"), "config.xml~");
+  EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
+}
+
+TEST_F(StagedFile, TheOwnFileInAStickyDirectoryIsReplaced) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root may change its user";
+  ASSERT_EQ(chmod(".", 01777), 0);
+  const int status = statusOfChild([] {
+    if (setgid(kNobody) != 0 || setuid(kNobody) != 0) _exit(kImpossibleHere);
+    EXPECT_TRUE(savesValue("", "old"));
+    EXPECT_TRUE(savesValue("", "new"));
+  });
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(readFile("config.xml"), xmlOf("new"));
+  EXPECT_EQ(readFile("config.xml~"), xmlOf("old"));
+  EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
+}
+
+#ifdef FS_IOC_SETFLAGS
+/// Sets an attribute of a file or a directory, for the time of a scope.
+class Attribute {
+ public:
+  Attribute(const char* name, int attribute) : descriptor_(open(name, O_RDONLY)) {
+    isSet = ioctl(descriptor_, FS_IOC_GETFLAGS, &before_) == 0;
+    const int flags = before_ | attribute;
+    isSet = isSet && ioctl(descriptor_, FS_IOC_SETFLAGS, &flags) == 0;
+  }
+  ~Attribute() {
+    if (isSet) ioctl(descriptor_, FS_IOC_SETFLAGS, &before_);
+    close(descriptor_);
+  }
+  Attribute(const Attribute&) = delete;
+  Attribute& operator=(const Attribute&) = delete;
+
+  bool isSet = false;
+
+ private:
+  int descriptor_;
+  int before_ = 0;
+};
+
+TEST_F(StagedFile, AFileInAnAppendOnlyDirectoryIsWrittenInPlace) {
+  std::filesystem::create_directory("d");
+  writeFile("d/config.xml", "old");
+  writeFile("d/config.xml~", "older");
+  const Attribute appendOnly("d", FS_APPEND_FL);
+  if (!appendOnly.isSet) GTEST_SKIP() << "no directory can be made append-only here";
+  EXPECT_TRUE(savesValue("d", "new"));
+  EXPECT_EQ(readFile("d/config.xml"), xmlOf("new"));
+  EXPECT_EQ(readFile("d/config.xml~"), "older");
+  EXPECT_EQ(namesIn("d"), (Names{"config.xml", "config.xml~"}));
+}
+
+TEST_F(StagedFile, AFirstSaveInAnAppendOnlyDirectory) {
+  std::filesystem::create_directory("d");
+  const Attribute appendOnly("d", FS_APPEND_FL);
+  if (!appendOnly.isSet) GTEST_SKIP() << "no directory can be made append-only here";
+  EXPECT_TRUE(savesValue("d", "new"));
+  EXPECT_EQ(readFile("d/config.xml"), xmlOf("new"));
+  EXPECT_EQ(namesIn("d"), Names{"config.xml"});
+}
+
+TEST_F(StagedFile, ASaveThatFailsLeavesTheStoreAsItWas) {
+  writeFile("config.xml", "old");
+  writeFile("config.xml~", "older");
+  const Attribute immutable("config.xml", FS_IMMUTABLE_FL);
+  if (!immutable.isSet) GTEST_SKIP() << "no file can be made immutable here";
+  for (const bool changed : {false, true}) {
+    Configuration store;
+    store.set("key", "value");
+    store.changed = changed;
+    EXPECT_FALSE(store.save());
+    EXPECT_EQ(store.changed, changed);
+    EXPECT_EQ(store.elements.size(), 1u) << "no stamp";
+    EXPECT_FALSE(zn_lib::isUseTime());
+    store.changed = false;
+  }
+  EXPECT_EQ(readFile("config.xml"), "old");
+  EXPECT_EQ(readFile("config.xml~"), "older");
+  EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
+}
+#endif
+
+TEST_F(StagedFile, AFileThatIsItsOwnBackupKeepsItsText) {
+  // A kill between the two renamings leaves one file under both names.
+  writeFile("config.xml", "old");
+  std::filesystem::create_hard_link("config.xml", "config.xml~");
+  EXPECT_TRUE(savesValue("", "new"));
+  EXPECT_EQ(readFile("config.xml~"), "old");
+  EXPECT_EQ(readFile("config.xml"), xmlOf("new"));
+  EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
+
+  Configuration store("T", std::string(250, 'n'));
+  const std::string file = store.getConfigurationFile();
+  writeFile(file, "old");
+  std::filesystem::create_hard_link(file, file + "~");
+  store.set("a", "1");
+  EXPECT_TRUE(store.save());
+  EXPECT_EQ(readFile(file + "~"), "old") << "in place";
+  EXPECT_NE(readFile(file), "old");
+}
+
+#ifdef __linux__
+
+// ---- The calls of a save
+
+/// A system call that a child has made.
+struct Call {
+  long number;
+  std::vector<unsigned long long> arguments;
+  long long result;
+};
+
+/// Follows the system calls of a child that does some work.
+class Tracer {
+ public:
+  /// Calls `atCall` after each of them, while the child is stopped. Returns false where no process
+  /// can be traced, or none tells its calls.
+  bool run(const std::function<void()>& work, const std::function<void(const Call&)>& atCall) {
+    std::fflush(nullptr);
+    child_ = fork();
+    if (child_ == 0) {
+      if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(1);
+      raise(SIGSTOP);
+      work();
+      _exit(0);
+    }
+    int status = 0;
+    waitpid(child_, &status, 0);
+    if (!WIFSTOPPED(status)) return false;
+    ptrace(PTRACE_SETOPTIONS, child_, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+    Call call{};
+    bool isTold = false;
+    while (ptrace(PTRACE_SYSCALL, child_, nullptr, nullptr) == 0 &&
+           waitpid(child_, &status, 0) == child_ && WIFSTOPPED(status)) {
+      __ptrace_syscall_info info{};
+      if (ptrace(PTRACE_GET_SYSCALL_INFO, child_, sizeof(info), &info) <= 0) continue;
+      isTold = true;
+      if (info.op == PTRACE_SYSCALL_INFO_ENTRY) {
+        call.number = static_cast<long>(info.entry.nr);
+        call.arguments.assign(std::begin(info.entry.args), std::end(info.entry.args));
+      } else if (info.op == PTRACE_SYSCALL_INFO_EXIT) {
+        call.result = info.exit.rval;
+        atCall(call);
+      }
+    }
+    return isTold;
+  }
+
+  /// `size` bytes of the child's memory.
+  std::string bytesAt(unsigned long long address, std::size_t size) const {
+    std::string bytes(size, '\0');
+    iovec local{bytes.data(), bytes.size()};
+    iovec remote{reinterpret_cast<void*>(address), size};
+    EXPECT_EQ(process_vm_readv(child_, &local, 1, &remote, 1, 0), static_cast<ssize_t>(size));
+    return bytes;
+  }
+
+  /// The text in the child's memory that ends with a NUL.
+  std::string textAt(unsigned long long address) const {
+    std::string text;
+    for (char c; (c = bytesAt(address + text.size(), 1).front()) != '\0';) text += c;
+    return text;
+  }
+
+ private:
+  pid_t child_ = -1;
+};
+
+TEST_F(StagedFile, IsNeverOpenToOthersThanTheFileWas) {
+  writeFile("config.xml", "old");
+  ASSERT_EQ(chmod("config.xml", 0600), 0);
+  int looks = 0;
+  const auto look = [&](const Call&) {
+    ++looks;
+    for (const std::string& name : namesIn(".")) {
+      EXPECT_EQ(modeOf(name) & ~mode_t{0600}, mode_t{0}) << name;
+    }
+  };
+  Tracer tracer;
+  const auto work = [] { savesValue("", "new"); };
+  if (!tracer.run(work, look)) GTEST_SKIP() << "no process can be traced here";
+  EXPECT_GT(looks, 8);
+  EXPECT_EQ(readFile("config.xml"), xmlOf("new"));
+}
+
+// ---- Power cuts
+
+/// The disk under a directory, as the calls of a process change it: what has been written is in
+/// memory, and gets to the disk when it is synchronised. Changes of the directory get there in
+/// their order, up to any one; of the bytes of a file that were not synchronised, none, the first
+/// half, or all do.
+class Disk {
+ public:
+  /// A directory that holds these files and is on the disk.
+  explicit Disk(const std::map<std::string, std::string>& files) {
+    for (const auto& [name, text] : files) {
+      directory_[name] = files_.size();
+      files_.push_back({text, text});
+    }
+    atFirst_ = directory_;
+  }
+
+  void apply(const Tracer& tracer, const Call& call) {
+    if (call.result < 0) return;
+    const auto& arguments = call.arguments;
+    const auto text = [&](std::size_t i) { return tracer.textAt(arguments[i]); };
+    switch (call.number) {
+#ifdef SYS_open
+      case SYS_open:
+        return open(text(0), arguments[1], call.result);
+      case SYS_rename:
+        return rename(text(0), text(1));
+      case SYS_link:
+        return link(text(0), text(1));
+      case SYS_unlink:
+        return unlink(text(0));
+#endif
+      case SYS_openat:
+        return open(text(1), arguments[2], call.result);
+      case SYS_renameat:
+      case SYS_renameat2:
+        return rename(text(1), text(3));
+      case SYS_linkat:
+        return link(text(1), text(3));
+      case SYS_unlinkat:
+        return unlink(text(1));
+      case SYS_write:
+        return write(arguments[0],
+                     tracer.bytesAt(arguments[1], static_cast<std::size_t>(call.result)));
+      case SYS_writev:
+        return writeParts(tracer, call);
+      case SYS_fsync:
+      case SYS_fdatasync:
+        return sync(arguments[0]);
+      case SYS_close:
+        opened_.erase(arguments[0]);
+        return;
+      default:
+        return;
+    }
+  }
+
+  /// What a name leads to in memory.
+  std::map<std::string, std::string> files() const {
+    std::map<std::string, std::string> all;
+    for (const auto& [name, file] : directory_) all[name] = files_[file].written;
+    return all;
+  }
+
+  /// Calls `look` with each state in which a power cut may leave the disk at this moment.
+  void forEachCut(
+      const std::function<void(const std::map<std::string, std::string>&)>& look) const {
+    Directory directory = atFirst_;
+    for (std::size_t done = 0;; ++done) {
+      std::map<std::string, std::string> state;
+      forEachContent(directory.begin(), directory.end(), state, look);
+      if (done == changes_.size()) return;
+      changes_[done](directory);
+    }
+  }
+
+ private:
+  using Directory = std::map<std::string, std::size_t>;
+
+  struct File {
+    std::string onDisk;
+    std::string written;
+  };
+
+  void change(const std::function<void(Directory&)>& change) {
+    change(directory_);
+    changes_.push_back(change);
+  }
+
+  void open(const std::string& name, unsigned long long flags, long long descriptor) {
+    if (name.find('/') != std::string::npos || (flags & O_DIRECTORY) != 0) return;
+    if (directory_.count(name) == 0) {
+      files_.emplace_back();
+      change([name, file = files_.size() - 1](Directory& entries) { entries[name] = file; });
+    }
+    const std::size_t file = directory_.at(name);
+    opened_[static_cast<unsigned long long>(descriptor)] = file;
+    if ((flags & O_TRUNC) != 0) files_[file] = File();
+  }
+
+  void rename(const std::string& from, const std::string& to) {
+    change([from, to](Directory& entries) {
+      if (entries.count(to) != 0 && entries.at(from) == entries.at(to)) return;
+      entries[to] = entries.at(from);
+      entries.erase(from);
+    });
+  }
+
+  void link(const std::string& from, const std::string& to) {
+    change([from, to](Directory& entries) { entries[to] = entries.at(from); });
+  }
+
+  void unlink(const std::string& name) {
+    change([name](Directory& entries) { entries.erase(name); });
+  }
+
+  void write(unsigned long long descriptor, const std::string& bytes) {
+    const auto file = opened_.find(descriptor);
+    if (file != opened_.end()) files_[file->second].written += bytes;
+  }
+
+  void writeParts(const Tracer& tracer, const Call& call) {
+    std::size_t left = static_cast<std::size_t>(call.result);
+    for (std::size_t i = 0; i < call.arguments[2]; ++i) {
+      iovec part;
+      const std::string bytes = tracer.bytesAt(call.arguments[1] + i * sizeof(part), sizeof(part));
+      std::copy(bytes.begin(), bytes.end(), reinterpret_cast<char*>(&part));
+      const std::size_t size = std::min(left, part.iov_len);
+      write(call.arguments[0],
+            tracer.bytesAt(reinterpret_cast<unsigned long long>(part.iov_base), size));
+      left -= size;
+    }
+  }
+
+  void sync(unsigned long long descriptor) {
+    const auto file = opened_.find(descriptor);
+    if (file != opened_.end()) files_[file->second].onDisk = files_[file->second].written;
+  }
+
+  void forEachContent(
+      Directory::const_iterator entry, Directory::const_iterator end,
+      std::map<std::string, std::string>& state,
+      const std::function<void(const std::map<std::string, std::string>&)>& look) const {
+    if (entry == end) return look(state);
+    const auto& [onDisk, written] = files_[entry->second];
+    const std::size_t half = onDisk.size() + (written.size() - onDisk.size()) / 2;
+    for (const std::string& content : Names{onDisk, written.substr(0, half), written}) {
+      state[entry->first] = content;
+      forEachContent(std::next(entry), end, state, look);
+    }
+  }
+
+  std::vector<File> files_;
+  Directory directory_;
+  Directory atFirst_;
+  std::vector<std::function<void(Directory&)>> changes_;
+  std::map<unsigned long long, std::size_t> opened_;
+};
+
+TEST_F(StagedFile, IsWholeAfterAPowerCut) {
+  const Names whole = {xmlOf("old"), xmlOf("first"), xmlOf("second")};
+  const struct {
+    const char* what;
+    std::map<std::string, std::string> files;
+    bool backup;
+  } cases[] = {
+      {"no file", {}, true},
+      {"a file", {{"config.xml", xmlOf("old")}}, true},
+      {"a file and its backup", {{"config.xml", xmlOf("old")}, {"config.xml~", "older"}}, true},
+      {"without a backup", {{"config.xml", xmlOf("old")}}, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    std::filesystem::remove("config.xml");
+    std::filesystem::remove("config.xml~");
+    for (const auto& [name, text] : c.files) writeFile(name, text);
+    Disk disk(c.files);
+    std::set<std::map<std::string, std::string>> states;
+    Tracer tracer;
+    const auto saveTwice = [&] {
+      for (const char* value : {"first", "second"}) {
+        Configuration store;
+        fill(store, "", value);
+        store.backup = c.backup;
+        store.save();
+      }
+    };
+    const auto follow = [&](const Call& call) {
+      disk.apply(tracer, call);
+      disk.forEachCut([&](const auto& state) { states.insert(state); });
+    };
+    if (!tracer.run(saveTwice, follow)) GTEST_SKIP() << "no process can be traced here";
+
+    // The model has seen all that the saves have done.
+    std::map<std::string, std::string> found;
+    for (const std::string& name : namesIn(".")) found[name] = readFile(name);
+    ASSERT_EQ(disk.files(), found);
+    ASSERT_EQ(found.at("config.xml"), xmlOf("second"));
+
+    int torn = 0, lost = 0;
+    for (const auto& state : states) {
+      const auto isGood = [&](const char* name) {
+        const auto file = state.find(name);
+        return file == state.end() ? c.files.empty() : whole.count(file->second) == 1;
+      };
+      torn += isGood("config.xml") ? 0 : 1;
+      lost += isGood("config.xml") || isGood("config.xml~") ? 0 : 1;
+    }
+    EXPECT_GT(states.size(), 5u);
+    EXPECT_EQ(torn, 0) << "of " << states.size() << " states the file is torn";
+    EXPECT_EQ(lost, 0) << "of " << states.size() << " neither the file nor its backup is whole";
+    std::printf("%-22s %3zu states\n", c.what, states.size());
+  }
+}
+
+#endif
+
+// ---- What killed saves leave
+
+std::string stagedName(int number) { return "config.xml.4194999-" + std::to_string(number); }
+
+TEST_F(StagedFile, WhatAKilledSaveLeftIsGoneAfterTheNext) {
+  writeFile("config.xml", "old");
+  for (int i = 0; i < 3; ++i) {
+    writeFile(stagedName(i) + ".zn_udf", "torn");
+    std::filesystem::create_hard_link("config.xml", stagedName(i) + ".zn_udf~");
+  }
+  ASSERT_EQ(chmod((stagedName(1) + ".zn_udf").c_str(), 0400), 0);
+  EXPECT_TRUE(savesValue("", "new"));
+  EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
+}
+
+TEST_F(StagedFile, FilesOfOthersStay) {
+  const Names others = {"config.xml.4194999-0",       "config.xml.4194999-0~",
+                        "config.xml.zn_udf",          "config.xml..zn_udf",
+                        "config.xml.old.zn_udf",      "config.xml.2024-03-05",
+                        "other.xml.4194999-0.zn_udf", "xconfig.xml.4194999-0.zn_udf"};
+  for (const std::string& name : others) writeFile(name, "another's");
+  EXPECT_TRUE(savesValue("", "new"));
+  for (const std::string& name : others) EXPECT_EQ(readFile(name), "another's") << name;
+}
+
+TEST_F(StagedFile, TheFileOfASaveThatIsRunningStays) {
+  const std::string name = stagedName(0) + ".zn_udf";
+  const int running = open(name.c_str(), O_WRONLY | O_CREAT, 0600);
+  ASSERT_EQ(flock(running, LOCK_EX), 0);
+  EXPECT_TRUE(savesValue("", "new"));
+  EXPECT_TRUE(isThere(name));
+  close(running);
+  EXPECT_TRUE(savesValue("", "new"));
+  EXPECT_FALSE(isThere(name));
+}
+
+TEST_F(StagedFile, NamesBesideTheFileMayBeTaken) {
+  const std::string beside = "config.xml." + std::to_string(getpid()) + "-";
+  constexpr int tries = 100;
+  for (const int taken : {1, tries - 1, tries}) {
+    for (int i = 0; i < taken; ++i) {
+      std::filesystem::create_directories(beside + std::to_string(i) + ".zn_udf/full");
+    }
+    const std::string before = readFile("config.xml");
+    EXPECT_TRUE(savesValue("", std::to_string(taken)));
+    EXPECT_EQ(readFile("config.xml"), xmlOf(std::to_string(taken)));
+    EXPECT_EQ(readFile("config.xml~"), before);
+    EXPECT_EQ(namesIn(".").size(), static_cast<std::size_t>(taken) + (before.empty() ? 1 : 2));
+  }
+}
+
+constexpr std::size_t kValueLength = 20000;
+
+/// Saves again and again, each time with another value, all of them of the same length.
+[[noreturn]] void saveForGood(int saver, int saves) {
+  for (int i = 0; i < saves; ++i) {
+    Configuration store;
+    fill(store, "", std::string(kValueLength, static_cast<char>('a' + (saver + i) % 26)));
+    if (!store.save()) _exit(1);
+  }
+  _exit(0);
+}
+
+/// The whole texts that these saves write.
+Names textsOfSavers() {
+  Names texts;
+  for (char c = 'a'; c <= 'z'; ++c) texts.insert(xmlOf(std::string(kValueLength, c)));
+  return texts;
+}
+
+TEST_F(StagedFile, IsWholeWhileFourProcessesSaveAndAreKilled) {
+  constexpr int savers = 4;
+  const int saves = isLongRun() ? 10000 : 300;
+  const Names whole = textsOfSavers();
+  ASSERT_TRUE(savesValue("", std::string(kValueLength, 'a')));
+  std::fflush(nullptr);
+  std::map<pid_t, int> running;
+  for (int saver = 0; saver < savers; ++saver) {
+    const pid_t child = fork();
+    if (child == 0) saveForGood(saver, saves);
+    running[child] = saver;
+  }
+  std::mt19937 random(20240305);
+  const int mostKills = saves / 5;
+  int kills = 0, looks = 0, torn = 0;
+  while (!running.empty()) {
+    torn += whole.count(readFile("config.xml")) == 1 ? 0 : 1;
+    ++looks;
+    if (kills < mostKills && random() % 100 == 0) {
+      const auto victim = static_cast<std::ptrdiff_t>(random() % running.size());
+      kills += kill(std::next(running.begin(), victim)->first, SIGKILL) == 0 ? 1 : 0;
+    }
+    int status = 0;
+    const pid_t ended = waitpid(-1, &status, WNOHANG);
+    if (ended <= 0) continue;
+    const int saver = running.at(ended);
+    running.erase(ended);
+    if (WIFEXITED(status)) {
+      EXPECT_EQ(WEXITSTATUS(status), 0) << "a save failed";
+      continue;
+    }
+    const pid_t next = fork();
+    if (next == 0) saveForGood(saver, saves);
+    running[next] = saver;
+  }
+  EXPECT_EQ(torn, 0) << "of " << looks << " looks";
+  EXPECT_GT(kills, 0);
+  const std::size_t left = namesIn(".").size();
+  EXPECT_TRUE(savesValue("", "last"));
+  EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
+  EXPECT_EQ(whole.count(readFile("config.xml~")), 1u);
+  std::printf("%d saves each, %d looks, %d kills, %zu files left beside\n", saves, looks, kills,
+              left - 2);
+}
+
+}  // namespace
