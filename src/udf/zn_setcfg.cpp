@@ -90,7 +90,7 @@ ConfigElement& entryOf(const std::string& key, config_map& data) {
     const auto last = std::prev(data.end());
     if (last->first == key) return last->second;
   }
-  return data.emplace_hint(data.end(), key, ConfigElement())->second;
+  return data.try_emplace(data.end(), key)->second;
 }
 
 }  // namespace
