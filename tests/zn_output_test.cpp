@@ -10,9 +10,11 @@
 #include <cerrno>
 #include <clocale>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <iostream>
+#include <sstream>
 #include <string>
 
 #include "output_capture.h"
@@ -182,8 +184,12 @@ void awaitEditing(int terminal) {
   }
 }
 
-/// Runs `prompt` on a new terminal and types `typed` once `shown` stands there.
-Answer atTerminal(const Prompt& prompt, const std::string& shown, const std::string& typed) {
+enum class Editor { kLibedit, kTerminal };
+
+/// Runs `prompt` on a new terminal and types `typed` once `shown` stands there, and once libedit is
+/// ready where it is the one that edits.
+Answer atTerminal(const Prompt& prompt, const std::string& shown, const std::string& typed,
+                  Editor editor = Editor::kLibedit) {
   int terminal = -1;
   const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
   if (child == 0) {
@@ -196,7 +202,7 @@ Answer atTerminal(const Prompt& prompt, const std::string& shown, const std::str
     return {-1, ""};
   }
   std::string screen = readUntil(terminal, shown);
-  awaitEditing(terminal);
+  if (editor == Editor::kLibedit) awaitEditing(terminal);
   writeAll(terminal, typed);
   screen += readAll(terminal);
   close(terminal);
@@ -248,6 +254,64 @@ TEST(Prompts, ShowBytesThatTheLocaleCannotDecode) {
       const Answer answer = atTerminal(ask, "? ", "y\n");
       EXPECT_EQ(answer.result, 1) << locale << ' ' << text;
       EXPECT_EQ(answer.screen, text + "y\r\n") << locale;
+    }
+  }
+}
+
+TEST(Prompts, ShowTheirTextInTheLocaleOfTheMoment) {
+  const std::string text = "\xC3\x9C? ";
+  const Prompt askInThreeLocales = [&] {
+    int result = 0;
+    for (const char* locale : {"C.UTF-8", "C", "C.UTF-8"}) {
+      if (std::setlocale(LC_ALL, locale) == nullptr) return 99;
+      result = 10 * result + zn_lib::yesOrNo(text);
+    }
+    return result;
+  };
+  const Answer answer = atTerminal(askInThreeLocales, text, "y\nn\ny\n");
+  EXPECT_EQ(answer.result, 101);
+  EXPECT_EQ(answer.screen, text + "y\r\n" + text + "n\r\n" + text + "y\r\n");
+}
+
+/// What a host may do with standard input between two prompts.
+void closeInput() { close(STDIN_FILENO); }
+void takeInputFromNowhere() { dup2(open("/dev/null", O_RDONLY), STDIN_FILENO); }
+void takeInputFromPipe() {
+  int ends[2];
+  if (pipe(ends) != 0) _exit(98);
+  writeAll(ends[1], "y\ny\n");
+  close(ends[1]);
+  dup2(ends[0], STDIN_FILENO);
+}
+
+TEST(Prompts, AnswerWhenStandardInputIsNoLongerTheTerminal) {
+  const struct {
+    const char* what;
+    void (*change)();
+  } changes[] = {
+      {"closed", closeInput}, {"/dev/null", takeInputFromNowhere}, {"a pipe", takeInputFromPipe}};
+  const struct {
+    const char* what;
+    std::string prompt, screen;
+  } prompts[] = {
+      {"no character of the locale", "\xFF? ", ""},
+      {"the same behind a NUL", "\0\xFF? "s, ""},
+      {"the same before a NUL", "\xFF\0? "s, ""},
+      {"empty", "", ""},
+      {"one of the locale", "Still there? ", "Still there? "},
+  };
+  for (const auto& change : changes) {
+    for (const auto& c : prompts) {
+      const Prompt askTwice = [&] {
+        if (std::setlocale(LC_ALL, "C.UTF-8") == nullptr) return 99;
+        const int first = zn_lib::yesOrNo("First? ");
+        change.change();
+        const int second = zn_lib::yesOrNo(c.prompt);
+        return 10 * first + second;
+      };
+      const Answer answer = atTerminal(askTwice, "First? ", "y\n");
+      EXPECT_EQ(answer.result, 10) << change.what << ", " << c.what << ": an empty answer";
+      EXPECT_EQ(answer.screen, "First? y\r\n" + c.screen) << change.what << ", " << c.what;
     }
   }
 }
@@ -343,6 +407,149 @@ TEST(Prompts, ReadOneLineFromAPipe) {
     EXPECT_EQ(answer.rest, c.rest) << c.input.substr(0, 20);
     EXPECT_EQ(answer.out, "") << "libedit shows a prompt on terminals only";
   }
+}
+
+/// A buffer that keeps what it is given until it is flushed, as that of `std::cout` does in a host
+/// that has called `sync_with_stdio(false)`.
+class Unsynchronized : public std::stringbuf {
+  int sync() override {
+    writeAll(STDOUT_FILENO, str());
+    str("");
+    return 0;
+  }
+};
+
+TEST(Prompts, ComeAfterTheOutputBeforeThem) {
+  const struct {
+    const char* what;
+    std::function<void()> print;
+  } cases[] = {{"std::cout", [] { std::cout << "Before. "; }},
+               {"std::printf", [] { std::printf("Before. "); }}};
+  for (const auto& c : cases) {
+    for (const std::string prompt : {"Sure? ", "\xFF? "}) {
+      const Prompt ask = [&] {
+        if (std::setlocale(LC_ALL, "C.UTF-8") == nullptr) return 99;
+        Unsynchronized buffer;
+        std::streambuf* const console = std::cout.rdbuf(&buffer);
+        c.print();
+        const int result = zn_lib::yesOrNo(prompt);
+        std::cout.rdbuf(console);
+        return result;
+      };
+      const Answer answer = atTerminal(ask, prompt, "y\n");
+      EXPECT_EQ(answer.result, 1) << c.what << ' ' << prompt;
+      EXPECT_EQ(answer.screen, "Before. " + prompt + "y\r\n") << c.what;
+    }
+  }
+  const Prompt askQuietly = [] {
+    Unsynchronized buffer;
+    std::streambuf* const console = std::cout.rdbuf(&buffer);
+    std::cout << "Before.";
+    const int result = zn_lib::more();
+    std::cout.rdbuf(console);
+    return result;
+  };
+  EXPECT_EQ(throughPipe(askQuietly, "q\n").out, "Before.") << "where no prompt is shown, too";
+}
+
+TEST(Prompts, ReadWhatTheStandardStreamHasNotBuffered) {
+  const auto readLineThenAsk = [] {
+    std::string line;
+    std::getline(std::cin, line);
+    return 10 * (line == "first") + zn_lib::yesOrNo("Sure? ");
+  };
+  const auto readByteByByte = [&] {
+    std::setvbuf(stdin, nullptr, _IONBF, 0);
+    return readLineThenAsk();
+  };
+  EXPECT_EQ(throughPipe(readLineThenAsk, "first\nyes\n").result, 10) << "the answer is lost";
+  EXPECT_EQ(throughPipe(readByteByByte, "first\nyes\n").result, 11);
+}
+
+// Which loops end with the input: no state of std::cin does it.
+TEST(Prompts, LeaveTheStateOfTheStandardStreamAsItIs) {
+  const Prompt untilTheStreamEnds = [] {
+    constexpr int most = 50;
+    int asked = 0;
+    while (zn_lib::more() && std::cin && asked < most) ++asked;
+    return asked;
+  };
+  EXPECT_EQ(throughPipe(untilTheStreamEnds, "x\n").result, 50);
+  const Prompt whileTheAnswerIsYes = [] {
+    int asked = 0;
+    while (zn_lib::yesOrNo("Go on? ")) ++asked;
+    return asked;
+  };
+  EXPECT_EQ(throughPipe(whileTheAnswerIsYes, "y\ny\n").result, 2);
+}
+
+void takeNoNotice(int) {}
+
+TEST(Prompts, EndWithAnEmptyAnswerAtAHandledSignal) {
+  const auto asking = [](void (*handler)(int)) {
+    return [handler] {
+      std::signal(SIGINT, handler);
+      return askMore();
+    };
+  };
+  const std::string interrupt = "q\x03";
+  EXPECT_EQ(atTerminal(asking(takeNoNotice), "continue ", interrupt).result, 1);
+  EXPECT_EQ(atTerminal(asking(SIG_IGN), "continue ", interrupt).result, 1);
+  EXPECT_EQ(atTerminal(asking(SIG_DFL), "continue ", interrupt).result, 1000 + SIGINT);
+}
+
+TEST(Prompts, SendASignalAgainToTheWholeGroup) {
+  // Another process of the group interrupts the one that asks, and waits for an interrupt itself.
+  const Prompt ask = [] {
+    std::signal(SIGINT, takeNoNotice);
+    sigset_t interrupt;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    const pid_t other = fork();
+    if (other == 0) {
+      sigprocmask(SIG_BLOCK, &interrupt, nullptr);
+      awaitEditing(STDIN_FILENO);
+      kill(getppid(), SIGINT);
+      constexpr timespec patience = {10, 0};
+      _exit(sigtimedwait(&interrupt, nullptr, &patience) == SIGINT ? 7 : 8);
+    }
+    const int result = askMore();
+    return 10 * result + exitStatus(other);
+  };
+  EXPECT_EQ(atTerminal(ask, "continue ", "", Editor::kTerminal).result, 17);
+}
+
+TEST(Prompts, LeaveOutWhatTakesNoColumn) {
+  const struct {
+    std::string prompt, shown;
+  } cases[] = {
+      {"a\tb? ", "ab? "},
+      {"a\nb? ", "ab? "},
+      {"e\xCC\x81? ", "e? "},
+      {"\x1b[31mStop? ", "[31mStop? "},
+      {"\1\x1b[31m\2Stop? ", "\x1b[31mStop? "},
+      {"Stop? \0Go? "s, "Stop? "},
+  };
+  for (const auto& c : cases) {
+    const Prompt ask = [&] {
+      return std::setlocale(LC_ALL, "C.UTF-8") == nullptr ? 9 : int{zn_lib::yesOrNo(c.prompt)};
+    };
+    EXPECT_EQ(atTerminal(ask, "? ", "y\n").screen, c.shown + "y\r\n") << c.shown;
+  }
+}
+
+TEST(Prompts, ShowNothingWhereTheFirstOneWasAtNoTerminal) {
+  const Prompt ask = [] {
+    const int terminal = dup(STDIN_FILENO);
+    takeInputFromPipe();
+    const int first = zn_lib::yesOrNo("First? ");
+    dup2(terminal, STDIN_FILENO);
+    writeAll(STDOUT_FILENO, "ready\n");
+    return 10 * first + zn_lib::yesOrNo("Sure? ");
+  };
+  const Answer answer = atTerminal(ask, "ready", "y\n", Editor::kTerminal);
+  EXPECT_EQ(answer.result, 11);
+  EXPECT_EQ(answer.screen.find('?'), std::string::npos) << answer.screen;
 }
 
 // libedit may leave out what it cannot decode: which answer that makes is its affair.

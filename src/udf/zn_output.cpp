@@ -3,6 +3,7 @@
 #include <editline/readline.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <iostream>
 
@@ -24,10 +25,16 @@ bool isDecodable(const std::string& prompt) {
 /// Reads one line and gives its first character in upper case; NUL for an empty answer and for the
 /// end of input.
 char ask(std::string prompt) {
+  // libedit writes to the C library's standard output, which knows nothing of this buffer.
+  std::cout.flush();
   // libedit crashes on a prompt that it cannot decode, such as UTF-8 in a program that never called
-  // setlocale.
-  if (!isDecodable(prompt) && isatty(STDIN_FILENO) != 0) {
-    std::cout << prompt << std::flush;
+  // setlocale. It does so wherever standard input leads now, once its first prompt was at a
+  // terminal.
+  if (!isDecodable(prompt)) {
+    if (isatty(STDIN_FILENO) != 0) {
+      std::fputs(prompt.c_str(), stdout);
+      std::fflush(stdout);
+    }
     prompt.clear();
   }
   char* const line = readline(prompt.c_str());
