@@ -37,6 +37,8 @@ enum class Problem {
   kCannotBackUp = 33,        ///< the file
   kCannotSaveSettings = 34,  ///< the file
   kBadSetting = 35,          ///< the value, the setting, the file
+  kMalformedSettings = 36,   ///< the file
+  kUnfitSetting = 37,        ///< the setting, the file
 };
 
 /// The values are in quotes where they come from the user; `quote` does that.

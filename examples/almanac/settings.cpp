@@ -3,8 +3,11 @@
 #include <zn_dir.h>
 #include <zn_file.h>
 #include <zn_setcfg.h>
+#include <zn_xmlparser.h>
 
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 
 #include "dates.h"
 #include "errors.h"
@@ -47,6 +50,39 @@ class Store : public zn_lib::Configuration {
   }
 };
 
+/// Whether expat reads all of the file; there may be none, or an empty one.
+bool isWellFormed(const std::string& file) {
+  std::ifstream in(file);
+  const std::string xml{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  XMLEvtHandler nobody;
+  XMLParser parser(&nobody);
+  return xml.empty() ||
+         (parser.Create("UTF-8", nullptr) && parser.Parse(xml.c_str(), xml.size(), true));
+}
+
+/// Whether a setting that was read can be written again: a store escapes nothing, and a file edited
+/// by hand may hold "&amp;".
+bool isFit(const zn_lib::ConfigElement& setting) {
+  constexpr auto none = std::string::npos;
+  const std::string labels = setting.type + setting.describe;
+  return labels.find_first_of("<&'\t\n\r") == none && setting.value.find_first_of("<&") == none &&
+         setting.value.find("]]>") == none;
+}
+
+/// Throws Error where saving `store` would lose what its file holds, which then stays as it is.
+void protectFile(Store& store) {
+  const std::string file = store.getConfigurationFile();
+  std::optional<Error> error;
+  if (!isWellFormed(file)) error = Error(Problem::kMalformedSettings, {quote(file)});
+  for (const auto& [key, setting] : store.elements) {
+    if (!isFit(setting)) error = Error(Problem::kUnfitSetting, {quote(key), quote(file)});
+  }
+  if (!error) return;
+  // Otherwise the store would save itself when it is destroyed.
+  store.changed = false;
+  throw *error;
+}
+
 bool holds(Store& store, const Settings& settings) {
   return store.find("place") == settings.place && store.find("latitude") == settings.latitude &&
          store.find("order") == settings.order && store.find("format") == settings.format;
@@ -70,6 +106,7 @@ void save(const Settings& settings) {
   store.keep("latitude", settings.latitude, "Latitude in degrees");
   store.keep("order", settings.order, "Order of a date");
   store.keep("format", settings.format, "Format of a date");
+  protectFile(store);
 
   std::string directory = store.path;
   zn_lib::checkHomePath(directory);

@@ -21,7 +21,7 @@ struct Settings {
 void complete(Settings& settings);
 
 /// Stores `settings`, which hold either place or latitude, in the file. Throws Error when it cannot
-/// be written.
+/// be written, and when that would lose something else that the file holds.
 void save(const Settings& settings);
 
 /// Prints what the file holds to standard output.

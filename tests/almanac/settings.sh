@@ -89,6 +89,30 @@ expect_error "settings below a file" 1 'cannot save the settings to ".*/places.t
 expect_error "no list after settings that could not be saved" 1 'cannot save' --latitude 5 --save --settings
 unset XDG_CONFIG_HOME
 
+# A file edited by hand that could not be written again with all that it holds.
+while IFS='|' read -r text pattern; do
+  printf '%s\n' "$text" >$kept
+  cp $kept before
+  expect_error "saving over $text" 1 "$pattern" --latitude 7 --save
+  cmp -s before $kept
+  report "kept: $text" $? $kept
+done <<'END'
+<CONFIGURATION><note x="1">a &amp; b</note><order x="1">dmy</order></CONFIGURATION>|the setting "note" in ".*/almanac.cfg" cannot be written again
+<CONFIGURATION><note x="1">&lt;</note></CONFIGURATION>|the setting "note" in
+<CONFIGURATION><note x="1">]]&gt;</note></CONFIGURATION>|the setting "note" in
+<CONFIGURATION><note x="'">1</note></CONFIGURATION>|the setting "note" in
+<CONFIGURATION><note x="1" y="it's">1</note></CONFIGURATION>|the setting "note" in
+<CONFIGURATION><UPDATE x="1">&lt;</UPDATE></CONFIGURATION>|the setting "UPDATE" in
+<CONFIGURATION><order x="1">dmy</order><note></CONFIGURATION>|the file ".*/almanac.cfg" is malformed
+<CONFIGURATION><my note>1</my note></CONFIGURATION>|the file ".*/almanac.cfg" is malformed
+END
+printf '<CONFIGURATION><place x="it%ss" y="&lt;">a &amp; b</place><note x="1" y="2">a > b</note></CONFIGURATION>' "'" >$kept
+run --latitude 7 --save --days 1
+[ "$status" -eq 0 ] && [ "$(xmllint --xpath 'string(//note)' $kept)" = 'a > b' ]
+report "what is replaced need not be fit" $? err
+expect_kept "the rest is kept" $kept place= latitude=7 order= format=
+rm $kept
+
 run --latitude -20.5 --save
 cp $kept before
 (trap '' XFSZ; ulimit -f 0; "$almanac" --latitude 7 --save 2>&1 >/dev/null) | cat >err
