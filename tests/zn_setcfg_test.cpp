@@ -19,6 +19,7 @@
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "output_capture.h"
 #include "samples.h"
@@ -354,6 +355,33 @@ TEST_F(Settings, WhatIsSavedIsLoaded) {
   EXPECT_EQ(store.get("leading").value, "value");
   EXPECT_EQ(store.get("lines").value, "onetwo");
   EXPECT_EQ(fieldsOf(store.get("bytes")), "\xC3\xA4|TEXT|\xE2\x82\xAC");
+}
+
+/// What the setting "k" reads after each of three loads and saves; "lost" where one behind it is.
+std::vector<std::string> afterEachSave(const std::string& value) {
+  Configuration first("TYPE", "tool");
+  first.set("k", value);
+  first.set("z", "last");
+  first.save();
+  std::vector<std::string> values;
+  for (int i = 0; i < 3; ++i) {
+    Configuration store("TYPE", "tool");
+    store.load();
+    values.push_back(store.get("z").value == "last" ? store.get("k").value : "lost");
+    store.save();
+  }
+  return values;
+}
+
+TEST_F(Settings, EncodedValuesAreLoadedAsTheyAreUnlessXmlDecodesThem) {
+  using Values = std::vector<std::string>;
+  for (const std::string value :
+       {"a%26b%3Cc%20", "6126623c63", "YSZiPGM=", "YSZiPGM", "a=26b", "a\\x26b\\u003c", "a;b"}) {
+    EXPECT_EQ(afterEachSave(value), Values(3, value)) << value;
+  }
+  EXPECT_EQ(afterEachSave("a&amp;b"), (Values{"a&b", "lost", "lost"}));
+  EXPECT_EQ(afterEachSave("a&amp;amp;b"), (Values{"a&amp;b", "a&b", "lost"}));
+  EXPECT_EQ(afterEachSave("<![CDATA[a<b]]>"), (Values{"a<b", "lost", "lost"}));
 }
 
 TEST_F(Settings, AKeyWithABlankEndsTheNextLoad) {
