@@ -31,13 +31,20 @@
 /// them, and are expat's: they last until the callback returns.
 ///
 /// No exception may leave a callback while expat is parsing: it would unwind expat's C functions,
-/// after which that parser can neither be used nor freed. Nor may a callback create, destroy or
-/// feed the parser that calls it.
+/// after which that parser can neither be used nor freed. Nor may a callback other than
+/// `OnPostCreate` create, destroy or feed the parser that calls it: a recent expat refuses some of
+/// that, an older one overwrites its own memory.
 ///
 /// The destructor is not virtual: do not delete a handler through a pointer to this class.
 class ZN_UDF_API XMLEvtHandler {
  public:
   /// The parser exists. Expat calls no other callback of this object until this one has returned.
+  ///
+  /// It may switch callbacks on, ask the parser for a buffer or its position, and set up expat
+  /// itself through `m_parser`, but for the user data, which `Create` sets afterwards. What it
+  /// parses is parsed without callbacks. `Create` would lead here again. After `Destroy`, the
+  /// `Create` that leads here returns true without a parser. It may throw: the exception leaves
+  /// `Create`, with a parser that calls no callback of this object.
   virtual void OnPostCreate();
 
   /// The start of an element. `attributes` holds names and values in turn, closed by a null
@@ -130,10 +137,17 @@ class ZN_UDF_API XMLParser {
 
   /// The same for the first `length` bytes of the buffer from the last `GetBuffer`, no more than
   /// were asked for there. A length above INT_MAX is false; expat does not learn of it.
+  ///
+  /// `Parse(0, true)` does not compile, since 0 is a null pointer too. To end a document, write
+  /// `Parse("", true)`, or `Parse(std::size_t{0}, true)` after a `GetBuffer`.
   bool Parse(std::size_t length, bool isFinal);
 
   /// Expat's buffer with room for `length` bytes, which the next `Parse(length, isFinal)` takes.
-  /// Null when there is no memory or `length` is above INT_MAX; may be null for 0.
+  /// Null when there is no memory, when `length` is above INT_MAX, when the document has ended and
+  /// while the parser is suspended; may be null for 0.
+  ///
+  /// Not for use inside a callback: a recent expat returns null there, without an error code, and
+  /// an older one moves the text that it is parsing.
   void* GetBuffer(std::size_t length);
 
   /// Each switches the callback of its name on or off, at any time, also from within a callback.
@@ -179,15 +193,25 @@ class ZN_UDF_API XMLParser {
   /// `GetErrorCode` in English words; null for XML_ERROR_NONE.
   const XML_LChar* GetErrorString() const;
 
-  /// Where the parser is: in a callback, at the start of what is reported; after an error, there.
-  /// Lines count from 1; columns, in characters, and bytes from 0. Byte index -1: nothing parsed.
+  /// Returns the current position. Inside a callback it is the start of the event, but for these:
+  ///
+  /// - `OnEndElement` for `<y/>`, and the end of its namespaces: the byte behind the tag;
+  /// - `OnStartDoctypeDecl`: the `[` before the internal subset, without one the closing `>`;
+  /// - `OnEndDoctypeDecl`: the closing `>`;
+  /// - all that comes from the text of an entity: the reference to it, in the document itself.
+  ///
+  /// After an error it is the position of the error. Lines count from 1; columns, in characters,
+  /// and bytes count from 0. The byte index is -1 while nothing has been parsed.
   /// @{
   XML_Index GetCurrentByteIndex() const;
   XML_Size GetCurrentLineNumber() const;
   XML_Size GetCurrentColumnNumber() const;
   /// @}
 
-  /// The length in bytes of what is being reported; 0 within an entity.
+  /// Returns the length in bytes of what is at the current position: 4 for `<y/>` in its start
+  /// tag's callback and 0 in that of its end, 1 in both of a document type declaration. For all
+  /// that comes from the text of an entity it is the length of the reference: 3 for `&e;`. Outside
+  /// a callback it is 0.
   int GetCurrentByteCount() const;
 
   /// The `*size` bytes of input that expat holds; `*offset` is where in them the parser is. For use

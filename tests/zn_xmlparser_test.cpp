@@ -13,6 +13,7 @@
 #include <locale>
 #include <map>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -438,6 +439,54 @@ TEST(Create, NoCallbackReachesTheHandlerDuringOnPostCreate) {
   EXPECT_EQ(bird.log, "created\n");
 }
 
+/// Does what it is given while it is told of the creation.
+class Starter : public Recorder {
+ public:
+  explicit Starter(std::function<void()> start) : start_(std::move(start)) {}
+  void OnPostCreate() override {
+    Recorder::OnPostCreate();
+    start_();
+  }
+
+ private:
+  std::function<void()> start_;
+};
+
+TEST(Create, LetsOnPostCreateAskForBufferAndPosition) {
+  XMLParser parser(nullptr);
+  Starter starter([&] {
+    EXPECT_EQ(parser.GetCurrentByteIndex(), -1);
+    EXPECT_EQ(parser.GetErrorCode(), XML_ERROR_NONE);
+    EXPECT_NE(parser.GetBuffer(100), nullptr);
+    parser.EnableElementHandler(true);
+  });
+  parser.m_handler = &starter;
+  ASSERT_TRUE(parser.Create(nullptr, nullptr));
+  EXPECT_TRUE(parser.Parse("<a/>", true));
+  EXPECT_EQ(starter.log, "created\nstart a\nend a\n");
+}
+
+TEST(Create, IsTrueWithoutAParserThatOnPostCreateDestroyed) {
+  XMLParser parser(nullptr);
+  Starter starter([&] { parser.Destroy(); });
+  parser.m_handler = &starter;
+  EXPECT_TRUE(parser.Create(nullptr, nullptr));
+  EXPECT_EQ(parser.m_parser, nullptr);
+}
+
+TEST(Create, PassesOnWhatOnPostCreateThrows) {
+  XMLParser parser(nullptr);
+  Starter starter([&] {
+    parser.EnableElementHandler(true);
+    throw std::runtime_error("no");
+  });
+  parser.m_handler = &starter;
+  EXPECT_THROW(parser.Create(nullptr, nullptr), std::runtime_error);
+  ASSERT_NE(parser.m_parser, nullptr);
+  EXPECT_TRUE(parser.Parse("<a/>", true));
+  EXPECT_EQ(starter.log, "created\n");
+}
+
 TEST(Destroy, FreesAtMostOnce) {
   Recorder recorder;
   const int freed = expatCalls.freed;
@@ -788,6 +837,30 @@ TEST(Parse, ReadsExactlyTheLengthGiven) {
   EXPECT_NE(parser.GetErrorCode(), XML_ERROR_NONE);
 }
 
+template <class Parser, class = void>
+struct TakesLiteralZero : std::false_type {};
+template <class Parser>
+struct TakesLiteralZero<Parser, std::void_t<decltype(std::declval<Parser&>().Parse(0, true))>>
+    : std::true_type {};
+static_assert(!TakesLiteralZero<XMLParser>::value, "0 is a length and a null pointer");
+
+TEST(Parse, EndsADocumentWithAnEmptyPiece) {
+  XMLEvtHandler handler;
+  XMLParser parser(&handler);
+  ASSERT_TRUE(parser.Create(nullptr, nullptr));
+  EXPECT_TRUE(parser.Parse("<a/>", false));
+  EXPECT_TRUE(parser.Parse("", true));
+  EXPECT_EQ(parser.GetBuffer(1), nullptr) << "the document has ended";
+
+  ASSERT_TRUE(parser.Create(nullptr, nullptr));
+  void* const buffer = parser.GetBuffer(4);
+  ASSERT_NE(buffer, nullptr);
+  std::memcpy(buffer, "<a/>", 4);
+  EXPECT_TRUE(parser.Parse(std::size_t{4}, false));
+  ASSERT_NE(parser.GetBuffer(1), nullptr);
+  EXPECT_TRUE(parser.Parse(std::size_t{0}, true));
+}
+
 TEST(Parse, OnlyTheFinalCallMissesWhatIsOpen) {
   XMLEvtHandler handler;
   XMLParser parser(&handler);
@@ -932,6 +1005,67 @@ TEST(Queries, TellThePositionInACallback) {
   EXPECT_EQ(parser.GetCurrentByteIndex(), 27);
   EXPECT_EQ(parser.GetErrorCode(), XML_ERROR_NONE);
   EXPECT_EQ(parser.GetErrorString(), nullptr);
+}
+
+/// Tells the position and the length of each event.
+class Ruler : public XMLEvtHandler {
+ public:
+  void OnStartElement(const XML_Char* name, const XML_Char**) override { add(name); }
+  void OnEndElement(const XML_Char* name) override { add("/"s + name); }
+  void OnCharacterData(const XML_Char* text, int length) override {
+    add(std::string(text, static_cast<std::size_t>(length)));
+  }
+  void OnComment(const XML_Char*) override { add("comment"); }
+  void OnStartCdataSection() override { add("cdata"); }
+  void OnEndCdataSection() override { add("/cdata"); }
+  void OnStartDoctypeDecl(const XML_Char*, const XML_Char*, const XML_Char*, bool) override {
+    add("doctype");
+  }
+  void OnEndDoctypeDecl() override { add("/doctype"); }
+  XMLParser* parser = nullptr;
+  std::string log;
+
+ private:
+  void add(const std::string& event) {
+    log += event + " " + std::to_string(parser->GetCurrentByteIndex()) + "+" +
+           std::to_string(parser->GetCurrentByteCount()) + ", ";
+  }
+};
+
+TEST(Queries, TellPositionAndLengthOfEachEvent) {
+  const struct {
+    const char* what;
+    std::string document, log;
+  } cases[] = {
+      {"start and end tags", "<a><y></y></a>", "a 0+3, y 3+3, /y 6+4, /a 10+4, "},
+      {"a tag that is both", "<a><y/>t</a>", "a 0+3, y 3+4, /y 7+0, t 7+1, /a 8+4, "},
+      {"a comment", "<a><!--c--></a>", "a 0+3, comment 3+8, /a 11+4, "},
+      {"a CDATA section", "<a><![CDATA[x]]></a>",
+       "a 0+3, cdata 3+9, x 12+1, /cdata 13+3, /a 16+4, "},
+      {"references to characters", "<a>&amp;&#65;</a>", "a 0+3, & 3+5, A 8+5, /a 13+4, "},
+      {"a declaration without a subset", "<!DOCTYPE a><a/>",
+       "doctype 11+1, /doctype 11+1, a 12+4, /a 16+0, "},
+      {"one with a name of the system's", "<!DOCTYPE a SYSTEM 's' ><a/>",
+       "doctype 23+1, /doctype 23+1, a 24+4, /a 28+0, "},
+      {"one with a subset", "<!DOCTYPE a  [ ] ><a/>",
+       "doctype 13+1, /doctype 17+1, a 18+4, /a 22+0, "},
+      {"text of entities",
+       "<!DOCTYPE a [<!ENTITY e '<b>1</b>&f;'><!ENTITY f '2<!--c-->'>]><a>&e;3</a>",
+       "doctype 12+1, /doctype 62+1, a 63+3, b 66+3, 1 66+3, /b 66+3, 2 66+3, comment 66+3, 3 "
+       "69+1, "
+       "/a 70+4, "},
+  };
+  for (const auto& c : cases) {
+    Ruler ruler;
+    XMLParser parser(&ruler);
+    ruler.parser = &parser;
+    ASSERT_TRUE(parser.Create(nullptr, nullptr));
+    enableAll(parser);
+    EXPECT_TRUE(parser.Parse(c.document.data(), c.document.size(), true)) << c.what;
+    EXPECT_EQ(ruler.log, c.log) << c.what;
+    EXPECT_EQ(parser.GetCurrentByteIndex(), static_cast<XML_Index>(c.document.size())) << c.what;
+    EXPECT_EQ(parser.GetCurrentByteCount(), 0) << c.what;
+  }
 }
 
 TEST(Queries, AnswerBeforeTheFirstParse) {
