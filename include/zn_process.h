@@ -23,7 +23,7 @@ namespace zn_lib {
 ///
 /// When no child process can be created, the CALLING process ends at once with status 1, after the
 /// error message "Cannot create subprocess" (verbose only): no exit handler runs, and output that
-/// is still buffered is lost.
+/// is still buffered is lost. In verbose mode the message flushes `std::cout` first.
 ///
 /// With `wait`, the message "Waiting for child process #4242 to complete..." appears (verbose
 /// only), and the call waits for one child of the process to end: ANY one. In a host with several
@@ -34,9 +34,13 @@ namespace zn_lib {
 /// Without `wait` nothing is printed, and the child stays a zombie until the host reaps it with
 /// `waitpid`.
 ///
+/// Where the host ignores SIGCHLD, the system reaps all children by itself: with `wait`, the call
+/// returns when ALL of them have ended, and without it no zombie stays.
+///
 /// The child shares the host's standard streams and its other descriptors that are not
 /// close-on-exec. It writes none of the host's buffered output; flush what should stand before the
-/// program's own.
+/// program's own. In verbose mode, the message about waiting flushes `std::cout` while the program
+/// is running already.
 ZN_UDF_API int childProcess(std::string program, const std::string& argument, bool wait);
 
 }  // namespace zn_lib

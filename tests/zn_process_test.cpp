@@ -204,15 +204,20 @@ TEST_F(Process, SaysForWhichProcessItWaits) {
   EXPECT_EQ(silent.err, "");
 }
 
+/// A program that ends once standard output, a file here, is no longer empty; after 5 s in any
+/// case.
+std::string makePatientProgram() {
+  return makeScript("patient",
+                    "tries=0\n"
+                    "until [ -s /proc/self/fd/1 ] || [ $tries -eq 500 ]; do\n"
+                    "  sleep 0.01\n"
+                    "  tries=$((tries + 1))\n"
+                    "done\n"
+                    "echo ended\n");
+}
+
 TEST_F(Process, SaysSoBeforeItWaits) {
-  // The program ends once standard output, a file here, is no longer empty; after 5 s in any case.
-  const std::string program = makeScript("patient",
-                                         "tries=0\n"
-                                         "until [ -s /proc/self/fd/1 ] || [ $tries -eq 500 ]; do\n"
-                                         "  sleep 0.01\n"
-                                         "  tries=$((tries + 1))\n"
-                                         "done\n"
-                                         "echo ended\n");
+  const std::string program = makePatientProgram();
   zn_lib::setVerbose(true);
   const std::string out = written([&] { zn_lib::childProcess(program, "", true); }).out;
   EXPECT_GT(namedChild(out), 0) << "the message does not come first";
@@ -269,6 +274,37 @@ TEST_F(Process, StopsWaitingAtASignalWhoseHandlerDoesNotRestartCalls) {
   EXPECT_EQ(killAndReap(namedChild(text.out)), kSignalled + SIGKILL);
 }
 
+TEST_F(Process, WaitsForAllChildrenWhereTheirSignalIsIgnored) {
+  const auto before = std::signal(SIGCHLD, SIG_IGN);
+  const pid_t other = fork();
+  if (other == 0) {
+    usleep(300000);
+    writeFile("ended", "");
+    _exit(7);
+  }
+  EXPECT_EQ(zn_lib::childProcess("/bin/true", "", true), 0);
+  EXPECT_TRUE(isThere("ended")) << "another child is still running";
+
+  EXPECT_EQ(zn_lib::childProcess("/bin/true", "", false), 0);
+  EXPECT_EQ(reap(kAnyChild), kNoSuchChild) << "a zombie was left";
+  std::signal(SIGCHLD, before);
+}
+
+TEST_F(Process, FlushesTheStreamOnlyWhenItSaysThatItWaits) {
+  const auto run = [&](const std::string& program) {
+    return written([&] {
+             std::cout << "host, ";
+             zn_lib::childProcess(program, "ended", true);
+           })
+        .out;
+  };
+  EXPECT_EQ(run("/bin/echo"), "ended\nhost, ");
+  zn_lib::setVerbose(true);
+  const std::string out = run(makePatientProgram());
+  EXPECT_EQ(out.rfind("host, Waiting for child process #", 0), 0u) << out;
+  EXPECT_EQ(out.substr(out.find('\n') + 1), "ended\n");
+}
+
 TEST_F(Process, WritesBufferedOutputOnce) {
   for (const bool wait : {true, false}) {
     for (const std::string program : {"/bin/true", "/missing/program"}) {
@@ -307,13 +343,14 @@ TEST_F(Process, EndsTheCallerWhenNoChildCanBeCreated) {
           std::atexit([] { std::cout << "exit handler" << std::endl; });
           // A buffer of its own, which the message does not flush.
           std::fputs("buffered", fdopen(dup(STDOUT_FILENO), "w"));
+          std::cout << "of the stream";
           zn_lib::childProcess("/bin/true", "", wait);
           _exit(2);
         }
         status = reap(caller);
       });
       EXPECT_EQ(status, 1);
-      EXPECT_EQ(text.out, "");
+      EXPECT_EQ(text.out, verbose ? "of the stream" : "");
       EXPECT_EQ(text.err, verbose ? "ERROR: Cannot create subprocess\n" : "");
     }
   }
