@@ -210,8 +210,8 @@ class ZN_UDF_API XMLParser {
 
   /// Returns the length in bytes of what is at the current position: 4 for `<y/>` in its start
   /// tag's callback and 0 in that of its end, 1 in both of a document type declaration. For all
-  /// that comes from the text of an entity it is the length of the reference: 3 for `&e;`. Outside
-  /// a callback it is 0.
+  /// that comes from the text of an entity it is the length of the reference, 3 where the entity is
+  /// called e. Outside a callback it is 0.
   int GetCurrentByteCount() const;
 
   /// The `*size` bytes of input that expat holds; `*offset` is where in them the parser is. For use
