@@ -118,8 +118,8 @@ class ZN_UDF_API ReadXml : public ReadFile {
   /// True says nothing about its content: a malformed file gives the entries before the error, a
   /// read that fails those before the failure. Prints nothing. The file is taken for UTF-8.
   ///
-  /// Throws what a callback of the event handler throws, once the parser is done; the handler gets
-  /// no further event after it.
+  /// Throws what a callback of the event handler throws. The handler gets no further event after
+  /// that.
   virtual bool parseFile();
 };
 
@@ -150,8 +150,8 @@ bool ReadXml<Event>::parseFile() {
     // A read that fails, of a directory for one, never comes to the end of the file.
     isFinal = std::feof(in.get()) != 0 || std::ferror(in.get()) != 0;
     isParsed = parser.Parse(block.data(), count, isFinal);
+    handler.rethrow();
   }
-  handler.rethrow();
   return true;
 }
 

@@ -129,19 +129,22 @@ class ZN_UDF_API Configuration {
   /// and time; later saves leave it as it is.
   ///
   /// Returns false when the store has no name, or when the file can be neither replaced nor opened.
-  /// The store and `changed` are then as they were. A full disk is not reported: the result is
-  /// true.
+  /// The store and `changed` are then as they were. A text that cannot be written whole, on a full
+  /// disk for example, is not reported: it replaces nothing, and the result is true.
   ///
-  /// Where the file can be replaced by name, the new text is written beside it, brought to the
-  /// disk, and renamed. Whatever ends the process or the power, the file then holds the old
-  /// settings or the new ones as a whole, and a disk that is full leaves the old ones. What a
-  /// killed save leaves beside the file, the next save removes. Elsewhere `save` moves the file to
-  /// its backup, as far as that succeeds, and writes it in place: a link, a mount point, another
-  /// user's file in a sticky directory, a directory that takes no new files or never lets one go,
-  /// or a name of more than 230 bytes. There, a kill may leave a part of the text.
+  /// The new text is written beside the file, brought to the disk, and renamed. The file holds the
+  /// old settings or the new ones as a whole at every moment, also after a kill or a power cut. The
+  /// next save removes what a killed one left beside the file, as far as it may. Where the old file
+  /// cannot get a second name, it is moved to the backup first, and a kill in between leaves the
+  /// backup alone.
   ///
-  /// The new file has exactly the permissions of the one that it replaces, and its owner and group
-  /// where the process may set them. A file that was not there gets the permissions of new files.
+  /// `save` writes the file in place, after it has moved the old one to the backup if it can, when
+  /// the file is a link, a device or a mount point; when it belongs to another user in a sticky
+  /// directory; when the directory takes no new files or is append-only; and when the name is
+  /// longer than 220 bytes. A kill may then leave a part of the text.
+  ///
+  /// The new file has the permissions of the one that it replaces, and its owner and group where
+  /// the process may set them. A file that was not there gets the permissions of new files.
   bool save();
 
   /// Prints descriptions and values as a table to standard output, whatever the verbose flag.

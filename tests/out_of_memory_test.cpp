@@ -227,27 +227,30 @@ std::vector<std::string> namesHere() {
   return names;
 }
 
+const std::string kLongFile = "a-store-with-a-name-that-takes-memory.xml";
+
 /// Tries `save` on a store with `backup`, where `change` runs it.
 void saveWithout(bool backup, const std::function<void(zn_lib::Configuration&)>& save) {
   const std::string older = settingsFile(1);
   const std::string old = settingsFile(2);
   std::string whole;
   const auto makeStore = [&](zn_lib::Configuration& store) {
+    store.name = "a-store-with-a-name-that-takes-memory";
     store.backup = backup;
     store.load();
     store.set("UPDATE", "DATE", "today", kLong);
     store.set("changed", kLong);
   };
   const auto prepare = [&] {
-    writeFile("config.xml", old);
-    writeFile("config.xml~", older);
+    writeFile(kLongFile, old);
+    writeFile(kLongFile + "~", older);
   };
   prepare();
   {
     zn_lib::Configuration store;
     makeStore(store);
     ASSERT_TRUE(store.save());
-    whole = readFile("config.xml");
+    whole = readFile(kLongFile);
     ASSERT_NE(whole, old);
   }
   zn_lib::setUseTime(false);
@@ -265,15 +268,15 @@ void saveWithout(bool backup, const std::function<void(zn_lib::Configuration&)>&
       },
       [&](bool) {
         EXPECT_FALSE(zn_lib::isUseTime()) << "the setting is not restored";
-        const std::string file = readFile("config.xml");
-        const std::string kept = readFile("config.xml~");
+        const std::string file = readFile(kLongFile);
+        const std::string kept = readFile(kLongFile + "~");
         const bool isNew = file == whole;
         EXPECT_TRUE(isNew || (backup && file == old)) << file;
         EXPECT_TRUE(kept == older || (backup && kept == old)) << kept;
         if (backup && isNew) {
           EXPECT_EQ(kept, old);
         }
-        EXPECT_EQ(namesHere(), (std::vector<std::string>{"config.xml", "config.xml~"}));
+        EXPECT_EQ(namesHere(), (std::vector<std::string>{kLongFile, kLongFile + "~"}));
       });
   EXPECT_GT(count, 0);
 }

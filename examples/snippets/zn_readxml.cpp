@@ -11,7 +11,7 @@ namespace {
 // Counts the elements of each name.
 class CountEvent final : public zn_lib::XmlEvent<std::map<std::string, int>> {
  public:
-  // An exception that leaves it, such as std::bad_alloc, leaves parseFile when the parser is done.
+  // An exception that leaves it, such as std::bad_alloc, leaves parseFile.
   void OnStartElement(const XML_Char* name, const XML_Char**) override { ++data[name]; }
 };
 

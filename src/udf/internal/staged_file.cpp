@@ -6,17 +6,25 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <memory>
 #include <optional>
 #include <string_view>
+
+#include "../zn_exists.h"
 
 namespace zn_lib::internal {
 namespace {
 
 /// Ends the name of a file that a save writes beside another one.
 constexpr std::string_view kStagedMark = ".zn_udf";
+
+/// The mode of a new file, before the umask.
+constexpr mode_t kNewFile = 0666;
 
 std::string backupOf(const std::string& file) { return file + "~"; }
 
@@ -44,23 +52,21 @@ class Descriptor {
   int number_;
 };
 
-/// Whether both names lead to one file.
-bool isSameFile(const struct stat& a, const struct stat& b) {
-  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+using Status = std::optional<struct stat>;
+
+/// The status of what `name` names, of a link itself; nothing where it cannot be had.
+Status statusOf(const std::string& name) {
+  struct stat status;
+  return lstat(name.c_str(), &status) == 0 ? Status(status) : std::nullopt;
 }
 
-bool isSameFile(const std::string& a, const std::string& b) {
-  struct stat first;
-  struct stat second;
-  return lstat(a.c_str(), &first) == 0 && lstat(b.c_str(), &second) == 0 &&
-         isSameFile(first, second);
+Status statusOf(const Descriptor& file) {
+  struct stat status;
+  return fstat(file.number(), &status) == 0 ? Status(status) : std::nullopt;
 }
 
-bool isOpenAs(const Descriptor& descriptor, const std::string& name) {
-  struct stat opened;
-  struct stat named;
-  return fstat(descriptor.number(), &opened) == 0 && lstat(name.c_str(), &named) == 0 &&
-         isSameFile(opened, named);
+bool isSameFile(const Status& a, const Status& b) {
+  return a && b && a->st_dev == b->st_dev && a->st_ino == b->st_ino;
 }
 
 bool writeAll(const Descriptor& file, const std::string& text) {
@@ -75,10 +81,17 @@ bool writeAll(const Descriptor& file, const std::string& text) {
   return true;
 }
 
-/// Whether a file system that cannot synchronise at all answers so.
+/// Whether `error` is the answer of a file system that has no such operation.
 bool isUnsupported(int error) {
-  return error == EINVAL || error == ENOSYS || error == ENOTSUP || error == EOPNOTSUPP ||
-         error == EROFS;
+  return error == EINVAL || error == ENOSYS || error == ENOTSUP || error == EOPNOTSUPP;
+}
+
+/// Whether `error` says that a file cannot be created or renamed in a directory, whatever its state
+/// and that of the disk: its names are fixed.
+bool isNameFixed(int error) {
+  constexpr std::array refusals = {EACCES, EBUSY, ENAMETOOLONG, EPERM, EROFS, EXDEV};
+  return isUnsupported(error) ||
+         std::find(refusals.begin(), refusals.end(), error) != refusals.end();
 }
 
 /// Waits until the data of `file` are on the disk. Returns false when they did not get there.
@@ -93,20 +106,21 @@ bool sync(const Descriptor& file) {
     result = fdatasync(file.number());
 #endif
   } while (result != 0 && errno == EINTR);
-  return result == 0 || isUnsupported(errno);
+  return result == 0 || errno == EROFS || isUnsupported(errno);
 }
 
-/// The mode to create a file with that gets the permissions of `old` once it has its group.
-mode_t modeBefore(const struct stat& old) { return old.st_mode & (S_IRUSR | S_IWUSR); }
+/// The mode to create a file with that replaces `old`: what remains of its permissions without
+/// those of a group that the file does not have yet.
+mode_t firstModeOf(const struct stat& old) { return old.st_mode & (S_IRUSR | S_IWUSR); }
 
-/// Gives `file` the owner and the group of `old`, as far as the process may, and its permissions.
+/// Gives `file` the group, the permissions and the owner of `old`, as far as the process may.
 void takeAfter(const struct stat& old, const Descriptor& file) {
-  // The permissions come last: until then they would be those of another group, and a change of
-  // the owner clears some.
-  constexpr uid_t unchanged = static_cast<uid_t>(-1);
-  [[maybe_unused]] const bool hasGroup = fchown(file.number(), old.st_uid, old.st_gid) == 0 ||
-                                         fchown(file.number(), unchanged, old.st_gid) == 0;
+  constexpr uid_t sameOwner = static_cast<uid_t>(-1);
+  constexpr gid_t sameGroup = static_cast<gid_t>(-1);
+  [[maybe_unused]] const bool hasGroup = fchown(file.number(), sameOwner, old.st_gid) == 0;
   fchmod(file.number(), old.st_mode & 07777);
+  // The owner comes last: the permissions of another's file may not be the process's to change.
+  [[maybe_unused]] const bool hasOwner = fchown(file.number(), old.st_uid, sameGroup) == 0;
 }
 
 /// Whether files can be added to `directory` but not removed.
@@ -124,28 +138,36 @@ bool isAppendOnly(const std::string& directory) {
 #endif
 }
 
-/// Whether a file can be put beside `file` and take its name, as far as that shows without trying.
-/// Where it cannot, what is put there might have to stay. `old` is the file there is, if any.
-bool isReplaceable(const std::string& file, const std::optional<struct stat>& old) {
+/// Whether a file that is put beside `file` can take its name, and could be removed again, as far
+/// as that shows without trying. `old` is the file there is, if any.
+bool isReplaceable(const std::string& file, const Status& old) {
   if (old && !S_ISREG(old->st_mode)) return false;
   const std::string directory = directoryOf(file);
   struct stat status;
   if (stat(directory.c_str(), &status) != 0 || isAppendOnly(directory)) return false;
+  // Root may do more, but not in every container.
   const bool isSticky = (status.st_mode & S_ISVTX) != 0;
   const uid_t user = geteuid();
-  return !isSticky || !old || user == 0 || user == old->st_uid || user == status.st_uid;
+  return !isSticky || !old || user == old->st_uid || user == status.st_uid;
+}
+
+/// Whether the process may write to `file`.
+bool isWritable(const std::string& file) {
+  return faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) == 0;
 }
 
 /// Removes what a save was writing when it was killed: the staged file `name`, and the second name
 /// of the old file. A save that is running holds a lock.
 void removeLeftover(const std::string& name) {
+  const Status status = statusOf(name);
+  if (!status || !S_ISREG(status->st_mode)) return;
   constexpr int flags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
   // Some network file systems lock only what is open for writing.
   Descriptor leftover(open(name.c_str(), O_WRONLY | flags));
   if (!leftover.isOpen()) leftover.reset(open(name.c_str(), O_RDONLY | flags));
   if (!leftover.isOpen() || flock(leftover.number(), LOCK_EX | LOCK_NB) != 0) return;
   // The save may have come to its end in the meantime, and the file have the store's name.
-  if (!isOpenAs(leftover, name)) return;
+  if (!isSameFile(statusOf(leftover), statusOf(name))) return;
   unlink(backupOf(name).c_str());
   unlink(name.c_str());
 }
@@ -162,7 +184,7 @@ void removeLeftovers(const std::string& file) {
     if (name.substr(0, start.size()) != start || end != kStagedMark) continue;
     name.remove_prefix(start.size());
     name.remove_suffix(kStagedMark.size());
-    if (name.find_first_not_of("0123456789-") != std::string_view::npos) continue;
+    if (name.find_first_not_of("0123456789") != std::string_view::npos) continue;
     removeLeftover(directory + entry->d_name);
   }
 }
@@ -170,16 +192,15 @@ void removeLeftovers(const std::string& file) {
 /// A file beside another one, whose name it is to take; removed with the object unless it did.
 class StagedFile {
  public:
-  /// Creates it empty, with the permissions of `old`, the file that it is to replace.
-  StagedFile(const std::string& file, const std::optional<struct stat>& old) {
+  /// Creates it empty, with the permissions of `old`, the file that it is to replace. Leaves the
+  /// reason in errno where that fails.
+  StagedFile(const std::string& file, const Status& old) {
     constexpr int tries = 100;
-    constexpr mode_t newFile = 0666;
     for (int i = 0; i < tries && !isThere_; ++i) {
-      name_ = file + "." + std::to_string(getpid()) + "-" + std::to_string(i);
-      name_ += kStagedMark;
+      name_ = unusedNameBeside(file);
       descriptor_.reset(open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
-                             old ? modeBefore(*old) : newFile));
-      if (!descriptor_.isOpen() && errno != EEXIST) return;
+                             old ? firstModeOf(*old) : kNewFile));
+      if (!descriptor_.isOpen() && errno != EEXIST && errno != EINTR) return;
       isThere_ = descriptor_.isOpen() && lock();
     }
     if (isThere_ && old) takeAfter(*old, descriptor_);
@@ -208,12 +229,18 @@ class StagedFile {
   }
 
  private:
+  /// A name that has never been used: another save may be about to remove the last one.
+  static std::string unusedNameBeside(const std::string& file) {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return (file + "." + std::to_string(now.count())).append(kStagedMark);
+  }
+
   /// Tells other saves that this one is running. Returns false when one of them took the file for a
   /// leftover before.
   bool lock() const {
     const bool isLocked =
         flock(descriptor_.number(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
-    if (isLocked && isOpenAs(descriptor_, name_)) return true;
+    if (isLocked && isSameFile(statusOf(descriptor_), statusOf(name_))) return true;
     unlink(name_.c_str());
     return false;
   }
@@ -223,65 +250,73 @@ class StagedFile {
   bool isThere_ = false;
 };
 
-/// Gives `file` the name `backup`, in place of another file or of an empty directory. What has that
-/// name stays where this fails. Tried twice, since an error of the disk may pass.
+/// Gives `file` the name `backup`, in place of another file or of an empty directory. A backup that
+/// is there stays where this fails.
 bool moveToBackup(const std::string& file, const std::string& backup) {
   if (std::rename(file.c_str(), backup.c_str()) == 0) return true;
+  // Only a directory has to be removed first. The second try also gets past a passing error.
   rmdir(backup.c_str());
   return std::rename(file.c_str(), backup.c_str()) == 0;
 }
 
-/// Makes the backup a second name of the file, so that the file does not go missing; moves the file
-/// to its backup where the file system has no hard links. `free` is a free name.
-void keepBackup(const std::string& file, const std::string& free) {
-  const bool hasSecondName = link(file.c_str(), free.c_str()) == 0;
-  // Another save has replaced the file at this moment, and kept a backup itself.
-  if (!hasSecondName && errno == ENOENT) return;
-  moveToBackup(hasSecondName ? free : file, backupOf(file));
-  // Still there when the backup could not be made, and when it was the same file already.
-  if (hasSecondName) unlink(free.c_str());
-}
-
-/// Whether `error` says that another file must not take a name. All else is an error of the disk,
-/// to which the old text is not exposed.
-bool isNameFixed(int error) {
-  return error == EACCES || error == EBUSY || error == EPERM || error == EXDEV;
+/// Makes the backup a second name of the file, by way of the free name `free`, so that the file
+/// does not go missing. Where it may not have a second name, moves it to its backup; returns true
+/// then.
+bool keepBackup(const std::string& file, const std::string& backup, const std::string& free) {
+  if (link(file.c_str(), free.c_str()) == 0) {
+    moveToBackup(free, backup);
+    // Still there when the backup could not be made, and when it was the same file already.
+    unlink(free.c_str());
+    return false;
+  }
+  // Where there is no file any more, another save has replaced it, and kept a backup itself.
+  return errno != ENOENT && moveToBackup(file, backup);
 }
 
 /// Writes the text beside the file and moves it into place. Gives the result of the save, or
-/// nothing where that is not possible; the file is as it was then.
+/// nothing where the file has to be written in place.
 std::optional<bool> saveStaged(const std::string& file, const std::string& text, bool keepsBackup) {
-  std::optional<struct stat> old(std::in_place);
-  if (lstat(file.c_str(), &*old) != 0) {
-    if (errno != ENOENT) return std::nullopt;
-    old.reset();
-  }
+  const Status old = statusOf(file);
+  if (!old && errno != ENOENT) return std::nullopt;
   if (!isReplaceable(file, old)) return std::nullopt;
+  // Without a backup, a file that may not be written is not to be replaced either.
+  if (old && !keepsBackup && !isWritable(file)) return std::nullopt;
+
+  const auto failed = [](int error) {
+    return isNameFixed(error) ? std::nullopt : std::optional<bool>(false);
+  };
   removeLeftovers(file);
   StagedFile staged(file, old);
-  if (!staged.isThere()) return std::nullopt;
+  if (!staged.isThere()) return failed(errno);
   // A text that is not whole replaces nothing. That is no failure to the caller, who learns of none
   // in writing.
   if (!staged.write(text)) return true;
-  if (old && keepsBackup) keepBackup(file, backupOf(staged.name()));
+
+  const std::string backup = backupOf(file);
+  const std::string free = backupOf(staged.name());
+  const bool isMoved = old && keepsBackup && keepBackup(file, backup, free);
   if (staged.moveTo(file)) return true;
-  return isNameFixed(errno) ? std::nullopt : std::optional<bool>(false);
+  const int error = errno;
+  if (isMoved) std::rename(backup.c_str(), file.c_str());
+  return failed(error);
 }
 
 bool saveInPlace(const std::string& file, const std::string& text, bool keepsBackup) {
   struct stat old;
   const bool hasOld = stat(file.c_str(), &old) == 0 && S_ISREG(old.st_mode);
   const std::string backup = backupOf(file);
-  const bool isMoved = keepsBackup && moveToBackup(file, backup);
+  const bool isMoved = keepsBackup && exists(file) && moveToBackup(file, backup);
   // A renaming leaves two names of one file as they are, and writing to one would empty the other.
-  if (isMoved && isSameFile(file, backup) && unlink(file.c_str()) != 0) return false;
-
-  const bool isReplaced = isMoved && hasOld;
-  constexpr mode_t newFile = 0666;
+  if (keepsBackup && isSameFile(statusOf(file), statusOf(backup)) && unlink(file.c_str()) != 0) {
+    return false;
+  }
   const Descriptor out(open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC,
-                            isReplaced ? modeBefore(old) : newFile));
-  if (!out.isOpen()) return false;
-  if (isReplaced) takeAfter(old, out);
+                            hasOld ? firstModeOf(old) : kNewFile));
+  if (!out.isOpen()) {
+    if (isMoved) std::rename(backup.c_str(), file.c_str());
+    return false;
+  }
+  if (hasOld) takeAfter(old, out);
   if (writeAll(out, text)) sync(out);
   return true;
 }
