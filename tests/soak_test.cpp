@@ -1,5 +1,5 @@
 /// What adds up: settings that are saved while the process is killed, descriptors and memory over
-/// many calls, children under every handling of SIGCHLD.
+/// many calls, children under every handling of SIGCHLD, sums of as many terms as an int can count.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
@@ -9,6 +9,7 @@
 #include <tokenizer.h>
 #include <unistd.h>
 #include <zn_datetime.h>
+#include <zn_daylength.h>
 #include <zn_dir.h>
 #include <zn_error.h>
 #include <zn_file.h>
@@ -35,6 +36,7 @@
 #include <filesystem>
 #include <functional>
 #include <iostream>
+#include <limits>
 #include <map>
 #include <new>
 #include <random>
@@ -887,6 +889,23 @@ TEST_F(Soak, MemoryIsFreed) {
     for (Call& call : family()) all.push_back(std::move(call));
   }
   expectNothingLeft(all, lengthOf(20000, 1000000));
+}
+
+// ---- Sums to the largest count
+
+TEST(SumOfDayLengths, EndsAfterItsCountOfSteps) {
+  // On the equator, each day has twelve hours to the last bit.
+  constexpr double hours = 12.0;
+  const int largest = isLongRun() ? std::numeric_limits<int>::max() : 100000;
+  for (const int count : {largest, -largest}) {
+    const Clock::time_point start = Clock::now();
+    zn_lib::DayLength day;
+    day.julian = 211813488000000;  // 1 January 2000, 12:00
+    EXPECT_EQ(day.cumulative(count), hours * (largest + 1.0)) << count;
+    EXPECT_EQ(day.julian, 211813488000000u) << count;
+    std::printf("steps: %d, %.3f s\n", count,
+                std::chrono::duration<double>(Clock::now() - start).count());
+  }
 }
 
 }  // namespace

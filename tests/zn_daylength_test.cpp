@@ -294,7 +294,7 @@ TEST(FNsun, MeetsTheSeasons) {
 
 // ---- hourAngle
 
-TEST(HourAngle, IsAQuarterTurnOnTheEquatorAndAtTheEquinox) {
+TEST(HourAngle, IsAQuarterTurnOnTheEquatorAndMoreAtTheEquinox) {
   for (const double declination : {-0.4, -0.1, 0.0, 0.2, 0.4}) {
     EXPECT_DOUBLE_EQ(dayAt(0, 0.0).hourAngle(declination), kTwoPi / 4) << declination;
   }
@@ -303,8 +303,11 @@ TEST(HourAngle, IsAQuarterTurnOnTheEquatorAndAtTheEquinox) {
   EXPECT_NEAR(kHorizon / kRadians, halfDiameterAndRefraction, 0.0001);
   EXPECT_DOUBLE_EQ(dayAt(0, 50.0).hourAngle(-kHorizon), kTwoPi / 4);
   EXPECT_DOUBLE_EQ(dayAt(0, -50.0).hourAngle(kHorizon), kTwoPi / 4);
-  EXPECT_GT(dayAt(0, 50.0).hourAngle(0.0), kTwoPi / 4);
-  EXPECT_GT(dayAt(0, -50.0).hourAngle(0.0), kTwoPi / 4);
+  for (const double latitude : {52.0, -52.0}) {
+    const double half = dayAt(0, latitude).hourAngle(0.0);
+    EXPECT_NEAR(half, 1.5894, 0.00005) << latitude;
+    EXPECT_NEAR((half - kTwoPi / 4) / kRadians / 7.5 * 60.0, 8.5, 0.05) << "minutes";
+  }
 }
 
 TEST(HourAngle, HemispheresMirrorEachOther) {

@@ -72,8 +72,10 @@ double DayLength::cumulative(int count) {
   const int direction = count < 0 ? -1 : 1;
   julian = truncateToUnsigned64(static_cast<double>(julian));
   double sum = compute();
-  for (int step = 1; step <= direction * count; ++step) {
-    julian = truncateToUnsigned64(static_cast<double>(julian) + direction * step);
+  // Up to `count` itself: an int holds no step beyond the largest count.
+  for (int step = 0; step != count;) {
+    step += direction;
+    julian = truncateToUnsigned64(static_cast<double>(julian) + step);
     sum += compute();
   }
   julian = start;
