@@ -143,10 +143,13 @@ ZN_UDF_API std::string getMonthName(unsigned short month, bool shortName);
 /// The Julian value of a date and time; 0 when the date is invalid. Reads the settings' `useTime`:
 /// when it is off the time is ignored and the date stands at noon.
 ///
-/// The time is not checked: hour 25 is one o'clock of the next day. Seconds are cut to
-/// milliseconds. For the check of the date, each of year, month and day is cut to 16 bits. Exact
-/// for the years 1 to 54078; arithmetic beyond wraps at 32 bits, and a negative year counts as the
-/// year after it.
+/// Every date of the years 1 to 65535 is exact. The time is not checked: hour 25 is one o'clock of
+/// the next day, hour -1 is an hour before midnight. Seconds are cut to milliseconds: 1.001 seconds
+/// are 1000 ms, since the double for 1.001 lies below it.
+///
+/// For the check of the date, each of year, month and day is cut to 16 bits. A year above 65535
+/// passes where the cut one has the date, and counts in full. A negative year counts as the year
+/// after it.
 /// @{
 ZN_UDF_API unsigned long long dateToJulian(int year, int month, int day, int hour, int minute,
                                            double second);
@@ -162,9 +165,13 @@ ZN_UDF_API unsigned long long dateToJulian(const std::string& text);
 
 /// The date and time of a Julian value, to the millisecond.
 ///
-/// Returns what `dateToJulian` was given for every date of the years 1 to 9999, with one exception:
-/// 1 March 300 comes back as 29 February 300. Years outside 0 to 65535 wrap: 0 gives 24 November of
-/// year 60823, which is -4713.
+/// Returns the date that `dateToJulian` was given for every date of the years 1 to 65535, with one
+/// exception: 1 March 300 comes back as 29 February 300. Years outside 0 to 65535 wrap: 0 gives 24
+/// November of year 60823, which is -4713.
+///
+/// With times on, converting the record back may lose a millisecond: seconds are cut, and the
+/// double for 1.001 lies below it. About half of all values lose one, whole seconds never do. Add
+/// 0.0005 to `second` first to have the same value.
 ZN_UDF_API date_time_record julianToDate(unsigned long long julian);
 
 /// The Julian Date in days with fraction, 2451545.0 for 1 January 2000 at noon. Settings are not

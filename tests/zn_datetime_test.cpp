@@ -270,6 +270,28 @@ TEST_F(DateTime, DateToJulianDoesNotCheckTheTime) {
   EXPECT_EQ(zn_lib::dateToJulian(2024, 3, 5, 0, 0, 9.9999), midnight + 9999) << "cut, not rounded";
 }
 
+TEST_F(DateTime, DateToJulianIsExactForEveryHourAndMinute) {
+  zn_lib::setUseTime(true);
+  const Julian midnight = zn_lib::dateToJulian(2024, 3, 5, 0, 0, 0.0);
+  for (const int count : {600, 40000, 65535, 1 << 30, std::numeric_limits<int>::max(),
+                          std::numeric_limits<int>::min()}) {
+    const Julian times = static_cast<Julian>(count);
+    EXPECT_EQ(zn_lib::dateToJulian(2024, 3, 5, count, 0, 0.0), midnight + times * 3600000);
+    EXPECT_EQ(zn_lib::dateToJulian(2024, 3, 5, 0, count, 0.0), midnight + times * 60000);
+  }
+  zn_lib::date_time_record record = {5, 3, 2024, 65535, 65535, 65535.0};
+  EXPECT_EQ(zn_lib::dateToJulian(record), midnight + 65535ull * (3600000 + 60000 + 1000));
+}
+
+TEST_F(DateTime, LaterYearsPassAsTheYearThatTheyAreCutTo) {
+  constexpr Julian cycle = 146097;  // days in 400 years
+  const Julian earlier = zn_lib::dateToJulian(2, 1, 1, 0, 0, 0.0);
+  const Julian later = zn_lib::dateToJulian(2 + 400 * 4096, 1, 1, 0, 0, 0.0);
+  EXPECT_EQ(later, earlier + 4096 * cycle * kDay) << "and count in full";
+  EXPECT_EQ(fieldsOf(zn_lib::julianToDate(later)), "2-1-1 12:0:0");
+  EXPECT_EQ(zn_lib::dateToJulian(65537, 2, 29, 0, 0, 0.0), 0u) << "year 1 has none";
+}
+
 TEST_F(DateTime, ANegativeYearCountsAsTheYearAfterIt) {
   // -4 on the left is -3, a common year; the check sees the year cut to 16 bits.
   EXPECT_EQ(zn_lib::dateToJulian(-1, 6, 1, 0, 0, 0.0), zn_lib::dateToJulian(0, 6, 1, 0, 0, 0.0));
@@ -329,13 +351,14 @@ class Calendar {
   }
 };
 
-TEST_F(DateTime, EveryDateOfTheYears1To9999) {
+TEST_F(DateTime, EveryDateOfTheYears1To65535) {
   const zn_lib::date_time_record february29 = {29, 2, 300, 12, 0, 0.0};
   const Julian first =
       211813488000000 - 730119 * kDay;  // 1 January 2000 is day 730119 of the count
   int dates = 0;
   int exceptions = 0;
-  for (Calendar date; date.year < 10000; date.next(), ++dates) {
+  // The year behind the last one is 0 again.
+  for (Calendar date; date.year != 0; date.next(), ++dates) {
     const Julian julian = zn_lib::dateToJulian(date.year, date.month, date.day, 0, 0, 0.0);
     ASSERT_EQ(julian, first + static_cast<Julian>(dates) * kDay)
         << date.year << '-' << date.month << '-' << date.day;
@@ -348,9 +371,40 @@ TEST_F(DateTime, EveryDateOfTheYears1To9999) {
     ASSERT_TRUE(back.year == date.year && back.month == date.month && back.day == date.day &&
                 back.hour == 12 && back.minute == 0 && back.second == 0.0)
         << fieldsOf(back) << " for " << date.year << '-' << date.month << '-' << date.day;
+    const zn_lib::date_time_record last = zn_lib::julianToDate(julian + kDay / 2 - 1);
+    ASSERT_TRUE(last.year == date.year && last.month == date.month && last.day == date.day &&
+                last.hour == 23 && last.minute == 59 && last.second >= 59.998)
+        << fieldsOf(last) << " for " << date.year << '-' << date.month << '-' << date.day;
   }
-  EXPECT_EQ(dates, 3652059);
+  EXPECT_EQ(dates, 23936166);
   EXPECT_EQ(exceptions, 1);
+}
+
+TEST_F(DateTime, YearsOfFiveDigitsHaveTimesToo) {
+  zn_lib::defaultDateTimeFormat();
+  for (const int year : {10000, 54078, 54079, 60000, 65535}) {
+    const Julian julian = zn_lib::dateToJulian(year, 3, 5, 14, 7, 9.25);
+    EXPECT_EQ(fieldsOf(zn_lib::julianToDate(julian)), std::to_string(year) + "-3-5 14:7:9.25");
+    EXPECT_EQ(zn_lib::julianToISO(julian), std::to_string(year) + "-03-05 14:07:9.25");
+  }
+}
+
+TEST_F(DateTime, ConvertingBackMayLoseAMillisecond) {
+  zn_lib::setUseTime(true);
+  const Julian midnight = zn_lib::dateToJulian(2024, 3, 5, 0, 0, 0.0);
+  EXPECT_EQ(zn_lib::dateToJulian(2024, 3, 5, 0, 0, 1.001), midnight + 1000);
+  EXPECT_EQ(zn_lib::dateToJulian(2024, 3, 5, 0, 0, 1.001 + 0.0005), midnight + 1001);
+  Julian changed = 0;
+  Julian instants = 0;
+  for (Julian ms = 0; ms < kDay; ms += 7, ++instants) {
+    zn_lib::date_time_record record = zn_lib::julianToDate(midnight + ms);
+    const Julian back = zn_lib::dateToJulian(record);
+    ASSERT_TRUE(back == midnight + ms || (back == midnight + ms - 1 && ms % 1000 != 0)) << ms;
+    changed += back != midnight + ms ? 1 : 0;
+    record.second += 0.0005;
+    ASSERT_EQ(zn_lib::dateToJulian(record), midnight + ms) << "with half a millisecond more";
+  }
+  EXPECT_NEAR(static_cast<double>(changed) / static_cast<double>(instants), 0.5, 0.01);
 }
 
 TEST_F(DateTime, DateToJulianDays) {

@@ -46,11 +46,6 @@ bool isLeapYear(unsigned short year) {
   return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
 }
 
-/// The result of a 32-bit computation, wrapped to 32 bits where it left them.
-constexpr std::int32_t wrap32(std::int64_t value) {
-  return static_cast<std::int32_t>(static_cast<std::uint32_t>(value));
-}
-
 constexpr unsigned short to16Bits(int value) { return static_cast<unsigned short>(value); }
 
 /// The numbers of an ISO 8601 text in its own order, year first; -1 where the text leaves one out.
@@ -252,23 +247,24 @@ std::string getMonthName(unsigned short month, bool shortName) {
 
 unsigned long long dateToJulian(int year, int month, int day, int hour, int minute, double second) {
   if (!isValidDate(to16Bits(day), to16Bits(month), to16Bits(year))) return 0;
-  std::int32_t y = year < 0 ? year + 1 : year;
-  std::int32_t m = month;
+  // In 64 bits, which hold the products of every int.
+  std::int64_t y = year < 0 ? year + 1 : year;
+  std::int64_t m = month;
   if (m < 3) {
-    y = wrap32(std::int64_t{y} - 1);
+    --y;
     m += kMonthsPerYear;
   }
   // The integer forms of int(30.6001 * (m + 1)) and int(365.25 * (y + 4716)), and the Gregorian
   // correction.
-  const std::int32_t monthDays = wrap32(306001 * (std::int64_t{m} + 1)) / 10000;
-  const std::int32_t yearDays = wrap32(36525 * (std::int64_t{y} + 4716)) / 100;
-  const std::int32_t days =
-      wrap32(std::int64_t{day} + (2 - y / 100 + y / 400) + monthDays + yearDays);
-  const double midnight = (days - 1524.5) * static_cast<double>(kMillisecondsPerDay);
+  const std::int64_t monthDays = 306001 * (m + 1) / 10000;
+  const std::int64_t yearDays = 36525 * (y + 4716) / 100;
+  const std::int64_t days = day + (2 - y / 100 + y / 400) + monthDays + yearDays;
+  const double midnight =
+      (static_cast<double>(days) - 1524.5) * static_cast<double>(kMillisecondsPerDay);
   if (!date_set.useTime) return truncateToUnsigned64(midnight) + kMillisecondsPerHalfDay;
-  // A negative product is extended to 64 bits and wraps there: hour -1 is an hour before midnight.
-  const std::int64_t time = std::int64_t{wrap32(std::int64_t{minute} * kMillisecondsPerMinute)} +
-                            wrap32(std::int64_t{hour} * kMillisecondsPerHour);
+  // What is negative wraps in the sum: hour -1 is an hour before midnight.
+  const std::int64_t time =
+      std::int64_t{minute} * kMillisecondsPerMinute + std::int64_t{hour} * kMillisecondsPerHour;
   return static_cast<unsigned long long>(time) + truncateToUnsigned64(second * 1000.0) +
          truncateToUnsigned64(midnight);
 }
@@ -293,10 +289,10 @@ date_time_record julianToDate(unsigned long long julian) {
   // The steps are those of the algorithm in doubles: an exact calendar routine would differ on 1
   // March 300.
   const std::int32_t century = static_cast<std::int32_t>((dayNumber - 1867216.25) / 36524.25);
-  const std::int32_t b = wrap32(std::int64_t{dayNumber} + century - century / 4 + 1525);
-  const std::int32_t c = static_cast<std::int32_t>((b - 122.1) / 365.25);
-  const std::int32_t d = wrap32(std::int64_t{36525} * c) / 100;
-  const std::int32_t dayOfCycle = wrap32(std::int64_t{b} - d);
+  const std::int64_t b = std::int64_t{dayNumber} + century - century / 4 + 1525;
+  const std::int32_t c = static_cast<std::int32_t>((static_cast<double>(b) - 122.1) / 365.25);
+  const std::int64_t d = std::int64_t{36525} * c / 100;
+  const std::int32_t dayOfCycle = static_cast<std::int32_t>(b - d);
   const std::int32_t e = static_cast<std::int32_t>(dayOfCycle / 30.6001);
   const std::int32_t month = e < 14 ? e - 1 : e - 13;
 
