@@ -22,7 +22,8 @@ class ZN_UDF_API ReadFile : public FileName {
   /// No name, text mode, closed.
   ReadFile();
 
-  /// Closes the file.
+  /// Closes the file. Never throws, also where `file` does: call `fileClose` first to learn of a
+  /// failure.
   ~ReadFile() override;
 
   /// Opens `file` on `getFileName()`, in binary mode when `binary` is set. True when the stream is

@@ -23,7 +23,8 @@ class ZN_UDF_API WriteFile : public FileName {
   /// No name, not appending, overwriting, closed.
   WriteFile();
 
-  /// Flushes and closes the file.
+  /// Flushes and closes the file. Never throws, also where `file` does: call `fileClose` first to
+  /// learn of a disk that is full.
   ~WriteFile() override;
 
   /// Opens `file` on `getFileName()`, behind its text when `append` is set, else as an empty file.

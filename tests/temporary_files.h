@@ -2,6 +2,7 @@
 #ifndef TEMPORARY_FILES_H
 #define TEMPORARY_FILES_H
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -44,6 +45,13 @@ inline std::string readFile(const std::string& name) {
 }
 
 inline bool isThere(const std::string& name) { return access(name.c_str(), F_OK) == 0; }
+
+/// The descriptor that the next file to be opened gets.
+inline int nextDescriptor() {
+  const int descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  close(descriptor);
+  return descriptor;
+}
 
 /// HOME with another value, for the time of a scope.
 class Home {

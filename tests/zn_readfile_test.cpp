@@ -1,10 +1,11 @@
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <zn_output.h>
 #include <zn_readfile.h>
 
+#include <ios>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 
@@ -55,13 +56,6 @@ TEST_F(ReadFileTest, IsANameAFlagAndAStream) {
   EXPECT_EQ(file.nameParts.path + file.nameParts.name + file.nameParts.extension, "");
 }
 
-/// The descriptor that the next file to be opened gets.
-int nextDescriptor() {
-  const int descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-  close(descriptor);
-  return descriptor;
-}
-
 TEST_F(ReadFileTest, DestructorClosesTheFile) {
   writeFile("a", "x");
   const int descriptor = nextDescriptor();
@@ -71,6 +65,35 @@ TEST_F(ReadFileTest, DestructorClosesTheFile) {
     EXPECT_NE(nextDescriptor(), descriptor);
   }
   EXPECT_EQ(nextDescriptor(), descriptor);
+}
+
+/// Opens a file that cannot be closed, and asks its stream for exceptions.
+void openToFail(zn_lib::ReadFile& file) {
+  writeFile("a", "x");
+  const int descriptor = nextDescriptor();
+  open(file, "a");
+  file.file.exceptions(std::ios_base::badbit | std::ios_base::failbit);
+  ASSERT_EQ(close(descriptor), 0) << "behind the stream's back";
+}
+
+TEST_F(ReadFileTest, DestructorDoesNotThrow) {
+  zn_lib::ReadFile file;
+  openToFail(file);
+}
+
+TEST_F(ReadFileTest, DestructorDoesNotThrowWhileAnExceptionUnwinds) {
+  const auto read = [] {
+    zn_lib::ReadFile file;
+    openToFail(file);
+    throw std::runtime_error("the host's own");
+  };
+  EXPECT_THROW(read(), std::runtime_error);
+}
+
+TEST_F(ReadFileTest, ClosingThrowsWhereTheHostAsksForIt) {
+  zn_lib::ReadFile file;
+  openToFail(file);
+  EXPECT_THROW(file.fileClose(), std::ios_base::failure);
 }
 
 TEST_F(ReadFileTest, AFailedCloseShowsInTheStream) {

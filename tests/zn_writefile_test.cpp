@@ -3,6 +3,8 @@
 #include <zn_output.h>
 #include <zn_writefile.h>
 
+#include <ios>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 
@@ -146,6 +148,41 @@ TEST_F(WriteFileTest, DestructorWritesWhatIsLeft) {
     file.file << "text";
   }
   EXPECT_EQ(readFile("a"), "text");
+}
+
+/// Opens a device that is always full, and asks its stream for exceptions. What is written stays in
+/// the stream's buffer until the file is closed.
+void writeToAFullDisk(zn_lib::WriteFile& file) {
+  std::string name = "/dev/full";
+  file.setFileName(name);
+  ASSERT_TRUE(file.fileOpen());
+  file.file.exceptions(std::ios_base::badbit | std::ios_base::failbit);
+  file.file << "text";
+}
+
+TEST_F(WriteFileTest, DestructorDoesNotThrowOnAFullDisk) {
+  const int descriptor = nextDescriptor();
+  {
+    zn_lib::WriteFile file;
+    writeToAFullDisk(file);
+    EXPECT_NE(nextDescriptor(), descriptor);
+  }
+  EXPECT_EQ(nextDescriptor(), descriptor) << "the file is closed all the same";
+}
+
+TEST_F(WriteFileTest, DestructorDoesNotThrowWhileAnExceptionUnwinds) {
+  const auto write = [] {
+    zn_lib::WriteFile file;
+    writeToAFullDisk(file);
+    throw std::runtime_error("the host's own");
+  };
+  EXPECT_THROW(write(), std::runtime_error);
+}
+
+TEST_F(WriteFileTest, ClosingThrowsWhereTheHostAsksForIt) {
+  zn_lib::WriteFile file;
+  writeToAFullDisk(file);
+  EXPECT_THROW(file.fileClose(), std::ios_base::failure);
 }
 
 TEST_F(WriteFileTest, AFailedCloseShowsInTheStream) {

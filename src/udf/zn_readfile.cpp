@@ -7,7 +7,13 @@ namespace zn_lib {
 
 ReadFile::ReadFile() = default;
 
-ReadFile::~ReadFile() { fileClose(); }
+ReadFile::~ReadFile() {
+  try {
+    fileClose();
+  } catch (...) {
+    // The host asked the stream for exceptions, and a destructor has no way to tell.
+  }
+}
 
 bool ReadFile::fileOpen() {
   file.open(getFileName(), binary ? std::ios_base::in | std::ios_base::binary : std::ios_base::in);

@@ -7,7 +7,13 @@ namespace zn_lib {
 
 WriteFile::WriteFile() = default;
 
-WriteFile::~WriteFile() { fileClose(); }
+WriteFile::~WriteFile() {
+  try {
+    fileClose();
+  } catch (...) {
+    // The host asked the stream for exceptions, and a destructor has no way to tell.
+  }
+}
 
 bool WriteFile::fileOpen() {
   const std::string name = getFileName();
