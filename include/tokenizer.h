@@ -5,8 +5,8 @@
 ///     date.tokens                ->  {"2024", "05", "06", "10", "20"}
 ///     date.getToken(0)           ->  "2024"
 ///     date.getToken(9)           ->  ""
-#ifndef TOKENIZER_H
-#define TOKENIZER_H
+#ifndef ZN_TOKENIZER_H
+#define ZN_TOKENIZER_H
 
 #include <cstddef>
 #include <iosfwd>
@@ -102,4 +102,4 @@ class ZN_UDF_API Tokenizer {
 
 }  // namespace zn_lib
 
-#endif  // TOKENIZER_H
+#endif  // ZN_TOKENIZER_H
