@@ -25,10 +25,9 @@ namespace zn_lib {
 /// and "rerun.log", listed in that order, "run.log" becomes "rerun-1.log". That order is the
 /// system's. The base "<dir>" stands for the subdirectories, as it does for `listDir`.
 ///
-/// A directory that cannot be listed leaves `name` as it is but for the "/"; so does a base that is
-/// no regular expression, or one with more in it than plain characters and dots that is longer than
-/// 255 bytes. `errorMessage` tells, in verbose mode only. Nothing is thrown, except when memory
-/// runs out.
+/// A directory that cannot be listed leaves `name` as it is but for the "/"; so does a base that
+/// `listDir` refuses as a filter because it is malformed or too long. `errorMessage` tells, in
+/// verbose mode only. Nothing is thrown, except when memory runs out.
 ZN_UDF_API void sequentialFile(std::string& name);
 
 }  // namespace zn_lib

@@ -81,6 +81,15 @@ TEST_F(SequentialFile, TheLastStemWithoutNumberWins) {
   EXPECT_EQ(sequential("out/run.log"), "out/" + last + "-1.log");
 }
 
+TEST_F(SequentialFile, TakesTheParentDirectoryForABase) {
+  writeFile("here", "");
+  const std::string tail = "-1./logs/x";
+  const std::string name = sequential("../logs/x");
+  std::vector<std::string> entries;
+  ASSERT_TRUE(zn_lib::listDir("", "", false, entries));
+  EXPECT_EQ(name, entries.back() + tail) << "of all names here, the last one is the base";
+}
+
 TEST_F(SequentialFile, LooksIntoTheDirectoryOfTheName) {
   const Home home(directory.c_str());
   std::filesystem::create_directory("out");
@@ -88,6 +97,17 @@ TEST_F(SequentialFile, LooksIntoTheDirectoryOfTheName) {
   EXPECT_EQ(sequential("out/run.log"), "out/rerun-1.log");
   EXPECT_EQ(sequential("out\\run.log"), "out/rerun-1.log");
   EXPECT_EQ(sequential("~/out/run.log"), "~/out/rerun-1.log") << "written back unexpanded";
+}
+
+TEST_F(SequentialFile, ALongBaseFindsNamesAsItsFilterDoes) {
+  writeFile("rerun.log", "");
+  for (const std::size_t length : {200u, 256u, 1000u, 9000u}) {
+    const std::string base = "(" + std::string(length, 'a') + "|run)";
+    std::vector<std::string> entries;
+    EXPECT_TRUE(zn_lib::listDir("", base, false, entries));
+    EXPECT_EQ(entries, std::vector<std::string>{"rerun.log"});
+    EXPECT_EQ(sequential(base + ".x"), "rerun-1.x") << length;
+  }
 }
 
 TEST_F(SequentialFile, KeepsANameWhoseDirectoryCannotBeListed) {
@@ -220,8 +240,12 @@ TEST_F(SequentialFile, AnswersForNamesOfAnyLength) {
       {"a number", a + "-77.x", a + "-1.x"},
       {"two dots", a + "." + a + ".x", a + "." + a + "-1.x"},
       {"a long number", "a-" + std::string(a.size(), '7'), "a-1."},
-      {"the longest for a pattern", std::string(254, 'a') + "+.x", std::string(254, 'a') + "+-1.x"},
-      {"too long for a pattern", std::string(255, 'a') + "+.x", std::string(255, 'a') + "+.x"},
+      {"a pattern longer than any name", std::string(255, 'a') + "+.x",
+       std::string(255, 'a') + "+-1.x"},
+      {"the longest pattern", std::string(9999, 'a') + "+.x", std::string(9999, 'a') + "+-1.x"},
+      {"too long for a pattern", std::string(10000, 'a') + "+.x", std::string(10000, 'a') + "+.x"},
+      {"a set of any length", "[" + a + "].x", "[" + a + "]-1.x"},
+      {"malformed", std::string(300, '(') + ".x", std::string(300, '(') + ".x"},
       {"far too long for one", a + "+.x", a + "+.x"},
   };
   for (const auto& c : cases) EXPECT_TRUE(sequential(c.name) == c.result) << c.what;

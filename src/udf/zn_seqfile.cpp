@@ -8,7 +8,6 @@
 #include "zn_ascii.h"
 #include "zn_dir.h"
 #include "zn_file.h"
-#include "zn_output.h"
 #include "zn_pattern.h"
 
 namespace zn_lib {
@@ -28,22 +27,13 @@ std::optional<std::string> beforeNumber(const std::string& name) {
   return std::string(name.begin(), hyphen.base() - 1);
 }
 
-/// Whether the engine can be given `base` as a filter at all: a long pattern takes as much of the
-/// stack as a long text.
-bool isSearchable(const std::string& base) {
-  return base.size() <= kLongestForEngine || isSingleCharacters(base);
-}
-
 }  // namespace
 
 void sequentialFile(std::string& name) {
   const name_of_file parts = splitFileName(name);
   std::string base = beforeNumber(parts.name).value_or(parts.name);
-  if (!isSearchable(base)) {
-    errorMessage("Invalid filter");
-    return;
-  }
   std::vector<std::string> entries;
+  // A base that is no filter counts as a listing that fails.
   if (!listDir(parts.path, base, false, entries)) return;
   for (std::string& entry : entries) {
     std::string stem = stripExtension(entry);
