@@ -108,7 +108,7 @@ class CatalogReader {
   Catalog catalog;
 
  private:
-  /// Cut to the low bits of the nearest long.
+  /// Cut to the low bits of the nearest long long.
   static int leadingNumber(const std::string& text) {
     std::size_t at = 0;
     const bool isNegative = !text.empty() && text[0] == '-';
@@ -116,7 +116,7 @@ class CatalogReader {
     __extension__ typedef __int128 Wide;
     Wide value = 0;
     for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
-      value = std::min<Wide>(value * 10 + (text[at] - '0'), Wide{LONG_MAX} + 1);
+      value = std::min<Wide>(value * 10 + (text[at] - '0'), Wide{LLONG_MAX} + 1);
     }
     value = isNegative ? -value : std::min<Wide>(value, LONG_MAX);
     return static_cast<int>(static_cast<unsigned>(static_cast<unsigned long>(value)));

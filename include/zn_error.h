@@ -16,8 +16,23 @@
 ///
 /// Write the elements of one error directly after one another. Text that follows `</ID>` or
 /// `</MESSAGE>`, and be it a line break, is taken for the number or the message, which then is 0 or
-/// empty. A message that the parser delivers in pieces keeps the last one only: what follows its
-/// last "&amp;" or line break. An error without number or message has those of the error before it.
+/// empty: a catalog with a line for each element reads as number 0 without a message. An error
+/// without number or message has those of the error before it. A number beyond 32 bits keeps its
+/// lowest 32 on every machine: 4294967298 is 2. One beyond 64 bits is -1, or 0 if it is negative.
+///
+/// A message keeps the last of the pieces in which the parser delivers it, without its leading
+/// blanks. References, line breaks, comments, CDATA sections and the ends of the blocks in which
+/// the file is read separate pieces:
+///
+///     Tom &amp; Jerry            ->  "Jerry"
+///     Tom &amp;amp; Jerry        ->  "amp; Jerry"
+///     less than &lt;             ->  "<"
+///     one<!-- two -->three       ->  "three"
+///     <![CDATA[Tom & Jerry]]>    ->  "Tom & Jerry"
+///     one <![CDATA[& two]]>      ->  "& two"
+///
+/// Put a message with such characters into one CDATA section, on one line. A message whose end tag
+/// has a line of its own is empty.
 ///
 /// The printing functions print in verbose mode only. Nothing is thrown, except when memory runs
 /// out.

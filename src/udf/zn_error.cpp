@@ -43,8 +43,8 @@ void ErrorEvent::OnEndElement(const XML_Char* name) {
 
 void ErrorEvent::OnCharacterData(const XML_Char* text, int length) {
   if (tag == "ID") {
-    // As atoi, but defined for numbers of any length.
-    id = static_cast<int>(std::strtol(skipWhiteSpace(text, length).c_str(), nullptr, 10));
+    // As atoi, but defined for numbers of any length, and the same where a long has 32 bits.
+    id = static_cast<int>(std::strtoll(skipWhiteSpace(text, length).c_str(), nullptr, 10));
   } else if (tag == "MESSAGE") {
     message = skipWhiteSpace(text, length);
   }
