@@ -73,9 +73,10 @@ class ZN_UDF_API Tokenizer {
   /// digit), "]" ends the set early. No delimiters split nothing.
   ///
   /// Plain characters are looked up in linear time, whatever the length. Sets with any of `^ \ [ ]`
-  /// or an inner hyphen in them go through std::regex: a malformed one, such as "z-a", throws
-  /// std::regex_error and leaves no tokens, and so does one of more than 10,000 bytes with a
-  /// "]" in it; a set that closes early and repeats may exhaust the stack on long texts.
+  /// in them, with an inner hyphen or with several, go through std::regex. A malformed one, such as
+  /// "z-a", throws std::regex_error and leaves no tokens; so does one of more than 9,998 bytes that
+  /// holds a "]", escaped or not. A set that closes early and repeats may exhaust the stack on long
+  /// texts.
   std::size_t split(const std::string& text, const std::string& delimiters);
 
   /// Splits `text` at each match of `pattern`, an ECMAScript regular expression, and returns the
@@ -84,9 +85,10 @@ class ZN_UDF_API Tokenizer {
   ///     splitMulti("one, two,three", ", ?")  ->  "one", "two", "three"
   ///
   /// A pattern of plain characters, ", ", is looked up in linear time, whatever the length. All
-  /// others go through std::regex: a malformed one, or one of more than 10,000 bytes, throws
-  /// std::regex_error and leaves no tokens, and one that repeats may exhaust the stack where a
-  /// match is tens of thousands of characters long.
+  /// others go through std::regex. A malformed one throws std::regex_error and leaves no tokens; so
+  /// does one of more than 10,000 bytes, unless it is a single set, "[...]", with no "]" but its
+  /// last. One that repeats may exhaust the stack where a match is tens of thousands of characters
+  /// long.
   std::size_t splitMulti(const std::string& text, const std::string& pattern);
 
   /// Sorts the tokens in the order of `vector_key`. False, and nothing changes, when there are

@@ -35,9 +35,10 @@ ZN_UDF_API bool createDir(const std::string& dir);
 /// to directories. `skipHidden` leaves out names that begin with a dot, "." and ".." among them.
 ///
 /// False, with `entries` unchanged, and a message "Couldn't open the directory", or "Invalid
-/// filter" for one that is no regular expression, or longer than 10,000 bytes and more than plain
-/// characters and dots. A filter with repetitions runs on std::regex, which may exhaust the stack on
-/// names only where a file system allows names of thousands of bytes.
+/// filter" for one that is no regular expression or is too long. Too long is a filter of more than
+/// 10,000 bytes, unless it consists of plain characters and dots, or is a single set, "[...]", with
+/// no "]" but its last. A filter with repetitions runs on std::regex, which may exhaust the stack
+/// on names only where a file system allows names of thousands of bytes.
 ZN_UDF_API bool listDir(std::string dir, const std::string& filter, bool skipHidden,
                         std::vector<std::string>& entries);
 
@@ -46,7 +47,9 @@ ZN_UDF_API bool listDir(std::string dir, const std::string& filter, bool skipHid
 ///
 /// Files that `target` has already are kept. Subdirectories are not entered: each becomes an empty
 /// file. True when the copying was attempted, whatever became of the single files; false, with a
-/// message, when a name is empty, `source` does not exist, or `target` cannot be created.
+/// message, when a name is empty, `source` does not exist, or `target` cannot be created. A
+/// `source` that is no directory, or cannot be read, prints "Couldn't open the directory", and the
+/// result is true: `target` is created, and nothing is copied.
 ZN_UDF_API bool copyDir(std::string& source, std::string& target);
 
 }  // namespace zn_lib

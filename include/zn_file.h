@@ -39,9 +39,10 @@ class ZN_UDF_API FileName {
 
   /// The parts joined by `createFileName` and passed through `checkHomePath`.
   ///
-  /// So "~" may be replaced twice, once in the directory and once in what follows: a backup name
-  /// such as "data.cfg~" comes back as "data.cfg/home/ada". And leading blanks go when there is no
-  /// directory.
+  /// So "~" may be replaced twice: the first one of the directory, then the first one that is left,
+  /// in the directory or behind it. A backup name such as "data.cfg~" comes back as
+  /// "data.cfg/home/ada", and "~/a~b/c" as "/home/ada/a/home/adab/c". And leading blanks go when
+  /// there is no directory.
   std::string getFileName();
 
   /// The name that was set.
@@ -68,6 +69,7 @@ ZN_UDF_API void checkHomePath(std::string& name);
 ///
 ///     splitFileName("src/zn_str.cpp")  ->  "src/", "zn_str",  "cpp"
 ///     splitFileName("dir.d/file")      ->  "",     "dir",     "d/file"
+///     splitFileName("../logs/x")       ->  "",     ".",       "/logs/x"
 ///     splitFileName("src/.profile")    ->  "",     "src/",    "profile"
 ///     splitFileName(".bashrc")         ->  "",     ".bashrc", ""
 ///     splitFileName("a.b.")            ->  "",     "a",       "b."

@@ -25,6 +25,7 @@ namespace zn_lib {
 
 /// An event handler with the map that it fills and the state that its callbacks share. It is a
 /// value: its state is its three members, which a host may set, clear, copy or swap between events.
+/// `ConfigEvent` uses all three; `ErrorEvent` uses `data` only, and adds members of its own.
 ///
 /// A handler that `ReadXml` owns may throw from its callbacks. One that a host passes to an
 /// `XMLParser` itself must not, and running out of memory counts.

@@ -237,7 +237,8 @@ TEST_F(Directories, FiltersAgreeWithTheEngine) {
   forEveryText(alphabet, 2, [](const std::string& name) {
     if (!name.empty() && name != "." && name != "..") writeFile(name, "");
   });
-  for (std::size_t i = 0; i < 40; ++i) writeFile(randomText(random, alphabet + "ab", 3 + i % 6), "");
+  for (std::size_t i = 0; i < 40; ++i)
+    writeFile(randomText(random, alphabet + "ab", 3 + i % 6), "");
   const Names all = listed(".", "", false);
   ASSERT_GT(all.size(), 100u);
   const auto agrees = [&](const std::string& filter) {
@@ -281,14 +282,32 @@ TEST_F(Directories, LongFiltersSelectNothing) {
 TEST_F(Directories, LongFiltersWithOperatorsAreRefused) {
   fill();
   constexpr std::size_t longest = 10000;
-  Names names;
-  EXPECT_TRUE(zn_lib::listDir(".", std::string(longest - 1, 'x') + "|", false, names));
-  EXPECT_FALSE(names.empty());
-  const Names before = names;
-  for (const std::string& filter : {std::string(longest, 'x') + "|", std::string(longest + 1, '('),
-                                    std::string(kLongText, '('), std::string(kLongText, '\\')}) {
-    EXPECT_FALSE(zn_lib::listDir(".", filter, false, names)) << filter.size();
-    EXPECT_EQ(names, before);
+  const std::string set(longest, 'x');
+  const struct {
+    const char* what;
+    std::string filter;
+    bool isTaken;
+  } cases[] = {
+      {"the longest with an operator", std::string(longest - 1, 'x') + "|", true},
+      {"longer, with an operator", std::string(longest, 'x') + "|", false},
+      {"longer, with an escaped dot", std::string(longest, 'x') + "\\.", false},
+      {"longer, for the start of a name", "^" + std::string(longest, 'x'), false},
+      {"longer, with a NUL", std::string(longest, 'x') + '\0', false},
+      {"longer, plain characters and dots", std::string(longest, 'x') + ".", true},
+      {"a set", "[" + set + "]", true},
+      {"all but a set", "[^" + set + "]", true},
+      {"a set with another mark", "[" + set + "\\]]", false},
+      {"a set and a character", "[" + set + "]x", false},
+      {"a character and a set", "x[" + set + "]", false},
+      {"parentheses", std::string(longest + 1, '('), false},
+      {"many parentheses", std::string(kLongText, '('), false},
+      {"many backslashes", std::string(kLongText, '\\'), false},
+  };
+  for (const auto& c : cases) {
+    Names names = {"before"};
+    EXPECT_EQ(zn_lib::listDir(".", c.filter, false, names), c.isTaken) << c.what;
+    EXPECT_EQ(names.front(), "before") << c.what;
+    EXPECT_TRUE(c.isTaken || names.size() == 1) << c.what;
   }
 }
 
@@ -310,6 +329,16 @@ TEST_F(Directories, CopyMakesTheTarget) {
   EXPECT_EQ(readFile("copy/file"), "text");
   EXPECT_TRUE(std::filesystem::is_regular_file("copy/deeper")) << "not entered";
   EXPECT_EQ(readFile("copy/deeper"), "");
+}
+
+TEST_F(Directories, CopyOfAPlainFileIsTrue) {
+  fill();
+  std::string source = "one.txt";
+  std::string target = "copy";
+  const Written text = written([&] { EXPECT_TRUE(zn_lib::copyDir(source, target)); });
+  EXPECT_EQ(text.out, "");
+  EXPECT_EQ(text.err, "ERROR: Couldn't open the directory\n");
+  EXPECT_EQ(listed("copy", "", true), Names{});
 }
 
 TEST_F(Directories, CopyKeepsWhatIsThere) {
