@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "../src/udf/zn_expat.h"
 #include "fuzz_check.h"
 
 namespace {
@@ -303,9 +304,9 @@ Outcome byExpat(const Pieces& pieces, const Options& options) {
                            settled,
                            isParsed,
                            XML_GetErrorCode(parser),
-                           XML_GetCurrentByteIndex(parser),
-                           XML_GetCurrentLineNumber(parser),
-                           XML_GetCurrentColumnNumber(parser)};
+                           zn_lib::expatByteIndex(parser),
+                           zn_lib::expatLineNumber(parser),
+                           zn_lib::expatColumnNumber(parser)};
   XML_ParserFree(parser);
   return outcome;
 }

@@ -18,6 +18,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "../src/udf/zn_expat.h"
 #include "samples.h"
 
 namespace {
@@ -878,7 +879,7 @@ XML_Index errorIndexOfExpat(const std::string& document) {
   XML_Parser parser = XML_ParserCreate(nullptr);
   EXPECT_EQ(XML_Parse(parser, document.data(), static_cast<int>(document.size()), true),
             XML_STATUS_ERROR);
-  const XML_Index index = XML_GetCurrentByteIndex(parser);
+  const XML_Index index = zn_lib::expatByteIndex(parser);
   XML_ParserFree(parser);
   return index;
 }

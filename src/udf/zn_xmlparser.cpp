@@ -4,6 +4,8 @@
 #include <climits>
 #include <cstring>
 
+#include "zn_expat.h"
+
 namespace {
 
 // Expat copies its input to a buffer whose size it doubles within an int: a call with more than
@@ -206,27 +208,27 @@ const XML_LChar* XMLParser::GetErrorString() const { return XML_ErrorString(GetE
 
 XML_Index XMLParser::GetCurrentByteIndex() const {
   assert(m_parser != NULL);
-  return XML_GetCurrentByteIndex(m_parser);
+  return zn_lib::expatByteIndex(m_parser);
 }
 
 XML_Size XMLParser::GetCurrentLineNumber() const {
   assert(m_parser != NULL);
-  return XML_GetCurrentLineNumber(m_parser);
+  return zn_lib::expatLineNumber(m_parser);
 }
 
 XML_Size XMLParser::GetCurrentColumnNumber() const {
   assert(m_parser != NULL);
-  return XML_GetCurrentColumnNumber(m_parser);
+  return zn_lib::expatColumnNumber(m_parser);
 }
 
 int XMLParser::GetCurrentByteCount() const {
   assert(m_parser != NULL);
-  return XML_GetCurrentByteCount(m_parser);
+  return zn_lib::expatByteCount(m_parser);
 }
 
 const char* XMLParser::GetInputContext(int* offset, int* size) const {
   assert(m_parser != NULL);
-  return XML_GetInputContext(m_parser, offset, size);
+  return zn_lib::expatInputContext(m_parser, offset, size);
 }
 
 const XML_LChar* XMLParser::GetExpatVersion() { return XML_ExpatVersion(); }
