@@ -34,6 +34,8 @@ ZN_UDF_API bool createDir(const std::string& dir);
 /// selects all. The filter `"<dir>"` selects the subdirectories, without "." and "..", and no links
 /// to directories. `skipHidden` leaves out names that begin with a dot, "." and ".." among them.
 ///
+/// A directory that cannot be read to its end counts as one that cannot be opened.
+///
 /// False, with `entries` unchanged, and a message "Couldn't open the directory", or "Invalid
 /// filter" for one that is no regular expression or is too long. Too long is a filter of more than
 /// 10,000 bytes, unless it consists of plain characters and dots, or is a single set, "[...]", with
@@ -48,8 +50,8 @@ ZN_UDF_API bool listDir(std::string dir, const std::string& filter, bool skipHid
 /// Files that `target` has already are kept. Subdirectories are not entered: each becomes an empty
 /// file. True when the copying was attempted, whatever became of the single files; false, with a
 /// message, when a name is empty, `source` does not exist, or `target` cannot be created. A
-/// `source` that is no directory, or cannot be read, prints "Couldn't open the directory", and the
-/// result is true: `target` is created, and nothing is copied.
+/// `source` that cannot be listed, such as a plain file, prints "Couldn't open the directory", and
+/// the result is true: `target` is created, and nothing is copied.
 ZN_UDF_API bool copyDir(std::string& source, std::string& target);
 
 }  // namespace zn_lib

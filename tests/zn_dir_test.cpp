@@ -7,6 +7,8 @@
 #include <zn_output.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <climits>
 #include <filesystem>
 #include <functional>
 #include <random>
@@ -24,13 +26,22 @@ using namespace std::string_literals;
 namespace {
 
 bool typesAreUnknown = false;
+int entriesUntilError = INT_MAX;
+
+/// As which the headers have the C library's function with wide inode numbers.
+constexpr const char* kReaddir = sizeof(long) == 4 ? "readdir64" : "readdir";
 
 }  // namespace
 
 /// Stands in for the C library's function of this name, in the library under test too, so that it
-/// can be made to give no entry types.
+/// can be made to give no entry types, or to fail.
 extern "C" __attribute__((visibility("default"))) dirent* readdir(DIR* directory) {
-  static const auto next = reinterpret_cast<dirent* (*)(DIR*)>(dlsym(RTLD_NEXT, "readdir"));
+  static const auto next = reinterpret_cast<dirent* (*)(DIR*)>(dlsym(RTLD_NEXT, kReaddir));
+  if (entriesUntilError == 0) {
+    errno = EIO;
+    return nullptr;
+  }
+  --entriesUntilError;
   dirent* const entry = next(directory);
   if (entry != nullptr && typesAreUnknown) entry->d_type = DT_UNKNOWN;
   return entry;
@@ -231,6 +242,35 @@ TEST_F(Directories, ListFailures) {
   std::filesystem::current_path(directory);
 }
 
+TEST_F(Directories, ListsThatBreakOffAreFailures) {
+  fill();
+  for (const int entries : {0, 1, 3, 8}) {  // of eight
+    for (const char* const filter : {"", "<dir>", "t"}) {
+      Names names = {"before"};
+      const std::string message = messageOf([&] {
+        entriesUntilError = entries;
+        const bool isListed = zn_lib::listDir(".", filter, false, names);
+        entriesUntilError = INT_MAX;
+        return isListed;
+      });
+      EXPECT_EQ(message, "ERROR: Couldn't open the directory\n") << entries << filter;
+      EXPECT_EQ(names, Names{"before"}) << entries << filter;
+    }
+  }
+}
+
+TEST_F(Directories, ListsLeaveTheErrorOfBefore) {
+  fill();
+  typesAreUnknown = true;
+  for (const int error : {0, ENOENT}) {
+    Names names;
+    errno = error;
+    EXPECT_TRUE(zn_lib::listDir(".", "<dir>", false, names));
+    EXPECT_EQ(errno, error);
+  }
+  typesAreUnknown = false;
+}
+
 TEST_F(Directories, FiltersAgreeWithTheEngine) {
   std::mt19937 random(20240305);
   const std::string alphabet = "ab.+-7\xE4\n";
@@ -338,6 +378,20 @@ TEST_F(Directories, CopyOfAPlainFileIsTrue) {
   const Written text = written([&] { EXPECT_TRUE(zn_lib::copyDir(source, target)); });
   EXPECT_EQ(text.out, "");
   EXPECT_EQ(text.err, "ERROR: Couldn't open the directory\n");
+  EXPECT_EQ(listed("copy", "", true), Names{});
+}
+
+TEST_F(Directories, CopyOfADirectoryThatCannotBeReadToItsEnd) {
+  fill();
+  writeFile("sub/file", "text");
+  std::string source = "sub";
+  std::string target = "copy";
+  const Written text = written([&] {
+    entriesUntilError = 3;  // all there are
+    EXPECT_TRUE(zn_lib::copyDir(source, target));
+    entriesUntilError = INT_MAX;
+  });
+  EXPECT_EQ(text.out + text.err, "ERROR: Couldn't open the directory\n");
   EXPECT_EQ(listed("copy", "", true), Names{});
 }
 

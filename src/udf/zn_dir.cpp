@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
@@ -132,6 +133,12 @@ bool isDirectory(const Directory& parent, const dirent& entry) {
          S_ISDIR(status.st_mode);
 }
 
+/// The next entry of `directory`. Null at its end, and with `errno` set where it cannot be read on.
+const dirent* nextEntry(const Directory& directory) {
+  errno = 0;
+  return readdir(directory.get());
+}
+
 }  // namespace
 
 bool changeDir(const std::string& dir) { return chdir(dir.c_str()) == 0; }
@@ -155,13 +162,19 @@ bool listDir(std::string dir, const std::string& filter, bool skipHidden,
     return false;
   }
 
+  const int errorBefore = errno;
   std::vector<std::string> names;
-  while (const dirent* const entry = readdir(directory.get())) {
+  while (const dirent* const entry = nextEntry(directory)) {
     std::string name = entry->d_name;
     if (skipHidden && name.front() == '.') continue;
     if (directoriesOnly && (isDots(name) || !isDirectory(directory, *entry))) continue;
     if (selected.admits(name)) names.push_back(std::move(name));
   }
+  if (errno != 0) {
+    errorMessage("Couldn't open the directory");
+    return false;
+  }
+  errno = errorBefore;
   entries.insert(entries.end(), std::make_move_iterator(names.begin()),
                  std::make_move_iterator(names.end()));
   return true;
