@@ -1,5 +1,6 @@
-# Finds libedit's readline-compatible interface; gives the target LibEdit::LibEdit.
-find_path(LibEdit_INCLUDE_DIR editline/readline.h)
+# Finds libedit's readline-compatible interface; gives the target LibEdit::LibEdit. The second name of its header is that
+# of FreeBSD's base system.
+find_path(LibEdit_INCLUDE_DIR NAMES editline/readline.h edit/readline/readline.h)
 find_library(LibEdit_LIBRARY edit)
 mark_as_advanced(LibEdit_INCLUDE_DIR LibEdit_LIBRARY)
 

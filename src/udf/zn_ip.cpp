@@ -1,6 +1,7 @@
 #include "zn_ip.h"
 
 #include <arpa/inet.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <array>

@@ -1,11 +1,16 @@
 #include "zn_output.h"
 
-#include <editline/readline.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+
+#if __has_include(<editline/readline.h>)
+#include <editline/readline.h>
+#else  // as FreeBSD's base system has it
+#include <edit/readline/readline.h>
+#endif
 
 #include "tokenizer.h"
 #include "zn_ascii.h"
