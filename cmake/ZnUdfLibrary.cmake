@@ -15,9 +15,7 @@ target_compile_options(zn_udf PRIVATE
   -ffp-contract=off
   # Assertions, and debug information, name files relative to the source tree, wherever it lies.
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
-if(ZN_UDF_ASSERTIONS)
-  target_compile_options(zn_udf PRIVATE -UNDEBUG)
-endif()
+target_compile_options(zn_udf PRIVATE $<IF:$<BOOL:${ZN_UDF_ASSERTIONS}>,-UNDEBUG,-DNDEBUG>)
 
 if(ZN_UDF_CONVERSION_CHECKS)
   set(conversion_checks -fsanitize=implicit-conversion -fno-sanitize-recover=implicit-conversion
@@ -42,10 +40,13 @@ if(ZN_UDF_HAS_NO_SEMANTIC_INTERPOSITION)
   target_compile_options(zn_udf PRIVATE -fno-semantic-interposition)
 endif()
 
-# The standard library's templates have default visibility whatever the preset says. The version script keeps them
+# The standard library's templates have default visibility whatever the preset says. A list of exports keeps them
 # to ourselves, and with them the GNU-unique symbols of <regex>, which would pin the library in memory after dlclose.
-if(NOT APPLE)
+if(APPLE)
+  set(ZN_UDF_EXPORTS ${PROJECT_SOURCE_DIR}/cmake/zn_udf.exported)
+  target_link_options(zn_udf PRIVATE LINKER:-exported_symbols_list,${ZN_UDF_EXPORTS})
+else()
   set(ZN_UDF_EXPORTS ${PROJECT_SOURCE_DIR}/cmake/zn_udf.map)
   target_link_options(zn_udf PRIVATE LINKER:--version-script=${ZN_UDF_EXPORTS})
-  set_target_properties(zn_udf PROPERTIES LINK_DEPENDS ${ZN_UDF_EXPORTS})
 endif()
+set_target_properties(zn_udf PROPERTIES LINK_DEPENDS ${ZN_UDF_EXPORTS})

@@ -1,13 +1,15 @@
 #!/bin/sh
-# The library exports exactly its documented interface: the symbols listed in the second argument.
-# usage: exports_test.sh LIBRARY EXPECTED_FILE
+# The library exports exactly its documented interface: the symbols listed in the second argument, which are those of
+# 64-bit machines.
+# usage: exports_test.sh LIBRARY EXPECTED_FILE [NM]
 set -eu
 library=$1
 expected=$2
+nm=${3:-nm}
 found=$(mktemp)
 listed=$(mktemp)
 trap 'rm -f "$found" "$listed"' EXIT
-nm -D --defined-only "$library" | cut -d' ' -f3- | c++filt | LC_ALL=C sort -u >"$found"
+"$nm" -D --defined-only "$library" | cut -d' ' -f3- | c++filt | LC_ALL=C sort -u >"$found"
 cp "$expected" "$listed"
 if grep -q 'std::__1::' "$found"; then
   # Built with libc++: the same names, but for the namespaces of the standard library's types.
@@ -15,6 +17,11 @@ if grep -q 'std::__1::' "$found"; then
     sed -i 's/std::__1::/std::/g; s/std::__cxx11::/std::/g; s/\[abi:cxx11\]//g' "$names"
     LC_ALL=C sort -u -o "$names" "$names"
   done
+fi
+if readelf -h "$library" | grep -q 'Class: *ELF32'; then
+  # There a size is an unsigned int.
+  sed -i 's/unsigned long long/WIDE/g; s/unsigned long/unsigned int/g; s/WIDE/unsigned long long/g' "$listed"
+  LC_ALL=C sort -u -o "$listed" "$listed"
 fi
 if ! diff -u "$listed" "$found"; then
   echo "FAILED: the exported symbols are not those of $expected (-: lost, +: new)"

@@ -681,7 +681,7 @@ TEST_F(Settings, SavesThatCannotBeWrittenWholeLeaveFileAndBackup) {
   changeStore();
   const std::string file = readFile("config.xml");
   const std::string backup = readFile("config.xml~");
-  for (const rlim_t limit : {rlim_t{0}, rlim_t{1}, rlim_t{4096}, file.size() - 1}) {
+  for (const rlim_t limit : {rlim_t{0}, rlim_t{1}, rlim_t{4096}, rlim_t{file.size() - 1}}) {
     const pid_t child = fork();
     if (child == 0) {
       signal(SIGXFSZ, SIG_IGN);

@@ -1155,9 +1155,11 @@ TEST(GetBuffer, RefusesWhatExpatCannotCount) {
   XMLParser parser(&handler);
   ASSERT_TRUE(parser.Create(nullptr, nullptr));
   ASSERT_NE(parser.GetBuffer(1), nullptr);
-  for (const std::size_t length :
-       {std::size_t{INT_MAX} + 1, std::size_t{UINT_MAX}, std::size_t{UINT_MAX} + 1,
-        std::size_t{UINT_MAX} + 5, SIZE_MAX - 1, SIZE_MAX}) {
+  for (const std::uint64_t wide :
+       {std::uint64_t{INT_MAX} + 1, std::uint64_t{UINT_MAX}, std::uint64_t{UINT_MAX} + 1,
+        std::uint64_t{UINT_MAX} + 5, std::uint64_t{SIZE_MAX} - 1, std::uint64_t{SIZE_MAX}}) {
+    if (wide > SIZE_MAX) continue;
+    const auto length = static_cast<std::size_t>(wide);
     EXPECT_EQ(parser.GetBuffer(length), nullptr) << length;
     EXPECT_FALSE(parser.Parse(length, true)) << length;
   }

@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <string_view>
 
+#include "zn_machine.h"
+
 namespace zn_lib {
 
 /// `value` as a stream writes it in `format` with `precision`. `buffer` must be large enough; the

@@ -4,8 +4,7 @@
 
 #include <iostream>
 
-static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__,
-              "zn_udf supports little-endian hosts only: its byte-order functions are constant");
+#include "zn_machine.h"
 
 namespace zn_lib {
 namespace {

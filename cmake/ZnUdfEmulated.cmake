@@ -1,0 +1,29 @@
+# In a build for another machine, tests that are scripts run its programs through the emulator.
+if(CMAKE_CROSSCOMPILING AND CMAKE_CROSSCOMPILING_EMULATOR)
+  set(ZN_UDF_IS_EMULATED ON)
+else()
+  set(ZN_UDF_IS_EMULATED OFF)
+endif()
+
+# Sets `result` to the directory in which scripts find these programs, by the names of their files.
+function(zn_udf_runnable result)
+  list(GET ARGN 0 first)
+  set(directory $<TARGET_FILE_DIR:${first}>)
+  if(ZN_UDF_IS_EMULATED)
+    set(directory ${PROJECT_BINARY_DIR}/emulated)
+    foreach(target IN LISTS ARGN)
+      file(GENERATE OUTPUT ${directory}/$<TARGET_FILE_NAME:${target}>
+        CONTENT "#!/bin/sh\nexec ${CMAKE_CROSSCOMPILING_EMULATOR} '$<TARGET_FILE:${target}>' \"$@\"\n"
+        FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+    endforeach()
+  endif()
+  set(${result} ${directory} PARENT_SCOPE)
+endfunction()
+
+# Says of a test that this build does not have it, and why; `./check portable` repeats it.
+set(ZN_UDF_LEFT_OUT ${PROJECT_BINARY_DIR}/left_out.txt)
+file(WRITE ${ZN_UDF_LEFT_OUT} "")
+function(zn_udf_leave_out name reason)
+  message(STATUS "Left out: the test ${name}, ${reason}")
+  file(APPEND ${ZN_UDF_LEFT_OUT} "${name}: ${reason}\n")
+endfunction()

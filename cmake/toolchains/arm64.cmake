@@ -1,0 +1,7 @@
+# Builds for arm64 with Debian's cross compiler and multiarch packages.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR aarch64)
+set(CMAKE_C_COMPILER aarch64-linux-gnu-gcc)
+set(CMAKE_CXX_COMPILER aarch64-linux-gnu-g++)
+set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/aarch64-linux-gnu/pkgconfig)
+set(CMAKE_CROSSCOMPILING_EMULATOR qemu-aarch64)

@@ -1,0 +1,19 @@
+/// What the library asks of a machine. It includes nothing, so that a compiler without the
+/// machine's headers can tell as well.
+#ifndef ZN_MACHINE_H
+#define ZN_MACHINE_H
+
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__,
+              "zn_udf supports little-endian hosts only: its byte-order functions are constant");
+
+static_assert(__FLT_EVAL_METHOD__ == 0,
+              "zn_udf needs double arithmetic without excess precision: on 32-bit x86, compile it "
+              "with -msse2 -mfpmath=sse");
+
+#if defined(__APPLE__) && defined(__ENVIRONMENT_MAC_OS_X_VERSION_MIN_REQUIRED__)
+static_assert(__ENVIRONMENT_MAC_OS_X_VERSION_MIN_REQUIRED__ >= 130300,
+              "zn_udf needs macOS 13.3 or later, whose C++ library has std::to_chars for doubles: "
+              "set CMAKE_OSX_DEPLOYMENT_TARGET");
+#endif
+
+#endif  // ZN_MACHINE_H
