@@ -14,7 +14,7 @@ if [ "${1:-}" = libcxx ]; then
   # shellcheck disable=SC2086
   cmake --build $build -j 2 --target $tests
   for test in $tests; do
-    LLVM_PROFILE_FILE=$build/$test.profraw $build/tests/$test
+    LLVM_PROFILE_FILE=$build/$test.profraw "$build/tests/$test"
   done
   "$(clang++ -print-prog-name=llvm-profdata)" merge -o $build/all.profdata $build/*.profraw
   "$(clang++ -print-prog-name=llvm-cov)" report $build/libzn_udf.so.1 -instr-profile=$build/all.profdata |

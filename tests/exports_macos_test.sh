@@ -20,6 +20,7 @@ while read -r pattern; do
     case $symbol in $pattern) echo "$symbol" >>"$work/admitted" ;; esac
   done <"$work/symbols"
   [ "$(wc -l <"$work/admitted")" -gt "$before" ] || { echo "FAILED: $pattern admits nothing"; exit 1; }
+  # shellcheck disable=SC2194,SC2254
   case __ZNSt6vectorIiSaIiEE4dataEv in $pattern) echo "FAILED: $pattern admits the standard library"; exit 1 ;; esac
 done <"$work/patterns"
 sort -u "$work/admitted" | diff "$work/symbols" - || { echo "FAILED: exported, and not in $list"; exit 1; }
