@@ -3,6 +3,9 @@
 include(CheckCXXSourceCompiles)
 add_library(zn_udf_machine INTERFACE)
 
+# Ranges of bytes in a pattern, "[a-\xE4]", are in the order of char, which ARM and others have unsigned.
+target_compile_options(zn_udf_machine INTERFACE -fsigned-char)
+
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   # Files of more than 2 GiB, inode numbers of more than 32 bits, dates after 2038.
   target_compile_definitions(zn_udf_machine INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "emulation.h"
 #include "output_capture.h"
 #include "temporary_files.h"
 #include "unprivileged.h"
@@ -271,7 +272,7 @@ TEST_F(ReadXml, IsFalseWhereNothingCanBeOpened) {
 }
 
 TEST(ReadXmlDeathTest, AParserThatCannotBeCreatedIsAFailedAssertion) {
-  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  testing::GTEST_FLAG(death_test_style) = kDeathTestStyle;
   expatCalls.creationFails = true;
   zn_lib::ReadXml<zn_lib::ErrorEvent> catalog;
   EXPECT_DEATH(catalog.parseFile(), HasSubstr("m_parser != NULL"));

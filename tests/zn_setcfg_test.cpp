@@ -21,6 +21,7 @@
 #include <utility>
 #include <vector>
 
+#include "emulation.h"
 #include "output_capture.h"
 #include "samples.h"
 #include "temporary_files.h"
@@ -654,6 +655,7 @@ void changeStore() {
 }
 
 TEST_F(Settings, ASaveKilledAtAnySystemCallLosesNothing) {
+  SKIP_UNDER_EMULATOR("it has no ptrace");
   for (const int count : {0, 1, 1000}) {
     int kills = 0;
     for (bool wasKilled = true; wasKilled; ++kills) {

@@ -19,6 +19,7 @@
 #include <utility>
 
 #include "../src/udf/zn_expat.h"
+#include "emulation.h"
 #include "samples.h"
 
 namespace {
@@ -1088,7 +1089,7 @@ TEST(Queries, AnswerBeforeTheFirstParse) {
 
 // The words around the names are in the language of the locale.
 TEST(AssertionsDeathTest, NameTheOperationThatHasNoParser) {
-  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  testing::GTEST_FLAG(death_test_style) = kDeathTestStyle;
   // GoogleTest hands its child the line as the global locale writes it, and does not read 1,000.
   const std::locale before = std::locale::global(std::locale::classic());
   const struct {

@@ -10,6 +10,10 @@ static_assert(__FLT_EVAL_METHOD__ == 0,
               "zn_udf needs double arithmetic without excess precision: on 32-bit x86, compile it "
               "with -msse2 -mfpmath=sse");
 
+static_assert(static_cast<char>(-1) < 0,
+              "zn_udf orders the bytes in a pattern as signed characters: compile it with "
+              "-fsigned-char");
+
 #if defined(__APPLE__) && defined(__ENVIRONMENT_MAC_OS_X_VERSION_MIN_REQUIRED__)
 static_assert(__ENVIRONMENT_MAC_OS_X_VERSION_MIN_REQUIRED__ >= 130300,
               "zn_udf needs macOS 13.3 or later, whose C++ library has std::to_chars for doubles: "

@@ -1,5 +1,6 @@
 /// Prints what the functions on numbers, dates, the sky and addresses answer to many inputs, one
 /// answer a line. Every machine prints the same lines: `./check portable` compares them.
+#include <tokenizer.h>
 #include <zn_datetime.h>
 #include <zn_daylength.h>
 #include <zn_ip.h>
@@ -12,6 +13,7 @@
 #include <cstring>
 #include <limits>
 #include <random>
+#include <regex>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -159,6 +161,24 @@ void printStrings(Source& source) {
     print("replaceChar(" + shown(text) + ", " + std::to_string(from) + ", " + std::to_string(to) +
               ")",
           shown(zn_lib::replaceChar(text, from, to)));
+  }
+}
+
+void printTokens(Source& source) {
+  for (int i = 0; i < 40000; ++i) {
+    const std::string text = source.text("ab-] \xC3\xE4\xFF\x7F", 8);
+    const std::string pattern = source.text("abc--[[]]^\\dw.+\xC3\xE4", 7);
+    for (const bool isSet : {false, true}) {
+      std::string tokens;
+      try {
+        zn_lib::Tokenizer tokenizer;
+        isSet ? tokenizer.split(text, pattern) : tokenizer.splitMulti(text, pattern);
+        for (const std::string& token : tokenizer.tokens) tokens += "<" + shown(token) + ">";
+      } catch (const std::regex_error&) {
+        tokens = "throws";
+      }
+      print((isSet ? "split(" : "splitMulti(") + shown(text) + ", " + shown(pattern) + ")", tokens);
+    }
   }
 }
 
@@ -312,6 +332,7 @@ void printAddresses(Source& source) {
 int main() {
   Source source;
   printStrings(source);
+  printTokens(source);
   printDates(source);
   printSky(source);
   printAddresses(source);
