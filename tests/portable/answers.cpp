@@ -8,7 +8,6 @@
 #include <zn_platform.h>
 #include <zn_str.h>
 
-#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <limits>
@@ -25,8 +24,6 @@ constexpr int kAllDigits = 17;
 constexpr int kDigitsOfSines = 11;
 
 std::string shown(double value, int digits = kAllDigits) {
-  // The sign of a NaN is the processor's own.
-  if (std::isnan(value)) return "nan";
   char text[64];
   std::snprintf(text, sizeof text, "%.*g", digits, value);
   return text;
@@ -55,11 +52,14 @@ std::string shown(const std::string& text) {
   return all;
 }
 
-void print(const std::string& call, const std::string& answer) {
+/// Without the sign of a NaN, which is the processor's own.
+void print(const std::string& call, std::string answer) {
+  for (std::size_t at; (at = answer.find("-nan")) != std::string::npos;) answer.erase(at, 1);
   std::printf("%s = %s\n", call.c_str(), answer.c_str());
 }
 
-/// The same sequence on every machine.
+/// The same sequence on every machine. The order in which a call evaluates its arguments is not: no
+/// expression takes two of its values.
 class Source {
  public:
   unsigned long long bits() { return engine_(); }
@@ -77,10 +77,13 @@ class Source {
       }
       case 1: {
         constexpr double powers[] = {1, 10, 100, 1000, 1e4, 1e5, 1e6};
-        return below(2000001) / powers[below(7)] - 1000;
+        const int value = below(2000001);
+        return value / powers[below(7)] - 1000;
       }
-      default:
-        return static_cast<double>(below(2001) - 1000) / (1 + below(1000));
+      default: {
+        const int part = below(2001) - 1000;
+        return static_cast<double>(part) / (1 + below(1000));
+      }
     }
   }
 
@@ -127,12 +130,9 @@ const std::vector<double>& specialNumbers() {
 }
 
 void printPercentage(double part, double whole, int decimals) {
-  std::string text = zn_lib::percentString(part, whole, decimals);
-  const std::size_t sign = text.find("-nan");
-  if (sign != std::string::npos) text.erase(sign, 1);
   print(
       "percentString(" + shown(part) + ", " + shown(whole) + ", " + std::to_string(decimals) + ")",
-      text);
+      zn_lib::percentString(part, whole, decimals));
 }
 
 void printStrings(Source& source) {
@@ -142,8 +142,11 @@ void printStrings(Source& source) {
   for (int part = 0; part <= 1000; ++part) {
     for (const int whole : {3, 7, 800, 1000}) printPercentage(part, whole, 0);
   }
-  for (int i = 0; i < 40000; ++i)
-    printPercentage(source.number(), source.number(), source.below(20));
+  for (int i = 0; i < 40000; ++i) {
+    const double part = source.number();
+    const double whole = source.number();
+    printPercentage(part, whole, source.below(20));
+  }
 
   for (int i = 0; i < 40000; ++i) {
     const std::string text = source.text("0123456789.,eE+-x \xE4", 12);
@@ -223,18 +226,23 @@ void printDates(Source& source) {
     }
     for (int i = 0; i < 5000; ++i) {
       const int year = source.below(65536);
-      printDate(year, 1 + source.below(12), 1 + source.below(31), source.below(24),
-                source.below(60), source.below(60000) / 1000.0);
+      const int month = 1 + source.below(12);
+      const int day = 1 + source.below(31);
+      const int hour = source.below(24);
+      const int minute = source.below(60);
+      printDate(year, month, day, hour, minute, source.below(60000) / 1000.0);
     }
     for (int i = 0; i < 2000; ++i) {
-      printDate(source.any(), source.any(), source.any(), source.any(), source.any(),
-                source.number());
+      int fields[5];
+      for (int& field : fields) field = source.any();
+      printDate(fields[0], fields[1], fields[2], fields[3], fields[4], source.number());
     }
     for (const unsigned long long julian : {0ULL, 1ULL, 86399999ULL, 86400000ULL, ~0ULL, ~0ULL / 2})
       printJulian(julian);
     for (int i = 0; i < 10000; ++i) {
       printJulian(source.bits() % 2200000000000000ULL);  // to beyond the year 65535
-      printJulian(source.bits() >> source.below(64));
+      const unsigned long long bits = source.bits();
+      printJulian(bits >> source.below(64));
     }
     for (int i = 0; i < 20000; ++i) {
       const std::string text = source.text("0123456789--::TZ. /,junFEB+", 20);
@@ -262,8 +270,9 @@ void printDates(Source& source) {
 void printSky(Source& source) {
   for (int i = 0; i < 10000; ++i) {
     zn_lib::DayLength day;
-    day.julian = zn_lib::dateToJulian(1900 + source.below(300), 1 + source.below(12),
-                                      1 + source.below(28), 0, 0, 0.0);
+    const int year = 1900 + source.below(300);
+    const int month = 1 + source.below(12);
+    day.julian = zn_lib::dateToJulian(year, month, 1 + source.below(28), 0, 0, 0.0);
     day.latitude = (source.below(180001) - 90000) / 1000.0;
     const std::string name =
         "day length on " + std::to_string(day.julian) + " at " + shown(day.latitude);
@@ -300,9 +309,11 @@ void printAddresses(Source& source) {
   for (int i = 0; i < 20000; ++i) {
     zn_lib::IPv4 address;
     const std::string text = source.text("012345.", 15);
-    print("IPv4::set(" + text + ")", std::to_string(address.set(text)) + " " + address.text() +
-                                         " " + std::to_string(address.binary));
-    const unsigned value = static_cast<unsigned>(source.bits()) >> source.below(32);
+    std::string answer = std::to_string(address.set(text));
+    answer += " " + address.text() + " " + std::to_string(address.binary);
+    print("IPv4::set(" + text + ")", answer);
+    const unsigned bits = static_cast<unsigned>(source.bits());
+    const unsigned value = bits >> source.below(32);
     address.set(value);
     address.blocksToBinary();
     print("IPv4::set(" + std::to_string(value) + ")", address.text() + ", level " +
@@ -318,7 +329,9 @@ void printAddresses(Source& source) {
     print("IPv4::textToBlocks", blocks);
     zn_lib::IPv6 wide;
     const std::string groups = source.text("01f::", 20);
-    print("IPv6::set(" + groups + ")", std::to_string(wide.set(groups)) + " " + wide.text());
+    answer = std::to_string(wide.set(groups));
+    answer += " " + wide.text();
+    print("IPv6::set(" + groups + ")", answer);
   }
   for (int i = 0; i < 2000; ++i) {
     const int value = source.any();
