@@ -7,9 +7,12 @@
 #ifdef ZN_UDF_IS_EMULATED
 /// An emulated program cannot execute itself once more.
 constexpr const char* kDeathTestStyle = "fast";
+/// How many times as long an emulated program may take.
+constexpr int kSlowdown = 10;
 #define SKIP_UNDER_EMULATOR(reason) GTEST_SKIP() << (reason)
 #else
 constexpr const char* kDeathTestStyle = "threadsafe";
+constexpr int kSlowdown = 1;
 #define SKIP_UNDER_EMULATOR(reason) static_cast<void>(0)
 #endif
 

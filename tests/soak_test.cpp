@@ -47,6 +47,7 @@
 #include <utility>
 #include <vector>
 
+#include "emulation.h"
 #include "long_run.h"
 #include "memory_in_use.h"
 #include "temporary_files.h"
@@ -338,7 +339,8 @@ TEST_F(Soak, SavesThatAreKilledLoseNothing) {
   Series series[] = {{"one", 1}, {"fifty", 50}, {"thousands", 2000}};
   std::mt19937 random(20240305);
   int cycles = 0, kills = 0, losses = 0, leftovers = 0;
-  const Clock::time_point end = Clock::now() + std::chrono::seconds(isLongRun() ? 600 : 2);
+  const Clock::time_point end =
+      Clock::now() + std::chrono::seconds(isLongRun() ? 600 : 2 * kSlowdown);
   for (; Clock::now() < end; ++cycles) {
     Series& one = series[cycles % 3];
     kills += one.saveUntilKilled(random) ? 1 : 0;
