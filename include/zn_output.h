@@ -46,10 +46,11 @@ ZN_UDF_API void processTitle(const std::string& text);
 // Elsewhere it only reads. The first character of the answer counts, untrimmed; the rest of it is
 // ignored. The end of input is an empty answer, and so is input that cannot be read.
 //
-// What a prompt shows: it ends at its first NUL. libedit leaves out tabs, line breaks, all other
-// control characters and combining marks, so that "\x1b[31mStop?" shows as "[31mStop?". It sends
-// what stands between a byte 1 and a byte 2 to the terminal as it is: "\1\x1b[31m\2Stop?" shows in
-// red. A prompt that the current locale cannot decode is written as it is, at a terminal only.
+// What a prompt shows: it ends at its first NUL. An older libedit, such as that of Debian 12, leaves
+// out tabs, line breaks, all other control characters and combining marks, so that "\x1b[31mStop?"
+// shows as "[31mStop?"; that of Debian 13 writes them as they are. Both send what stands between a
+// byte 1 and a byte 2 to the terminal: "\1\x1b[31m\2Stop?" shows in red. A prompt that the current
+// locale cannot decode is written as it is, at a terminal only.
 //
 // Where the answer comes from: libedit looks at standard input once, at the first prompt. If that
 // is a terminal and standard input is none later, prompts then read nothing and get an empty

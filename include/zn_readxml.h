@@ -57,9 +57,9 @@ namespace internal {
 
 /// Passes events on to a handler, up to the first one that throws. The exception is kept until the
 /// parser is done: it must not unwind expat's C functions.
-class KeepsException final : public XMLEvtHandler {
+class ExceptionBarrier final : public XMLEvtHandler {
  public:
-  explicit KeepsException(XMLEvtHandler& handler) : handler_(handler) {}
+  explicit ExceptionBarrier(XMLEvtHandler& handler) : handler_(handler) {}
 
   void OnPostCreate() override { handler_.OnPostCreate(); }
   void OnStartElement(const XML_Char* name, const XML_Char** attributes) override {
@@ -134,7 +134,7 @@ ReadXml<Event>::~ReadXml() {
 
 template <class Event>
 bool ReadXml<Event>::parseFile() {
-  internal::KeepsException handler(*event);
+  internal::ExceptionBarrier handler(*event);
   XMLParser parser(&handler);
   parser.Create("UTF-8", nullptr);
   parser.EnableElementHandler(true);

@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pty.h>
 #include <sys/wait.h>
@@ -519,22 +520,23 @@ TEST(Prompts, SendASignalAgainToTheWholeGroup) {
   EXPECT_EQ(atTerminal(ask, "continue ", "", Editor::kTerminal).result, 17);
 }
 
-TEST(Prompts, LeaveOutWhatTakesNoColumn) {
+TEST(Prompts, ShowWhatTakesNoColumnAsTheirLibeditDoes) {
   const struct {
-    std::string prompt, shown;
+    std::string prompt, older, newer;
   } cases[] = {
-      {"a\tb? ", "ab? "},
-      {"a\nb? ", "ab? "},
-      {"e\xCC\x81? ", "e? "},
-      {"\x1b[31mStop? ", "[31mStop? "},
-      {"\1\x1b[31m\2Stop? ", "\x1b[31mStop? "},
-      {"Stop? \0Go? "s, "Stop? "},
+      {"a\tb? ", "ab? ", "a\tb? "},
+      {"a\nb? ", "ab? ", "a\r\nb? "},
+      {"e\xCC\x81? ", "e? ", "e\xCC\x81? "},
+      {"\x1b[31mStop? ", "[31mStop? ", "\x1b[31mStop? "},
+      {"\1\x1b[31m\2Stop? ", "\x1b[31mStop? ", "\x1b[31mStop? "},
+      {"Stop? \0Go? "s, "Stop? ", "Stop? "},
   };
   for (const auto& c : cases) {
     const Prompt ask = [&] {
       return std::setlocale(LC_ALL, "C.UTF-8") == nullptr ? 9 : int{zn_lib::yesOrNo(c.prompt)};
     };
-    EXPECT_EQ(atTerminal(ask, "? ", "y\n").screen, c.shown + "y\r\n") << c.shown;
+    EXPECT_THAT(atTerminal(ask, "? ", "y\n").screen,
+                testing::AnyOf(c.older + "y\r\n", c.newer + "y\r\n"));
   }
 }
 

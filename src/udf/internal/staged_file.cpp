@@ -86,8 +86,7 @@ bool isUnsupported(int error) {
   return error == EINVAL || error == ENOSYS || error == ENOTSUP || error == EOPNOTSUPP;
 }
 
-/// Whether `error` says that a file cannot be created or renamed in a directory, whatever its state
-/// and that of the disk: its names are fixed.
+/// Whether `error` means that no file can be created or renamed here, however well the disk works.
 bool isNameFixed(int error) {
   constexpr std::array refusals = {EACCES, EBUSY, ENAMETOOLONG, EPERM, EROFS, EXDEV};
   return isUnsupported(error) ||
@@ -109,11 +108,12 @@ bool sync(const Descriptor& file) {
   return result == 0 || errno == EROFS || isUnsupported(errno);
 }
 
-/// The mode to create a file with that replaces `old`: what remains of its permissions without
-/// those of a group that the file does not have yet.
+/// The mode to create a file with that replaces `old`: no more than its owner's permissions, until
+/// the file has the group that the others are for.
 mode_t firstModeOf(const struct stat& old) { return old.st_mode & (S_IRUSR | S_IWUSR); }
 
-/// Gives `file` the group, the permissions and the owner of `old`, as far as the process may.
+/// Sets the group, the permissions and the owner of `file` to those of `old`, as far as the process
+/// may.
 void takeAfter(const struct stat& old, const Descriptor& file) {
   constexpr uid_t sameOwner = static_cast<uid_t>(-1);
   constexpr gid_t sameGroup = static_cast<gid_t>(-1);
@@ -138,8 +138,8 @@ bool isAppendOnly(const std::string& directory) {
 #endif
 }
 
-/// Whether a file that is put beside `file` can take its name, and could be removed again, as far
-/// as that shows without trying. `old` is the file there is, if any.
+/// Whether another file can take the name of `file`, and can be removed if it does not, as far as
+/// that shows without trying. `old` is the file that is there, if any.
 bool isReplaceable(const std::string& file, const Status& old) {
   if (old && !S_ISREG(old->st_mode)) return false;
   const std::string directory = directoryOf(file);
@@ -156,8 +156,8 @@ bool isWritable(const std::string& file) {
   return faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) == 0;
 }
 
-/// Removes what a save was writing when it was killed: the staged file `name`, and the second name
-/// of the old file. A save that is running holds a lock.
+/// Removes what a killed save has left: the staged file `name` and the second name of the old file.
+/// Leaves those of a running save, which holds a lock.
 void removeLeftover(const std::string& name) {
   const Status status = statusOf(name);
   if (!status || !S_ISREG(status->st_mode)) return;
@@ -166,7 +166,7 @@ void removeLeftover(const std::string& name) {
   Descriptor leftover(open(name.c_str(), O_WRONLY | flags));
   if (!leftover.isOpen()) leftover.reset(open(name.c_str(), O_RDONLY | flags));
   if (!leftover.isOpen() || flock(leftover.number(), LOCK_EX | LOCK_NB) != 0) return;
-  // The save may have come to its end in the meantime, and the file have the store's name.
+  // The save may have ended meanwhile, so that the file has the store's name.
   if (!isSameFile(statusOf(leftover), statusOf(name))) return;
   unlink(backupOf(name).c_str());
   unlink(name.c_str());
@@ -192,8 +192,8 @@ void removeLeftovers(const std::string& file) {
 /// A file beside another one, whose name it is to take; removed with the object unless it did.
 class StagedFile {
  public:
-  /// Creates it empty, with the permissions of `old`, the file that it is to replace. Leaves the
-  /// reason in errno where that fails.
+  /// Creates it empty, with the permissions of `old`, the file that it is to replace. If that
+  /// fails, errno holds the reason.
   StagedFile(const std::string& file, const Status& old) {
     constexpr int tries = 100;
     for (int i = 0; i < tries && !isThere_; ++i) {
@@ -250,8 +250,8 @@ class StagedFile {
   bool isThere_ = false;
 };
 
-/// Gives `file` the name `backup`, in place of another file or of an empty directory. A backup that
-/// is there stays where this fails.
+/// Renames `file` to `backup`, which replaces another file or an empty directory. If that fails,
+/// both stay.
 bool moveToBackup(const std::string& file, const std::string& backup) {
   if (std::rename(file.c_str(), backup.c_str()) == 0) return true;
   // Only a directory has to be removed first. The second try also gets past a passing error.
@@ -259,9 +259,9 @@ bool moveToBackup(const std::string& file, const std::string& backup) {
   return std::rename(file.c_str(), backup.c_str()) == 0;
 }
 
-/// Makes the backup a second name of the file, by way of the free name `free`, so that the file
-/// does not go missing. Where it may not have a second name, moves it to its backup; returns true
-/// then.
+/// Makes the backup a second name of the file, through the unused name `free`, so that the file
+/// does not go missing. If the file cannot have a second name, moves it to its backup, and returns
+/// true.
 bool keepBackup(const std::string& file, const std::string& backup, const std::string& free) {
   if (link(file.c_str(), free.c_str()) == 0) {
     moveToBackup(free, backup);
@@ -269,12 +269,12 @@ bool keepBackup(const std::string& file, const std::string& backup, const std::s
     unlink(free.c_str());
     return false;
   }
-  // Where there is no file any more, another save has replaced it, and kept a backup itself.
+  // If there is no file any more, another save has replaced it and kept a backup itself.
   return errno != ENOENT && moveToBackup(file, backup);
 }
 
-/// Writes the text beside the file and moves it into place. Gives the result of the save, or
-/// nothing where the file has to be written in place.
+/// Writes the text beside the file and moves it into place. Returns the result of the save, or
+/// nothing if the file has to be written in place.
 std::optional<bool> saveStaged(const std::string& file, const std::string& text, bool keepsBackup) {
   const Status old = statusOf(file);
   if (!old && errno != ENOENT) return std::nullopt;
@@ -288,8 +288,7 @@ std::optional<bool> saveStaged(const std::string& file, const std::string& text,
   removeLeftovers(file);
   StagedFile staged(file, old);
   if (!staged.isThere()) return failed(errno);
-  // A text that is not whole replaces nothing. That is no failure to the caller, who learns of none
-  // in writing.
+  // A text that is not whole replaces nothing. Failures in writing are not reported to the caller.
   if (!staged.write(text)) return true;
 
   const std::string backup = backupOf(file);
@@ -306,7 +305,7 @@ bool saveInPlace(const std::string& file, const std::string& text, bool keepsBac
   const bool hasOld = stat(file.c_str(), &old) == 0 && S_ISREG(old.st_mode);
   const std::string backup = backupOf(file);
   const bool isMoved = keepsBackup && exists(file) && moveToBackup(file, backup);
-  // A renaming leaves two names of one file as they are, and writing to one would empty the other.
+  // If both names lead to one file, renaming has changed nothing, and writing would empty both.
   if (keepsBackup && isSameFile(statusOf(file), statusOf(backup)) && unlink(file.c_str()) != 0) {
     return false;
   }
