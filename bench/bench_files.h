@@ -2,6 +2,9 @@
 #ifndef BENCH_FILES_H
 #define BENCH_FILES_H
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -65,6 +68,14 @@ class MadeOnce {
 /// Writes `bytes` to `file`, in place of what it held.
 inline void writeFile(const std::string& file, const std::string& bytes) {
   std::ofstream(file, std::ios_base::binary) << bytes;
+}
+
+/// Waits until the data of `file` are on the disk.
+inline bool synchronise(const std::string& file) {
+  const int descriptor = open(file.c_str(), O_RDONLY);
+  const bool isOnDisk = fsync(descriptor) == 0;
+  close(descriptor);
+  return isOnDisk;
 }
 
 inline std::string bytesOf(const std::string& file) {

@@ -47,17 +47,17 @@ void addSaveRows(const std::string& directory) {
   store->name = "saved";
   store->save();
   bench::addClockRow("save_10000/zn_udf", store, [](const auto& s) { return s->save(); });
-  // The bytes that the library writes, over those of the last time.
+  // The bytes that the library writes, over those of the last time, on the disk as they are there.
   const std::string bytes = bench::bytesOf(store->getConfigurationFile());
   const std::string plain = directory + "/written";
-  bench::addClockRow("save_10000/limit:write", bytes, [plain](const std::string& b) {
+  bench::addClockRow("save_10000/limit:write_and_fsync", bytes, [plain](const std::string& b) {
     bench::writeFile(plain, b);
-    return true;
+    return bench::synchronise(plain);
   });
 #ifdef ZN_UDF_HAVE_PUGIXML
   // It keeps no earlier file and writes over the last one.
   const std::string file = directory + "/saved_by_pugixml";
-  bench::addClockRow("save_10000/pugixml", store, [file](const auto& s) {
+  bench::addClockRow("save_10000/pugixml_and_fsync", store, [file](const auto& s) {
     pugi::xml_document document;
     pugi::xml_node root = document.append_child("CONFIGURATION");
     root.append_attribute("type") = s->type.c_str();
@@ -67,7 +67,7 @@ void addSaveRows(const std::string& directory) {
       node.append_attribute("describe") = element.describe.c_str();
       node.text() = element.value.c_str();
     }
-    return document.save_file(file.c_str(), "");
+    return document.save_file(file.c_str(), "") && bench::synchronise(file);
   });
 #endif
 }

@@ -129,22 +129,25 @@ class ZN_UDF_API Configuration {
   /// and time; later saves leave it as it is.
   ///
   /// Returns false when the store has no name, or when the file can be neither replaced nor opened.
-  /// The store and `changed` are then as they were. A text that cannot be written whole, on a full
-  /// disk for example, is not reported: it replaces nothing, and the result is true.
+  /// The store and `changed` are then as they were. A failure in writing, such as a full disk, is
+  /// not reported: the result is true.
   ///
   /// The new text is written beside the file, brought to the disk, and renamed. The file holds the
-  /// old settings or the new ones as a whole at every moment, also after a kill or a power cut. The
-  /// next save removes what a killed one left beside the file, as far as it may. Where the old file
-  /// cannot get a second name, it is moved to the backup first, and a kill in between leaves the
-  /// backup alone.
+  /// old settings or the new ones as a whole at every moment, also after a kill, a power cut or a
+  /// failure in writing. The next save removes what a killed one left beside the file, if it may.
+  /// If the old file cannot get a second name, it is moved to the backup before the renaming; a
+  /// kill in between leaves only the backup.
   ///
-  /// `save` writes the file in place, after it has moved the old one to the backup if it can, when
-  /// the file is a link, a device or a mount point; when it belongs to another user in a sticky
-  /// directory; when the directory takes no new files or is append-only; and when the name is
-  /// longer than 220 bytes. A kill may then leave a part of the text.
+  /// In these cases `save` writes the file in place, after it has moved the old one to the backup
+  /// if it can. A kill or a full disk may then leave a part of the text:
   ///
-  /// The new file has the permissions of the one that it replaces, and its owner and group where
-  /// the process may set them. A file that was not there gets the permissions of new files.
+  /// - the file is a link, a device or a mount point;
+  /// - it belongs to another user and lies in a sticky directory;
+  /// - its directory takes no new files, or is append-only;
+  /// - its name is longer than 220 bytes.
+  ///
+  /// The new file has the permissions of the one that it replaces, and its owner and group if the
+  /// process may set them. A file that was not there gets the permissions of new files.
   bool save();
 
   /// Prints descriptions and values as a table to standard output, whatever the verbose flag.
