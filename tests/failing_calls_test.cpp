@@ -31,6 +31,7 @@
 #include <string>
 #include <vector>
 
+#include "child_status.h"
 #include "output_capture.h"
 #include "temporary_files.h"
 #if defined(__linux__) && defined(__x86_64__)
@@ -94,20 +95,6 @@ std::string filledXml() {
   fill(store);
   store.changed = false;
   return xmlOf(store);
-}
-
-/// Runs `test`, with its expectations, in a child. Its status is 0 when they held.
-int statusOfChild(const std::function<void()>& test) {
-  std::fflush(nullptr);
-  const pid_t child = fork();
-  if (child == 0) {
-    test();
-    std::fflush(stdout);
-    _exit(testing::Test::HasFailure() ? 1 : 0);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return status;
 }
 
 #if defined(__linux__) && defined(__x86_64__)
