@@ -9,12 +9,14 @@ namespace zn_lib::internal {
 /// Makes `text` the content of `file`. With `keepsBackup`, the file that was there becomes its
 /// backup, whose name ends in "~".
 ///
-/// Where another file can take its name, `text` is written beside the file, brought to the disk,
-/// and renamed: whatever happens meanwhile, the name leads to the old text or to the new one. A
-/// text that cannot be written whole replaces nothing, and the result is true. Elsewhere the file
-/// is moved to its backup, as far as that succeeds, and written in place.
+/// If another file can take its name, writes `text` beside the file, brings it to the disk, and
+/// renames it: the name leads to the old text or to the new one at every moment. Only a file that
+/// cannot have a second name is moved to its backup before the renaming. A text that cannot be
+/// written whole replaces nothing, and the result is true.
 ///
-/// Returns false when the file can be neither replaced nor opened.
+/// Otherwise moves the file to its backup, if that succeeds, and writes it in place.
+///
+/// Returns false if the file can be neither replaced nor opened.
 bool saveText(const std::string& file, const std::string& text, bool keepsBackup);
 
 }  // namespace zn_lib::internal
