@@ -16,7 +16,7 @@ if(DOXYGEN_FOUND)
     COMMAND ${CMAKE_COMMAND} -E echo "The reference is ${ZN_UDF_DOCS_DIR}/html/index.html"
     COMMENT "Building the API reference" VERBATIM)
   if(ZN_UDF_TESTS)
-    add_test(NAME docs COMMAND ${PROJECT_SOURCE_DIR}/tests/docs_test.sh ${DOXYGEN_EXECUTABLE} ${doxyfile}
+    add_test(NAME docs COMMAND ${PROJECT_SOURCE_DIR}/tests/scripts/docs_test.sh ${DOXYGEN_EXECUTABLE} ${doxyfile}
       ${PROJECT_SOURCE_DIR})
   endif()
 else()

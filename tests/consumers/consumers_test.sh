@@ -8,8 +8,8 @@ shift 2
 compiler=$1
 flags="$*"
 consumers=$source/tests/consumers
-# shellcheck source=tests/shell_test.sh
-. "$source/tests/shell_test.sh"
+# shellcheck source=tests/scripts/functions.sh
+. "$source/tests/scripts/functions.sh"
 
 # expect_host WHAT PROGRAM: the program prints what it should, with the library that it finds by itself.
 expect_host() {

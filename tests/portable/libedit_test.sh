@@ -3,8 +3,8 @@
 # usage: libedit_test.sh SOURCE_DIR
 set -eu
 source=$1
-# shellcheck source=tests/shell_test.sh
-. "$source/tests/shell_test.sh"
+# shellcheck source=tests/scripts/functions.sh
+. "$source/tests/scripts/functions.sh"
 
 mkdir "$work/project"
 cat >"$work/project/CMakeLists.txt" <<EOF

@@ -4,8 +4,8 @@
 # usage: refusals_test.sh SOURCE_DIR
 set -eu
 source=$1
-# shellcheck source=tests/shell_test.sh
-. "$source/tests/shell_test.sh"
+# shellcheck source=tests/scripts/functions.sh
+. "$source/tests/scripts/functions.sh"
 
 compile() { # compile TARGET [FLAG...]
   target=$1

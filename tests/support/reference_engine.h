@@ -10,7 +10,7 @@
 // way, the reference is that engine as the library uses it: what is compared then is what the
 // library does without an engine.
 #ifdef _LIBCPP_VERSION
-#include "../src/udf/zn_pattern.h"
+#include "../../src/udf/zn_pattern.h"
 #endif
 
 namespace reference {

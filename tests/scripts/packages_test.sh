@@ -4,8 +4,8 @@
 # usage: packages_test.sh SOURCE_DIR [BARE_SYSTEM]
 set -eu
 source=$1
-# shellcheck source=tests/shell_test.sh
-. "$source/tests/shell_test.sh"
+# shellcheck source=tests/scripts/functions.sh
+. "$source/tests/scripts/functions.sh"
 
 (cd "$source" && quietly "configuring" cmake --preset package -B "$work/build")
 quietly "building" cmake --build "$work/build" -j 2

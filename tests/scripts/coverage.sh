@@ -1,9 +1,9 @@
 #!/bin/sh
 # Builds the library and the tests so that they count what they run, runs the tests, and tells for each source of the
 # library how many of its lines and branches were reached, and which were not. With "libcxx", does so for the one source
-# that only builds with libc++ have. usage: tests/coverage.sh [libcxx]
+# that only builds with libc++ have. usage: tests/scripts/coverage.sh [libcxx]
 set -eu
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/../.."
 
 if [ "${1:-}" = libcxx ]; then
   build=build/coverage_libcxx

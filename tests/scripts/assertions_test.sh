@@ -4,8 +4,8 @@
 set -eu
 source=$1
 compiler=$2
-# shellcheck source=tests/shell_test.sh
-. "$source/tests/shell_test.sh"
+# shellcheck source=tests/scripts/functions.sh
+. "$source/tests/scripts/functions.sh"
 
 for build_type in Debug Release; do
   for option in ON OFF; do

@@ -5,7 +5,7 @@ A fault is one token: another comparison, another operator, a constant that is o
 statement left out. Every fault is planted in a copy of the tree; those that do not compile do not count. The choice is
 the same in every run.
 
-usage: tests/plant_faults.py [--count N] [--jobs N] [--family STEM]... [--list]
+usage: tests/scripts/mutation_test.py [--count N] [--jobs N] [--family STEM]... [--list]
 
 Prints each fault with the test that caught it, then what survived. Exit status 1 when fewer than nine of ten are caught.
 """
@@ -21,7 +21,7 @@ import subprocess
 import sys
 import tempfile
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
+ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 # What runs beside the test program of the same stem.
 MORE_TESTS = {
