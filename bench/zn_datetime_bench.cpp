@@ -9,6 +9,7 @@
 #include <regex>
 #include <string>
 
+#include "../src/udf/internal/definitions.h"
 #include "bench_rows.h"
 
 #ifdef ZN_UDF_HAVE_ABSL
@@ -147,7 +148,7 @@ void addParsingRows(const std::string& name, const std::string& text) {
     strptime(t.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
     return parts;
   });
-  const std::regex pattern(R"(^(\d{4})-?(\d{2})?-?(\d{2})?[\sT]?(\d{2})?:?(\d{2})?:?(\d{2})?)");
+  const std::regex pattern(zn_lib::internal::definitions::isoDateTime.expression);
   addRow(name + "/std_regex", text, [pattern](const std::string& t) {
     std::smatch match;
     std::regex_match(t, match, pattern);

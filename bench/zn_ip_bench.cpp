@@ -10,6 +10,7 @@
 #include <regex>
 #include <string>
 
+#include "../src/udf/internal/definitions.h"
 #include "bench_rows.h"
 
 #ifdef ZN_UDF_HAVE_BOOST
@@ -23,7 +24,6 @@
 namespace {
 
 using bench::addRow;
-constexpr char kAddressPattern[] = R"(([0-5]{1,3})\.([0-5]{1,3})\.([0-5]{1,3})\.([0-5]{1,3}))";
 
 using Blocks = std::array<unsigned char, 4>;
 
@@ -67,11 +67,11 @@ void addFormatRows(const std::string& name, const std::string& text) {
   addRow(name + "/zn_udf", text,
          [address](const std::string& t) { return address.validFormat(t); });
   addRow(name + "/limit:hand_loop", text, hasFormat);
-  const std::regex pattern(kAddressPattern);
+  const std::regex pattern(zn_lib::internal::definitions::ipv4.expression);
   addRow(name + "/std_regex", text,
          [pattern](const std::string& t) { return std::regex_match(t, pattern); });
 #ifdef ZN_UDF_HAVE_RE2
-  static const RE2 re2(kAddressPattern);
+  static const RE2 re2(zn_lib::internal::definitions::ipv4.expression);
   addRow(name + "/RE2", text, [](const std::string& t) { return RE2::FullMatch(t, re2); });
 #endif
 }

@@ -10,6 +10,7 @@
 #include <regex>
 #include <string>
 
+#include "../src/udf/internal/definitions.h"
 #include "bench_rows.h"
 
 #ifdef ZN_UDF_HAVE_ABSL
@@ -29,12 +30,10 @@
 
 namespace {
 
+namespace definitions = zn_lib::internal::definitions;
+
 using bench::addRow;
 using bench::addScan;
-
-// The patterns that the library's header describes in words.
-constexpr char kNumberPattern[] = R"(-?((\d),?)*(\.\d+)?([eE][-+]\d+)?)";
-constexpr char kBoolPattern[] = R"((yes|true|on|y|\.t\.|t|1))";
 
 bool isQuote(char c) { return c == '`' || c == '\'' || c == '"'; }
 
@@ -70,11 +69,11 @@ bool hasCharactersOfNumbers(const std::string& text) {
 void addNumberRows(const std::string& name, const std::string& text) {
   addRow(name + "/zn_udf", text, [](const std::string& t) { return zn_lib::isNumber(t); });
   addRow(name + "/limit:hand_loop", text, hasCharactersOfNumbers);
-  const std::regex pattern(kNumberPattern);
+  const std::regex pattern(definitions::validNumber.expression);
   addRow(name + "/std_regex", text,
          [pattern](const std::string& t) { return std::regex_match(t, pattern); });
 #ifdef ZN_UDF_HAVE_RE2
-  static const RE2 re2(kNumberPattern);
+  static const RE2 re2(definitions::validNumber.expression);
   addRow(name + "/RE2", text, [](const std::string& t) { return RE2::FullMatch(t, re2); });
 #endif
 }
@@ -100,7 +99,7 @@ void addBoolRows(const std::string& text) {
   const std::string name = "stringToBool_" + text;
   addRow(name + "/zn_udf", text, [](const std::string& t) { return zn_lib::stringToBool(t); });
   addRow(name + "/limit:strcasecmp", text, isKeyword);
-  const std::regex pattern(kBoolPattern, std::regex::ECMAScript | std::regex::icase);
+  const std::regex pattern(definitions::isBool.expression, definitions::isBool.grammar);
   addRow(name + "/std_regex", text,
          [pattern](const std::string& t) { return std::regex_match(t, pattern); });
 #ifdef ZN_UDF_HAVE_ABSL

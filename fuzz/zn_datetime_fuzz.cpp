@@ -12,8 +12,11 @@
 #include <vector>
 
 #include "fuzz_check.h"
+#include "reference_engine.h"
 
 namespace {
+
+namespace definitions = zn_lib::internal::definitions;
 
 using fuzz::expectSame;
 using zn_lib::date_time_record;
@@ -23,8 +26,7 @@ constexpr unsigned long long kDay = 86400000;
 constexpr unsigned long long kHalfDay = kDay / 2;
 constexpr unsigned long long kYear65536 = 25657591 * kDay;
 
-const std::regex isoDateTime(
-    "^(\\d{4})-?(\\d{2})?-?(\\d{2})?[\\sT]?(\\d{2})?:?(\\d{2})?:?(\\d{2})?");
+const reference::Engine isoDateTime = reference::engine(definitions::isoDateTime);
 
 const std::vector<std::string> kMonths = {"January",   "February", "March",    "April",
                                           "May",       "June",     "July",     "August",
@@ -200,7 +202,7 @@ unsigned short monthNumber(const std::string& text) {
 
 /// An optional "-", digits that one comma may follow, a fraction, an exponent with its sign.
 bool isNumber(const std::string& text) {
-  static const std::regex pattern("-?((\\d),?)*(\\.\\d+)?([eE][-+]\\d+)?");
+  static const reference::Engine pattern = reference::engine(definitions::validNumber);
   return std::regex_match(text, pattern);
 }
 

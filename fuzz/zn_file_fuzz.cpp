@@ -14,15 +14,18 @@
 
 #include "fuzz_check.h"
 #include "fuzz_files.h"
+#include "reference_engine.h"
 #include "reference_names.h"
 
 namespace {
 
+namespace definitions = zn_lib::internal::definitions;
+
 using fuzz::expectSame;
 
-const std::regex lastExt("(.+)[\\.](.+)$");
-const std::regex fileSplit("(.+[\\/])?(.+)");
-const std::regex fileseq("(.+)[-](\\d+)?");
+const reference::Engine lastExt = reference::engine(definitions::lastExt);
+const reference::Engine fileSplit = reference::engine(definitions::fileSplit);
+const reference::Engine fileseq = reference::engine(definitions::fileseq);
 
 void splits(const std::string& name) {
   std::string own = name;

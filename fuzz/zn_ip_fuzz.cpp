@@ -13,12 +13,15 @@
 #include <string>
 
 #include "fuzz_check.h"
+#include "reference_engine.h"
 
 namespace {
 
+namespace definitions = zn_lib::internal::definitions;
+
 using fuzz::expectSame;
 
-const std::regex ipv4("([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})");
+const reference::Engine ipv4 = reference::engine(definitions::ipv4);
 
 std::string blocksOf(const zn_lib::IPv4& address) {
   return {std::begin(address.blocks), std::end(address.blocks)};

@@ -17,17 +17,20 @@
 #include <vector>
 
 #include "fuzz_check.h"
+#include "reference_engine.h"
 
 namespace {
+
+namespace definitions = zn_lib::internal::definitions;
 
 using fuzz::expectSame;
 
 const char* const kBlanks = " \t\n\v\f\r";
 constexpr int kLongest = 2000;
 
-const std::regex isBool("(yes|true|on|y|\\.t\\.|t|1)", std::regex::ECMAScript | std::regex::icase);
-const std::regex validNumber("-?((\\d),?)*(\\.\\d+)?([eE][-+]\\d+)?");
-const std::regex quote("[`'\"]");
+const reference::Engine isBool = reference::engine(definitions::isBool);
+const reference::Engine validNumber = reference::engine(definitions::validNumber);
+const reference::Engine quote = reference::engine(definitions::quote);
 
 std::string withoutLeading(const std::string& text) {
   return text.substr(std::min(text.find_first_not_of(kBlanks), text.size()));

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "../src/udf/zn_expat.h"
+#include "../src/udf/internal/expat.h"
 #include "fuzz_check.h"
 
 namespace {
@@ -304,9 +304,9 @@ Outcome byExpat(const Pieces& pieces, const Options& options) {
                            settled,
                            isParsed,
                            XML_GetErrorCode(parser),
-                           zn_lib::expatByteIndex(parser),
-                           zn_lib::expatLineNumber(parser),
-                           zn_lib::expatColumnNumber(parser)};
+                           zn_lib::internal::expatByteIndex(parser),
+                           zn_lib::internal::expatLineNumber(parser),
+                           zn_lib::internal::expatColumnNumber(parser)};
   XML_ParserFree(parser);
   return outcome;
 }

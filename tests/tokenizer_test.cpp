@@ -189,16 +189,9 @@ TEST(SplitMulti, AnswersTheSameWithAnyStandardLibrary) {
       {"a{}b", "\\{}", {"a", "b"}},
       {"1ab]2", "[ab]]", {"1a", "2"}},
       {"1a}2", "a{1}}", {"1", "2"}},
-      {"xccx", "c++", {"x", "x"}},
-      {"xccx", "c+*?", {"", "x", "", "", "x"}},
-      {"xababx", "(ab)+{1,2}", {"x", "x"}},
-      {"xAAx", "(?:\\x41)?+", {"", "x", "", "x"}},
-      {"aqb", "\\q", {"a", "b"}},
-      {"aqb", "\\cq", {"a", "b"}},
-      {"aqb_c", "[\\q\\_]", {"a", "b", "c"}},
-      {"a1 b", "[\\D\\S]", {"", "", "", ""}},
-      {"a\xE4\xC3z", "[\xC3-a]", {"", "", "", "z"}},
-      {"aA-b", "[[=A=]]", {"", "", "-b"}},
+      {"xAAx", "(?:\\x41)?", {"", "x", "", "", "x"}},
+      {"a1b23c", "[\\d]+", {"a", "b", "c"}},
+      {"a1b-c]d", "[0-9\\]-]", {"a", "b", "c", "d"}},
       {"a-b", "[[:digit:]-]", {"a", "b"}},
       {"abc", "[^]", {"", "", ""}},
       {"abc", "[]", {"abc"}},
@@ -214,8 +207,8 @@ TEST(SplitMulti, AnswersTheSameWithAnyStandardLibrary) {
     EXPECT_EQ(splitMulti(c.text, c.pattern), c.tokens) << c.text << " at " << c.pattern;
   }
   for (const char* pattern :
-       {"[b-a]", "[a-\xE4]", "[[:digit:]-a]", "[a-[:digit:]]", "[\\1]", "[\\B]", "[[.-.]]",
-        "[\\x4]", "[[:digit]", "a{2", "a{,2}", "^*", "(*)", "a|+"}) {
+       {"[b-a]", "[^xb-a]", "[a-\xE4]", "[a-[:digit:]]", "[\\1]", "[\\B]", "[\\x4]", "[[:digit]",
+        "[a", "[a-", "[a\\", "a{2", "a{,2}", "^*", "(*)", "a|+", "*.txt", "\\"}) {
     EXPECT_THROW(splitMulti("a", pattern), std::regex_error) << pattern;
   }
 }

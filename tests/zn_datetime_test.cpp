@@ -17,6 +17,8 @@
 
 namespace {
 
+namespace definitions = zn_lib::internal::definitions;
+
 using namespace std::string_literals;
 using Julian = unsigned long long;
 
@@ -489,8 +491,7 @@ TEST_F(DateTime, ParseISOdate) {
 
 /// What the pattern itself makes of a text.
 std::string fieldsByPattern(const std::string& text) {
-  static const reference::Engine isoDateTime =
-      reference::engine("^(\\d{4})-?(\\d{2})?-?(\\d{2})?[\\sT]?(\\d{2})?:?(\\d{2})?:?(\\d{2})?");
+  static const reference::Engine isoDateTime = reference::engine(definitions::isoDateTime);
   std::smatch match;
   int field[] = {0, 0, 0, 12, 0, 0};
   if (std::regex_match(text, match, isoDateTime)) {

@@ -162,7 +162,7 @@ TEST_F(Directories, ListSelects) {
       {"(c|x)pp$", true, {"two.cpp"}},
       {"(x|)$", true, {"link", "one.txt", "sub", "two.cpp"}},
       {"^(x|)$", true, {}},
-      {"b++$", true, {"sub"}},
+      {"b+$", true, {"sub"}},
       {"]", true, {}},
       {"T", true, {}},
       {"<dir> ", true, {}},

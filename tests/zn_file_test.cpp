@@ -22,6 +22,8 @@
 
 namespace {
 
+namespace definitions = zn_lib::internal::definitions;
+
 using namespace std::string_literals;
 
 class Files : public InTemporaryDirectory {
@@ -122,8 +124,8 @@ TEST(StripExtension, Examples) {
 // ---- The patterns that define the parts.
 
 TEST(SplitFileName, AgreesWithItsPatterns) {
-  const reference::Engine lastExt = reference::engine("(.+)[\\.](.+)$");
-  const reference::Engine fileSplit = reference::engine("(.+[\\/])?(.+)");
+  const reference::Engine lastExt = reference::engine(definitions::lastExt);
+  const reference::Engine fileSplit = reference::engine(definitions::fileSplit);
   const auto agrees = [&](const std::string& text) {
     const std::string slashed = reference::withSlashes(text);
     std::string rest = slashed;

@@ -12,6 +12,8 @@
 
 namespace {
 
+namespace definitions = zn_lib::internal::definitions;
+
 using namespace std::string_literals;
 
 std::string blocksOf(const zn_lib::IPv4& address) {
@@ -89,8 +91,7 @@ TEST(IPv4, SetTakesAnyValue) {
 }
 
 TEST(IPv4, ValidFormatAgreesWithItsPattern) {
-  const reference::Engine ipv4 =
-      reference::engine("([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})");
+  const reference::Engine ipv4 = reference::engine(definitions::ipv4);
   const zn_lib::IPv4 address;
   int matches = 0;
   const auto agrees = [&](const std::string& text) {

@@ -17,6 +17,8 @@
 
 namespace {
 
+namespace definitions = zn_lib::internal::definitions;
+
 class SequentialFile : public InTemporaryDirectory {
  protected:
   ~SequentialFile() override { zn_lib::setVerbose(false); }
@@ -130,7 +132,7 @@ TEST_F(SequentialFile, KeepsANameWhoseDirectoryCannotBeListed) {
 }
 
 TEST_F(SequentialFile, AgreesWithItsPattern) {
-  const reference::Engine fileseq = reference::engine("(.+)[-](\\d+)?");
+  const reference::Engine fileseq = reference::engine(definitions::fileseq);
   // In an empty directory the base comes from the name alone; listing finds "." and ".." at most.
   forEveryText("a-1\n", 7, [&](const std::string& base) {
     if (base.empty() || base.find('\n') != std::string::npos) return;
@@ -150,9 +152,9 @@ std::vector<std::string> entriesOf(const std::string& dir) {
   return entries;
 }
 
-const reference::Engine lastExt = reference::engine("(.+)[\\.](.+)$");
-const reference::Engine fileSplit = reference::engine("(.+[\\/])?(.+)");
-const reference::Engine fileseq = reference::engine("(.+)[-](\\d+)?");
+const reference::Engine lastExt = reference::engine(definitions::lastExt);
+const reference::Engine fileSplit = reference::engine(definitions::fileSplit);
+const reference::Engine fileseq = reference::engine(definitions::fileseq);
 
 /// `sequentialFile` by the letter of its patterns, where HOME plays no part.
 std::string byPatterns(const std::string& text) {

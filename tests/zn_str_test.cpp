@@ -16,6 +16,8 @@
 
 namespace {
 
+namespace definitions = zn_lib::internal::definitions;
+
 using namespace std::string_literals;
 
 TEST(ZnStr, HeaderExamples) {
@@ -93,9 +95,8 @@ TEST(Pad, PushesTheTextToTheNamedSide) {
 
 // ---- The validators, against the patterns that define them.
 
-const reference::Engine isBool =
-    reference::engine("(yes|true|on|y|\\.t\\.|t|1)", std::regex::ECMAScript | std::regex::icase);
-const reference::Engine validNumber = reference::engine("-?((\\d),?)*(\\.\\d+)?([eE][-+]\\d+)?");
+const reference::Engine isBool = reference::engine(definitions::isBool);
+const reference::Engine validNumber = reference::engine(definitions::validNumber);
 
 TEST(StringToBool, Examples) {
   for (const char* text :
@@ -266,7 +267,7 @@ TEST(Quotes, Examples) {
 }
 
 TEST(RemoveQuotes, AgreesWithItsPattern) {
-  const reference::Engine quote = reference::engine("[`'\"]");
+  const reference::Engine quote = reference::engine(definitions::quote);
   const auto agrees = [&](const std::string& text) {
     ASSERT_EQ(zn_lib::removeQuotes(text), std::regex_replace(text, quote, "")) << text;
   };

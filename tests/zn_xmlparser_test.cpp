@@ -18,7 +18,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "../src/udf/zn_expat.h"
+#include "../src/udf/internal/expat.h"
 #include "emulation.h"
 #include "samples.h"
 
@@ -880,7 +880,7 @@ XML_Index errorIndexOfExpat(const std::string& document) {
   XML_Parser parser = XML_ParserCreate(nullptr);
   EXPECT_EQ(XML_Parse(parser, document.data(), static_cast<int>(document.size()), true),
             XML_STATUS_ERROR);
-  const XML_Index index = zn_lib::expatByteIndex(parser);
+  const XML_Index index = zn_lib::internal::expatByteIndex(parser);
   XML_ParserFree(parser);
   return index;
 }

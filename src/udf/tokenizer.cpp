@@ -7,14 +7,16 @@
 #include <regex>
 #include <string_view>
 
-#include "zn_find.h"
-#include "zn_pattern.h"
+#include "internal/literals.h"
+#include "internal/patterns.h"
+#include "internal/text.h"
 
 namespace zn_lib {
 namespace {
 
 using Tokens = std::vector<std::string>;
-using Matches = std::regex_iterator<std::string::const_iterator, char, Pattern::traits_type>;
+using Matches =
+    std::regex_iterator<std::string::const_iterator, char, internal::Pattern::traits_type>;
 
 std::ostream& setBase(std::ostream& os, std::ios_base::fmtflags base) {
   os.setf(std::ios_base::showbase | std::ios_base::uppercase);
@@ -22,8 +24,8 @@ std::ostream& setBase(std::ostream& os, std::ios_base::fmtflags base) {
   return os;
 }
 
-/// True when a bracket expression around `delimiters` holds exactly these characters. False says
-/// nothing: some sets that this refuses would be plain as well.
+/// Returns true if a bracket expression around `delimiters` holds exactly these characters. Not all
+/// such sets are recognised.
 bool isPlainSet(const std::string& delimiters) {
   if (delimiters.find_first_of("^\\[]") != std::string::npos) return false;
   const std::size_t hyphen = delimiters.find('-');
@@ -32,8 +34,8 @@ bool isPlainSet(const std::string& delimiters) {
   return atAnEnd && delimiters.find('-', hyphen + 1) == std::string::npos;
 }
 
-/// Appends the tokens between delimiters of `width` bytes; `find` gives the position of the first
-/// one from a position on, npos where there is none.
+/// Appends the tokens between delimiters of `width` bytes. `find` returns the position of the first
+/// delimiter at or after a position, or npos.
 template <class Find>
 void appendTokens(Tokens& tokens, const std::string& text, std::size_t width, Find find) {
   std::size_t start = 0;
@@ -62,7 +64,7 @@ Tokens splitAtCharacters(const std::string& text, const std::string& delimiters)
 Tokens splitAtCharacter(const std::string& text, char delimiter) {
   Tokens tokens;
   tokens.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), delimiter)) + 1);
-  const std::string_view view = text;  // searched here; a string is by a call of the library
+  const std::string_view view = text;  // its search is compiled inline, that of a string is not
   appendTokens(tokens, text, 1, [&](std::size_t start) { return view.find(delimiter, start); });
   return tokens;
 }
@@ -70,14 +72,13 @@ Tokens splitAtCharacter(const std::string& text, char delimiter) {
 Tokens splitAtText(const std::string& text, const std::string& delimiter) {
   Tokens tokens;
   appendTokens(tokens, text, delimiter.size(),
-               [&](std::size_t start) { return findText(text, delimiter, start); });
+               [&](std::size_t start) { return internal::findText(text, delimiter, start); });
   return tokens;
 }
 
 Tokens splitAtMatches(const std::string& text, const std::string& pattern) {
-  // A loop of its own: not every standard library's token iterator knows where the text before an
-  // empty match begins.
-  const Pattern delimiter = compilePattern(pattern);
+  // libc++'s token iterator loses the text before an empty match.
+  const internal::Pattern delimiter = internal::compilePattern(pattern);
   Tokens tokens;
   auto start = text.begin();
   for (Matches match(start, text.end(), delimiter), end; match != end; ++match) {
@@ -108,8 +109,8 @@ Tokenizer::Tokenizer() = default;
 Tokenizer::Tokenizer(const std::string& text, std::string delimiters) { split(text, delimiters); }
 
 std::size_t Tokenizer::split(const std::string& text, const std::string& delimiters) {
-  // The old tokens go first, also when the new ones cannot be had; but the arguments may be among
-  // them.
+  // The old tokens are gone even if the split throws. They live to the end of the call, since the
+  // arguments may be among them.
   Tokens old;
   old.swap(tokens);
   if (!isPlainSet(delimiters)) {
@@ -125,7 +126,9 @@ std::size_t Tokenizer::split(const std::string& text, const std::string& delimit
 std::size_t Tokenizer::splitMulti(const std::string& text, const std::string& pattern) {
   Tokens old;
   old.swap(tokens);
-  tokens = isPlainPattern(pattern) ? splitAtText(text, pattern) : splitAtMatches(text, pattern);
+  const auto fixed = internal::fixedText(pattern);
+  const bool isText = fixed && !fixed->text.empty() && !fixed->isAtStart && !fixed->isAtEnd;
+  tokens = isText ? splitAtText(text, fixed->text) : splitAtMatches(text, pattern);
   return tokens.size();
 }
 

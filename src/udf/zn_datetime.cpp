@@ -5,15 +5,14 @@
 #include <charconv>
 #include <cmath>
 #include <ctime>
-#include <regex>
+#include <optional>
 #include <string_view>
 
+#include "internal/definitions.h"
+#include "internal/numbers.h"
+#include "internal/text.h"
 #include "tokenizer.h"
-#include "zn_ascii.h"
-#include "zn_decimal.h"
-#include "zn_pattern.h"
 #include "zn_str.h"
-#include "zn_truncate.h"
 
 namespace zn_lib {
 namespace {
@@ -28,7 +27,7 @@ constexpr int kMillisecondsPerMinute = 60000;
 constexpr int kSecondsPerHour = 3600;
 constexpr int kSecondsPerMinute = 60;
 
-/// All zero until a host sets it: no default is put in on the quiet.
+/// All zero until a host sets it.
 date_time_set date_set;
 
 constexpr char months[kMonthsPerYear][10] = {"january",   "february", "march",    "april",
@@ -39,20 +38,53 @@ constexpr unsigned short kLongMonth = 31;
 constexpr std::array<unsigned short, 10> februaryToNovember = {29, 31, 30, 31, 30,
                                                                31, 31, 30, 31, 30};
 
-const std::string expr = "^(\\d{4})-?(\\d{2})?-?(\\d{2})?[\\sT]?(\\d{2})?:?(\\d{2})?:?(\\d{2})?";
-const Pattern isoDateTime = compilePattern(expr);
-
 bool isLeapYear(unsigned short year) {
   return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
 }
 
 constexpr unsigned short to16Bits(int value) { return static_cast<unsigned short>(value); }
 
-/// The numbers of an ISO 8601 text in its own order, year first; -1 where the text leaves one out.
-using IsoFields = std::array<int, 6>;
-constexpr IsoFields kNoFields = {-1, -1, -1, -1, -1, -1};
 constexpr std::size_t kYearDigits = 4;
-constexpr std::size_t kLongestIsoText = sizeof("2024-03-05T14:07:09") - 1;
+
+/// The digits of an ISO 8601 text in its own order, year first. A part that is left out is empty.
+using IsoFields = std::array<std::string_view, 6>;
+
+/// Takes `count` digits off the start of `text`. Returns an empty text, and takes nothing, if there
+/// are fewer.
+std::string_view takeDigits(std::string_view& text, std::size_t count) {
+  const std::string_view digits = text.substr(0, count);
+  if (digits.size() < count || !std::all_of(digits.begin(), digits.end(), internal::isDigit)) {
+    return {};
+  }
+  text.remove_prefix(count);
+  return digits;
+}
+
+/// Mirrors `isoDateTime`: a year, and five more parts of two digits, each of which may be missing,
+/// as may the separator before it. Each part is taken where it first may stand: the expression
+/// cannot match otherwise, since each separator belongs to certain parts and digits come in pairs.
+std::optional<IsoFields> scanIsoDateTime(std::string_view text) {
+  constexpr std::string_view separators = "--T::";
+  IsoFields fields = {takeDigits(text, kYearDigits)};
+  if (fields.front().empty()) return std::nullopt;
+  for (std::size_t i = 0; i < separators.size(); ++i) {
+    const auto isSeparator = [separator = separators[i]](char c) {
+      return c == separator || (separator == 'T' && internal::isSpace(c));
+    };
+    if (!text.empty() && isSeparator(text.front())) text.remove_prefix(1);
+    fields[i + 1] = takeDigits(text, 2);
+  }
+  return text.empty() ? std::optional(fields) : std::nullopt;
+}
+
+/// Returns the parts of an ISO 8601 text, all of which are empty if the text does not match.
+IsoFields readISO(const std::string& text) {
+  const std::optional<IsoFields> match = scanIsoDateTime(text);
+  const IsoFields fields = match.value_or(IsoFields());
+  internal::verify(internal::definitions::isoDateTime, text, match.has_value(),
+                   {fields[0], fields[1], fields[2], fields[3], fields[4], fields[5]});
+  return fields;
+}
 
 int toInt(std::string_view digits) {
   int value = 0;
@@ -60,46 +92,7 @@ int toInt(std::string_view digits) {
   return value;
 }
 
-/// Reads `text` in one pass, taking each part of the pattern where it first may stand, and returns
-/// where it stopped. Digits come in pairs and every other character belongs to one kind of part, so
-/// a text that can be read at all is read like this by the pattern too.
-const char* scanISO(std::string_view text, IsoFields& fields) {
-  constexpr std::string_view separators = "--T::";
-  const char* at = text.data() + kYearDigits;
-  const char* const end = text.data() + text.size();
-  fields = kNoFields;
-  fields[0] = toInt(text.substr(0, kYearDigits));
-  for (std::size_t i = 0; i < separators.size(); ++i) {
-    if (at != end && (*at == separators[i] || (separators[i] == 'T' && *at == ' '))) ++at;
-    if (end - at >= 2 && isDigit(at[0]) && isDigit(at[1])) {
-      fields[i + 1] = toInt({at, 2});
-      at += 2;
-    }
-  }
-  return at;
-}
-
-IsoFields readISO(const std::string& text) {
-  if (text.size() < kYearDigits || text.size() > kLongestIsoText ||
-      !std::all_of(text.begin(), text.begin() + kYearDigits, isDigit)) {
-    return kNoFields;
-  }
-  IsoFields fields;
-  const char* const end = text.data() + text.size();
-  const char* const stop = scanISO(text, fields);
-  if (stop == end) return fields;
-  // Where the scan stopped at anything but a blank, the pattern would too. Blanks are left to it.
-  fields = kNoFields;
-  std::smatch match;
-  if (isBlank(*stop) && std::regex_match(text, match, isoDateTime)) {
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-      if (match[i + 1].matched) fields[i] = toInt(match[i + 1].str());
-    }
-  }
-  return fields;
-}
-
-/// Appends `digits` filled with zeros on the left to at least `width` bytes.
+/// Appends `digits`, filled with zeros on the left to at least `width` bytes.
 void appendFilled(std::string& text, std::string_view digits, std::size_t width) {
   if (digits.size() < width) text.append(width - digits.size(), '0');
   text.append(digits);
@@ -116,7 +109,8 @@ void appendNumber(std::string& text, unsigned value, std::size_t width = 2) {
 void appendDouble(std::string& text, double value) {
   constexpr int significantDigits = 6;
   std::array<char, 16> digits;  // the longest is "-1.23457e+308"
-  appendFilled(text, decimalText(value, std::chars_format::general, significantDigits, digits), 2);
+  appendFilled(
+      text, internal::decimalText(value, std::chars_format::general, significantDigits, digits), 2);
 }
 
 void appendYear(std::string& text, const date_time_record& record) {
@@ -128,7 +122,7 @@ void appendTime(std::string& text, const date_time_record& record, char separato
   text += separator;
   appendNumber(text, record.minute);
   text += separator;
-  // Most seconds are whole, and much faster to write as such.
+  // Most seconds are whole, and an integer is much faster to write.
   const unsigned wholeSecond = static_cast<unsigned>(record.second);
   if (record.second == wholeSecond) {
     appendNumber(text, wholeSecond);
@@ -143,6 +137,25 @@ std::string monthText(unsigned short month, MONTH_FORMAT format) {
   std::string number;
   appendNumber(number, month);
   return number;
+}
+
+/// Returns the order of a date's parts, with the first letter of each.
+constexpr std::string_view orderOf(DATE_FORMAT format) {
+  if (format == DAY_MONTH_YEAR) return "dmy";
+  if (format == MONTH_DAY_YEAR) return "mdy";
+  return "ymd";
+}
+
+void appendDate(std::string& text, const date_time_record& record, const date_time_set& settings) {
+  const std::string_view order = orderOf(settings.dateFormat);
+  // With the year first, the month is always a number.
+  const MONTH_FORMAT monthFormat = order.front() == 'y' ? MONTH_NUMBER : settings.monthFormat;
+  for (const char part : order) {
+    if (part != order.front()) text += settings.dateSeparator;
+    if (part == 'd') appendNumber(text, record.day);
+    if (part == 'm') text += monthText(record.month, monthFormat);
+    if (part == 'y') appendYear(text, record);
+  }
 }
 
 std::tm localTime() {
@@ -192,7 +205,7 @@ void validDate(date_time_record& record) {
   if (record.month == 0) record.month = 1;
   if (record.month > kMonthsPerYear) record.month = to16Bits(record.month % kMonthsPerYear);
   if (record.day == 0) record.day = 1;
-  // A month that the remainder left at 0 is as long as the longest.
+  // A month that became 0 by the remainder is as long as the longest.
   unsigned short last = record.month == 0 ? kLongMonth : getMonthDays(record.month);
   if (record.month == kFebruary && !isLeapYear(record.year)) last = 28;
   record.day = std::min(record.day, last);
@@ -234,39 +247,39 @@ unsigned short getMonthNumber(const std::string& text) {
   for (unsigned short month = 1; month < kDecember; ++month) {
     if (prefix == std::string_view(months[month - 1], prefixLength)) return month;
   }
-  return kDecember;  // also the answer for what is no month
+  return kDecember;  // also for a text that is not a month
 }
 
 std::string getMonthName(unsigned short month, bool shortName) {
   if (month < 1 || month > kMonthsPerYear) return "";
   std::string name = months[month - 1];
-  name.front() = toUpper(name.front());
+  name.front() = internal::toUpper(name.front());
   if (shortName) name.resize(3);
   return name;
 }
 
 unsigned long long dateToJulian(int year, int month, int day, int hour, int minute, double second) {
   if (!isValidDate(to16Bits(day), to16Bits(month), to16Bits(year))) return 0;
-  // In 64 bits, which hold the products of every int.
+  // 64 bits hold the products of every int.
   std::int64_t y = year < 0 ? year + 1 : year;
   std::int64_t m = month;
   if (m < 3) {
     --y;
     m += kMonthsPerYear;
   }
-  // The integer forms of int(30.6001 * (m + 1)) and int(365.25 * (y + 4716)), and the Gregorian
-  // correction.
+  // These are the integer forms of int(30.6001 * (m + 1)) and int(365.25 * (y + 4716)), and the
+  // Gregorian correction.
   const std::int64_t monthDays = 306001 * (m + 1) / 10000;
   const std::int64_t yearDays = 36525 * (y + 4716) / 100;
   const std::int64_t days = day + (2 - y / 100 + y / 400) + monthDays + yearDays;
   const double midnight =
       (static_cast<double>(days) - 1524.5) * static_cast<double>(kMillisecondsPerDay);
-  if (!date_set.useTime) return truncateToUnsigned64(midnight) + kMillisecondsPerHalfDay;
-  // What is negative wraps in the sum: hour -1 is an hour before midnight.
+  if (!date_set.useTime) return internal::truncateToUnsigned64(midnight) + kMillisecondsPerHalfDay;
+  // Negative terms wrap in the sum: hour -1 is an hour before midnight.
   const std::int64_t time =
       std::int64_t{minute} * kMillisecondsPerMinute + std::int64_t{hour} * kMillisecondsPerHour;
-  return static_cast<unsigned long long>(time) + truncateToUnsigned64(second * 1000.0) +
-         truncateToUnsigned64(midnight);
+  return static_cast<unsigned long long>(time) + internal::truncateToUnsigned64(second * 1000.0) +
+         internal::truncateToUnsigned64(midnight);
 }
 
 unsigned long long dateToJulian(date_time_record& record) {
@@ -286,8 +299,8 @@ date_time_record julianToDate(unsigned long long julian) {
   const unsigned long long sinceMidnight = julian + kMillisecondsPerHalfDay;
   const std::int32_t dayNumber =
       static_cast<std::int32_t>(static_cast<std::uint32_t>(sinceMidnight / kMillisecondsPerDay));
-  // The steps are those of the algorithm in doubles: an exact calendar routine would differ on 1
-  // March 300.
+  // These are the steps of the algorithm in doubles. An exact calendar routine would differ on
+  // 1 March 300.
   const std::int32_t century = static_cast<std::int32_t>((dayNumber - 1867216.25) / 36524.25);
   const std::int64_t b = std::int64_t{dayNumber} + century - century / 4 + 1525;
   const std::int32_t c = static_cast<std::int32_t>((static_cast<double>(b) - 122.1) / 365.25);
@@ -311,7 +324,7 @@ date_time_record julianToDate(unsigned long long julian) {
 }
 
 double dateToJulianDays(date_time_record record) {
-  // The minutes are divided by 3600 on purpose: it is the function's definition.
+  // The divisor of the minutes is part of the function's definition.
   const double day =
       ((record.day + record.hour / 24.0) + record.minute / 3600.0) + record.second / 86400.0;
   unsigned short y = record.year;
@@ -329,7 +342,7 @@ double dateToJulianDays(date_time_record record) {
 void parseISOdate(const std::string& text, date_time_record& record) {
   const IsoFields fields = readISO(text);
   const auto field = [&fields](std::size_t index, int otherwise) {
-    return fields[index] < 0 ? otherwise : fields[index];
+    return fields[index].empty() ? otherwise : toInt(fields[index]);
   };
   record.year = to16Bits(field(0, 0));
   record.month = to16Bits(std::max(field(1, 1), 1));
@@ -387,30 +400,7 @@ std::string formatJulianDate(unsigned long long julian, date_time_set settings) 
   if (julian == 0) return BLANK_DATE_STR;
   const date_time_record record = julianToDate(julian);
   std::string text;
-  switch (settings.dateFormat) {
-    case DAY_MONTH_YEAR:
-      appendNumber(text, record.day);
-      text += settings.dateSeparator;
-      text += monthText(record.month, settings.monthFormat);
-      text += settings.dateSeparator;
-      appendYear(text, record);
-      break;
-    case MONTH_DAY_YEAR:
-      text += monthText(record.month, settings.monthFormat);
-      text += settings.dateSeparator;
-      appendNumber(text, record.day);
-      text += settings.dateSeparator;
-      appendYear(text, record);
-      break;
-    case YEAR_MONTH_DAY:
-    default:
-      appendYear(text, record);
-      text += settings.dateSeparator;
-      appendNumber(text, record.month);
-      text += settings.dateSeparator;
-      appendNumber(text, record.day);
-      break;
-  }
+  appendDate(text, record, settings);
   if (date_set.useTime) {
     text += settings.dateTimeSeparator;
     appendTime(text, record, settings.timeSeparator);

@@ -3,8 +3,8 @@
 #include <cmath>
 #include <limits>
 
+#include "internal/numbers.h"
 #include "zn_datetime.h"
-#include "zn_truncate.h"
 
 namespace zn_lib {
 namespace {
@@ -37,8 +37,7 @@ double DayLength::FNrange(double angle) {
 }
 
 double DayLength::FNsun(double d) {
-  // 280.461 degrees and 0.9856474 a day; 357.528 degrees and 0.9856003 a day; 1.915 and 0.020
-  // degrees.
+  // In degrees: 280.461 and 0.9856474 a day, 357.528 and 0.9856003 a day, 1.915 and 0.020.
   meanLongitude = FNrange(0.017202792393721557 * d + 4.894967873435816);
   meanAnomaly = FNrange(0.017201970343643867 * d + 6.240040768070287);
   return FNrange(meanLongitude + 0.03342305517569141 * std::sin(meanAnomaly) +
@@ -46,11 +45,11 @@ double DayLength::FNsun(double d) {
 }
 
 double DayLength::hourAngle(double declination) {
-  // Half the sun's diameter, 0.53 degrees, and 34 minutes of arc of refraction.
+  // The sum of the sun's radius, half of 0.53 degrees, and a refraction of 34 minutes of arc.
   constexpr double horizon = 0.014515321612419507;
   const double raised = declination + (latitude < 0.0 ? -horizon : horizon);
   double f = std::tan(latitude * kRadiansPerDegree) * std::tan(raised);
-  // Polar day ends here; polar night goes on to NaN.
+  // The limit ends polar day. Polar night goes on to NaN.
   if (f > 0.99999) f = 1.0;
   return std::asin(f) + kHalfPi;
 }
@@ -60,7 +59,7 @@ double DayLength::compute() {
   const double longitude = FNsun(d);
   const double obliquity = 0.4090877233749509 - 6.981317007977318e-9 * d;
   const double declination = std::asin(std::sin(obliquity) * std::sin(longitude));
-  // 15 degrees an hour, and the arc is twice the angle.
+  // The sun moves 15 degrees an hour, and its arc is twice the angle.
   const double hours = hourAngle(declination) * kDegreesPerRadian / 7.5;
   dayLength = hours < 0.0001 ? 0.0 : hours;
   return dayLength;
@@ -70,12 +69,12 @@ double DayLength::cumulative(int count) {
   if (count == std::numeric_limits<int>::min()) return 0.0;
   const unsigned long long start = julian;
   const int direction = count < 0 ? -1 : 1;
-  julian = truncateToUnsigned64(static_cast<double>(julian));
+  julian = internal::truncateToUnsigned64(static_cast<double>(julian));
   double sum = compute();
-  // Up to `count` itself: an int holds no step beyond the largest count.
+  // The loop ends at `count` itself, since an int holds no step beyond the largest count.
   for (int step = 0; step != count;) {
     step += direction;
-    julian = truncateToUnsigned64(static_cast<double>(julian) + step);
+    julian = internal::truncateToUnsigned64(static_cast<double>(julian) + step);
     sum += compute();
   }
   julian = start;

@@ -13,7 +13,7 @@ namespace zn_lib {
 template class XmlEvent<std::map<int, std::string, error_order>>;
 template class ReadXml<ErrorEvent>;
 
-// ---- FileName, which zn_file.h declares
+// The members of FileName, which zn_file.h declares.
 
 FileName::FileName() = default;
 
@@ -31,19 +31,18 @@ bool error_order::operator()(int a, int b) const { return a < b; }
 
 ErrorEvent::ErrorEvent() = default;
 
-void ErrorEvent::OnStartElement(const XML_Char* name, const XML_Char**) {
-  tag = name;
-}
+void ErrorEvent::OnStartElement(const XML_Char* name, const XML_Char**) { tag = name; }
 
 void ErrorEvent::OnEndElement(const XML_Char* name) {
-  // Of the element that ends, not of the one around it: text behind an end tag still counts for it.
+  // This is the element that ends, not the one around it: text behind an end tag belongs to it.
   tag = name;
   if (tag == "ERROR") data[id] = message;
 }
 
 void ErrorEvent::OnCharacterData(const XML_Char* text, int length) {
   if (tag == "ID") {
-    // As atoi, but defined for numbers of any length, and the same where a long has 32 bits.
+    // Unlike atoi, this is defined for numbers of any length, and does not depend on the size of a
+    // long.
     id = static_cast<int>(std::strtoll(skipWhiteSpace(text, length).c_str(), nullptr, 10));
   } else if (tag == "MESSAGE") {
     message = skipWhiteSpace(text, length);
@@ -71,7 +70,7 @@ void showErrorList(std::map<int, std::string, error_order>& catalog) {
   const std::string line = replicateChar('-', 70) + "\n";
   std::string text = "Error list\n" + line;
   for (const auto& [number, message] : catalog) {
-    // A message ends at its first NUL, as in all that is printed.
+    // A message ends at its first NUL, like everything that the library prints.
     text += std::to_string(number) + " " + message.c_str() + "\n";
   }
   display(text + line);

@@ -8,70 +8,78 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <regex>
+#include <optional>
 #include <string_view>
 #include <vector>
 
+#include "internal/definitions.h"
+#include "internal/files.h"
+#include "internal/text.h"
 #include "tokenizer.h"
-#include "zn_exists.h"
 #include "zn_output.h"
-#include "zn_pattern.h"
 #include "zn_str.h"
 
 namespace zn_lib {
 namespace {
 
-const Pattern lastExt = compilePattern("(.+)[\\.](.+)$");
-const Pattern fileSplit = compilePattern("(.+[\\/])?(.+)");
-
-/// Where `mark` last stands with at least one byte before and behind it; npos when it does not.
+/// Returns the last position of `mark` with at least one byte before and behind it, or npos.
 std::size_t lastInside(std::string_view text, char mark) {
   if (text.size() < 3) return std::string_view::npos;
   const std::size_t position = text.rfind(mark, text.size() - 2);
   return position == 0 ? std::string_view::npos : position;
 }
 
-/// A name without its extension, as views of the name.
-struct Stem {
-  std::string_view stem;       ///< the name without extension and dot
-  std::string_view extension;  ///< empty when there is none
+/// The two parts of a name, as views of it.
+struct Parts {
+  std::string_view first, second;
 };
 
-/// The name cut at the dot there; whole where there is none.
-Stem cutAt(std::size_t dot, std::string_view name) {
-  if (dot == std::string_view::npos) return {name, ""};
-  return {name.substr(0, dot), name.substr(dot + 1)};
+/// Mirrors `lastExt`: the stem and the extension on both sides of a dot. A name that has none, or a
+/// line break, does not match.
+std::optional<Parts> scanLastExt(const std::string& name) {
+  const std::size_t dot = lastInside(name, '.');
+  if (dot == std::string::npos || internal::hasLineBreak(name)) return std::nullopt;
+  const std::string_view view = name;
+  return Parts{view.substr(0, dot), view.substr(dot + 1)};
 }
 
-/// As the pattern splits a name without a line break.
-Stem splitExtension(std::string_view name) { return cutAt(lastInside(name, '.'), name); }
-
-Stem matchExtension(const std::string& name) {
-  std::smatch match;
-  const bool isMatch = name.size() <= kLongestForEngine && std::regex_match(name, match, lastExt);
-  return cutAt(isMatch ? static_cast<std::size_t>(match.length(1)) : std::string::npos, name);
+/// Mirrors `fileSplit`: the directory, up to and including a slash, and the rest. The empty name
+/// and names with a line break do not match.
+std::optional<Parts> scanFileSplit(std::string_view name) {
+  if (name.empty() || internal::hasLineBreak(name)) return std::nullopt;
+  const std::size_t slash = lastInside(name, '/');
+  const std::size_t split = slash == std::string_view::npos ? 0 : slash + 1;
+  return Parts{name.substr(0, split), name.substr(split)};
 }
 
-/// For any name. One with a line break matches neither pattern, since "." takes all bytes but
-/// those.
-name_of_file matchFileName(const std::string& name) {
-  const Stem parts = matchExtension(name);
-  const std::string stem(parts.stem);
-  std::smatch match;
-  const bool isMatch = stem.size() <= kLongestForEngine && std::regex_match(stem, match, fileSplit);
-  return isMatch ? name_of_file{match[1], match[2], std::string(parts.extension)} : name_of_file();
+/// Returns the name without its extension, and the extension.
+Parts splitExtension(const std::string& name) {
+  const std::optional<Parts> match = scanLastExt(name);
+  const Parts parts = match.value_or(Parts{name, ""});
+  internal::verify(internal::definitions::lastExt, name, match.has_value(),
+                   {parts.first, parts.second});
+  return parts;
+}
+
+/// Returns the directory and the rest of a name without extension.
+Parts splitDirectory(std::string_view stem) {
+  const std::optional<Parts> match = scanFileSplit(stem);
+  const Parts parts = match.value_or(Parts());
+  internal::verify(internal::definitions::fileSplit, stem, match.has_value(),
+                   {parts.first, parts.second});
+  return parts;
 }
 
 void useSlashes(std::string& name) { std::replace(name.begin(), name.end(), '\\', '/'); }
 
-/// Makes way for `target`: false when it exists and may not or cannot be removed, and when the
-/// system could not look.
+/// Removes `target` if it exists and may be overwritten. Returns false if it remains, or if the
+/// system failed to look for it.
 bool clearTarget(const std::string& target, bool overwrite) {
-  if (!exists(target)) return errno != EIO && errno != ENOMEM;
+  if (!internal::exists(target)) return errno != EIO && errno != ENOMEM;
   return overwrite && std::remove(target.c_str()) == 0;
 }
 
-/// The printable characters of ASCII, whatever the host's locale.
+/// Returns true for the printable characters of ASCII, whatever the host's locale.
 bool isPrintable(char c) { return c >= ' ' && c <= '~'; }
 
 void printDumpHeader(int width) {
@@ -86,11 +94,11 @@ void printDumpHeader(int width) {
 
 using Blocks = std::vector<std::string>;
 
-/// All that can be read of a file, also when a read fails in the end.
+/// Reads a file up to its end or to the first read that fails.
 Blocks readToEnd(std::istream& in) {
   Blocks blocks;
-  // Only what lies in the stream's buffer already is asked for: a read that fails would take with
-  // it what it has got before. Of a directory, the first one fails.
+  // A read never asks for more than the stream's buffer holds: when a read fails, what it had
+  // copied before is lost. For a directory, the first read fails.
   while (in.peek() != std::istream::traits_type::eof()) {
     std::string& block =
         blocks.emplace_back(static_cast<std::size_t>(in.rdbuf()->in_avail()), '\0');
@@ -101,7 +109,7 @@ Blocks readToEnd(std::istream& in) {
 
 using HexEntry = std::array<char, 3>;
 
-/// Each byte value as two digits and a blank.
+/// Each byte value as two digits and a space.
 constexpr std::array<HexEntry, 256> hexEntries() {
   constexpr const char* digits = "0123456789abcdef";
   std::array<HexEntry, 256> entries{};
@@ -113,13 +121,13 @@ constexpr std::array<HexEntry, 256> hexEntries() {
 
 constexpr std::array<HexEntry, 256> kHexEntries = hexEntries();
 
-/// Gives the rows of a dump, block by block.
+/// Formats the rows of a dump, block by block.
 class DumpRows {
  public:
   explicit DumpRows(int width)
       : width_(static_cast<std::size_t>(std::max(width, 1))), gap_(width > 0 ? "  " : " ") {}
 
-  /// The text that `bytes`, the next ones of the file, add to the dump.
+  /// Returns the text that the next `bytes` of the file add to the dump.
   std::string add(std::string_view bytes) {
     const std::size_t rows = (row_.size() + bytes.size()) / width_;
     const std::size_t rowEnd = gap_.size() + width_ + 1;
@@ -138,8 +146,8 @@ class DumpRows {
     return text;
   }
 
-  /// The end of the dump: the end of the file is an entry too. The characters of a row that is not
-  /// full are left out.
+  /// Returns the end of the dump. The end of the file is an entry too, and the last row shows its
+  /// characters only if it is full.
   std::string finish() {
     std::string text = "ffffffff ";
     row_ += '.';
@@ -177,18 +185,14 @@ void checkHomePath(std::string& name) {
 
 name_of_file splitFileName(std::string& name) {
   useSlashes(name);
-  if (hasLineBreak(name)) return matchFileName(name);
   const auto [stem, extension] = splitExtension(name);
-  const std::size_t slash = lastInside(stem, '/');
-  const std::size_t split = slash == std::string_view::npos ? 0 : slash + 1;
-  return {std::string(stem.substr(0, split)), std::string(stem.substr(split)),
-          std::string(extension)};
+  const auto [directory, base] = splitDirectory(stem);
+  return {std::string(directory), std::string(base), std::string(extension)};
 }
 
 std::string stripExtension(std::string& name) {
   useSlashes(name);
-  const Stem parts = hasLineBreak(name) ? matchExtension(name) : splitExtension(name);
-  return std::string(parts.stem);
+  return std::string(splitExtension(name).first);
 }
 
 std::string createFileName(std::string dir, const std::string& name, const std::string& ext) {
@@ -203,7 +207,7 @@ std::string createFileName(std::string dir, const std::string& name, const std::
 }
 
 bool fileCopy(const std::string& source, const std::string& target, bool overwrite) {
-  if (!exists(source) || !clearTarget(target, overwrite)) return false;
+  if (!internal::exists(source) || !clearTarget(target, overwrite)) return false;
   std::ifstream in(source, std::ios_base::binary);
   std::ofstream out(target, std::ios_base::binary | std::ios_base::trunc);
   out << in.rdbuf();
@@ -213,12 +217,12 @@ bool fileCopy(const std::string& source, const std::string& target, bool overwri
 }
 
 bool fileRename(const std::string& oldName, const std::string& newName, bool overwrite) {
-  if (!exists(oldName) || !clearTarget(newName, overwrite)) return false;
+  if (!internal::exists(oldName) || !clearTarget(newName, overwrite)) return false;
   return std::rename(oldName.c_str(), newName.c_str()) == 0;
 }
 
 bool createBackup(const std::string& name) {
-  // The name ends at its first NUL for the system: a mark behind it would name the file itself.
+  // The system ends a name at its first NUL, and would ignore a mark that follows.
   return fileRename(name, std::string(name.c_str()) + "~", true);
 }
 
@@ -228,7 +232,7 @@ bool hexDump(const std::string& name, int width) {
   printDumpHeader(width);
   if (!isVerbose()) return true;
 
-  // All of it first: the file may be the one that standard output goes to.
+  // The whole file is read first: standard output may be redirected to it.
   const Blocks blocks = readToEnd(in);
   in.close();
   DumpRows rows(width);

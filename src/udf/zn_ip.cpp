@@ -7,22 +7,34 @@
 #include <array>
 #include <cstring>
 #include <iterator>
-#include <regex>
+#include <string_view>
 
+#include "internal/definitions.h"
 #include "tokenizer.h"
-#include "zn_pattern.h"
 
 namespace zn_lib {
 namespace {
 
-const Pattern ipv4 = compilePattern("([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})");
+constexpr bool isLowDigit(char c) { return c >= '0' && c <= '5'; }
 
-constexpr std::size_t kShortestText = sizeof("0.0.0.0") - 1;
-constexpr std::size_t kLongestText = sizeof("255.255.255.255") - 1;
+/// Mirrors `ipv4`: four parts of one to three digits, none of them above 5, with points between.
+bool scanIpv4(std::string_view text) {
+  constexpr int parts = 4;
+  constexpr std::size_t mostDigits = 3;
+  for (int part = 0; part < parts; ++part) {
+    if (part > 0) {
+      if (text.empty() || text.front() != '.') return false;
+      text.remove_prefix(1);
+    }
+    std::size_t digits = 0;
+    while (digits < mostDigits && digits < text.size() && isLowDigit(text[digits])) ++digits;
+    if (digits == 0) return false;
+    text.remove_prefix(digits);
+  }
+  return text.empty();
+}
 
-bool isLowDigit(char c) { return c >= '0' && c <= '5'; }
-
-/// The text of an address in network byte order.
+/// Returns the text of an address, which is in network byte order.
 std::string addressText(int family, const void* address) {
   std::array<char, 1024> buffer;
   return inet_ntop(family, address, buffer.data(), buffer.size());
@@ -43,17 +55,9 @@ bool IPv4::set(unsigned int value) {
 }
 
 bool IPv4::validFormat(const std::string& text) const {
-  if (text.size() < kShortestText || text.size() > kLongestText) return false;
-  std::size_t points = 0;
-  std::size_t digits = 0;  // of the last part
-  for (const char c : text) {
-    if (c != '.' && !isLowDigit(c)) return false;
-    if (c == '.' ? digits == 0 : digits == 3) return std::regex_match(text, ipv4);
-    points += c == '.' ? 1 : 0;
-    digits = c == '.' ? 0 : digits + 1;
-  }
-  if (points != 3) return false;
-  return digits > 0 || std::regex_match(text, ipv4);
+  const bool isValid = scanIpv4(text);
+  internal::verify(internal::definitions::ipv4, text, isValid);
+  return isValid;
 }
 
 void IPv4::textToBlocks(const std::string& text) {

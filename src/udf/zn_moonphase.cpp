@@ -8,10 +8,10 @@ namespace {
 
 constexpr double kRadiansPerDegree = 0.017453292519943295;
 
-double sine(double degrees) { return std::sin(degrees * kRadiansPerDegree); }
+double sinDegrees(double degrees) { return std::sin(degrees * kRadiansPerDegree); }
 
-/// `degrees` less its whole turns, counted toward zero in 32 bits; more turns than that are taken
-/// off by fmod.
+/// Returns `degrees` without its whole turns, which are truncated toward zero to 32 bits. fmod
+/// removes larger numbers of turns.
 double withoutTurns(double degrees) {
   constexpr double mostTurns = 2147483647.0;
   const double turns = degrees / 360.0;
@@ -19,13 +19,13 @@ double withoutTurns(double degrees) {
   return degrees - static_cast<std::int32_t>(turns) * 360.0;
 }
 
-double fixed(double degrees) { return degrees < 0.0 ? degrees + 360.0 : degrees; }
+double nonNegative(double degrees) { return degrees < 0.0 ? degrees + 360.0 : degrees; }
 
-/// Longitude at epoch less longitude of perigee.
+/// The longitude at the epoch minus the longitude of the perigee.
 constexpr double kSunAnomalyAtEpoch = -3.762863;
 
-/// Solves Kepler's equation for the sun's orbit; radians. The steps converge within a few rounds
-/// for any anomaly of a turn or so, and a NaN ends them at once.
+/// Solves Kepler's equation for the sun's orbit, in radians. The iteration converges within a few
+/// steps for an anomaly of about a turn, and a NaN ends it at once.
 double eccentricAnomaly(double meanAnomaly) {
   constexpr double eccentricity = 0.016718;
   double e = meanAnomaly;
@@ -37,21 +37,21 @@ double eccentricAnomaly(double meanAnomaly) {
   return e;
 }
 
-/// The moon's longitude for a day on which the sun's is `sun`.
-double moonPositionBesides(double sun, double days) {
-  // The daily motion differs from that of sunPosition in the 13th digit: both belong to the model.
-  const double sunAnomaly = fixed(0.985647332099 * days + kSunAnomalyAtEpoch);
-  const double meanLongitude = fixed(withoutTurns(13.176396 * days + 64.975464));
+/// Returns the moon's longitude for a day on which the sun's longitude is `sun`.
+double moonLongitude(double sun, double days) {
+  // The daily motion differs from that in sunPosition in the 13th digit. Both belong to the model.
+  const double sunAnomaly = nonNegative(0.985647332099 * days + kSunAnomalyAtEpoch);
+  const double meanLongitude = nonNegative(withoutTurns(13.176396 * days + 64.975464));
   const double meanAnomaly = withoutTurns(meanLongitude - 0.1114041 * days + (-349.383063));
-  const double evection = 1.2739 * sine(2 * (meanLongitude - sun) - meanAnomaly);
-  const double annualEquation = 0.1858 * sine(sunAnomaly);
-  const double thirdCorrection = 0.37 * sine(sunAnomaly);
+  const double evection = 1.2739 * sinDegrees(2 * (meanLongitude - sun) - meanAnomaly);
+  const double annualEquation = 0.1858 * sinDegrees(sunAnomaly);
+  const double thirdCorrection = 0.37 * sinDegrees(sunAnomaly);
   const double anomaly = meanAnomaly + evection - annualEquation - thirdCorrection;
-  const double equationOfCentre = 6.2886 * sine(anomaly);
-  const double fourthCorrection = 0.214 * sine(2 * anomaly);
+  const double equationOfCentre = 6.2886 * sinDegrees(anomaly);
+  const double fourthCorrection = 0.214 * sinDegrees(2 * anomaly);
   const double longitude =
       meanLongitude + evection + equationOfCentre - annualEquation + fourthCorrection;
-  const double variation = 0.6583 * sine(2 * (longitude - sun));
+  const double variation = 0.6583 * sinDegrees(2 * (longitude - sun));
   return longitude + variation;
 }
 
@@ -62,19 +62,19 @@ double MoonPhase::sunPosition() {
   constexpr double perigee = 282.596403;
   constexpr double rootOfApsides = 1.01686011182;  // of (1 + eccentricity) / (1 - eccentricity)
   constexpr double twiceDegreesPerRadian = 114.59155902616465;
-  const double meanAnomaly = fixed(withoutTurns(days * degreesPerDay) + kSunAnomalyAtEpoch);
+  const double meanAnomaly = nonNegative(withoutTurns(days * degreesPerDay) + kSunAnomalyAtEpoch);
   const double e = eccentricAnomaly(meanAnomaly * kRadiansPerDegree);
   const double trueAnomaly = twiceDegreesPerRadian * std::atan(rootOfApsides * std::tan(e / 2));
   return withoutTurns(trueAnomaly + perigee);
 }
 
-double MoonPhase::moonPosition() { return moonPositionBesides(sunPosition(), days); }
+double MoonPhase::moonPosition() { return moonLongitude(sunPosition(), days); }
 
 void MoonPhase::compute() {
   const double sun = sunPosition();
-  const double elongation = moonPositionBesides(sun, days) - sun;
-  phaseAngle = fixed(elongation);
-  // The lowest three bits make the last half sector before 360 degrees a new moon again.
+  const double elongation = moonLongitude(sun, days) - sun;
+  phaseAngle = nonNegative(elongation);
+  // With the lowest three bits, the last half sector before 360 degrees is a new moon again.
   phase = std::isnan(phaseAngle) ? 0 : static_cast<int>((phaseAngle + 22.5) / 45.0) & 7;
   illuminated = (1 - std::cos(elongation * kRadiansPerDegree)) * 0.5;
 }

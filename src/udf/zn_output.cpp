@@ -8,12 +8,12 @@
 
 #if __has_include(<editline/readline.h>)
 #include <editline/readline.h>
-#else  // as FreeBSD's base system has it
+#else  // FreeBSD's base system
 #include <edit/readline/readline.h>
 #endif
 
+#include "internal/text.h"
 #include "tokenizer.h"
-#include "zn_ascii.h"
 
 namespace zn_lib {
 namespace {
@@ -22,19 +22,19 @@ bool verbose_;
 
 bool isShown(const std::string& text) { return verbose_ && !text.empty(); }
 
-/// Whether the bytes of `prompt` are characters of the C library's current locale.
+/// Returns true if the bytes of `prompt` are characters of the C library's current locale.
 bool isDecodable(const std::string& prompt) {
   return std::mbstowcs(nullptr, prompt.c_str(), 0) != static_cast<std::size_t>(-1);
 }
 
-/// Reads one line and gives its first character in upper case; NUL for an empty answer and for the
-/// end of input.
-char ask(std::string prompt) {
-  // libedit writes to the C library's standard output, which knows nothing of this buffer.
+/// Reads one line and returns its first character in upper case, or NUL for an empty answer and at
+/// the end of input.
+char promptForKey(std::string prompt) {
+  // libedit writes to the C library's standard output, which has a buffer of its own.
   std::cout.flush();
   // libedit crashes on a prompt that it cannot decode, such as UTF-8 in a program that never called
-  // setlocale. It does so wherever standard input leads now, once its first prompt was at a
-  // terminal.
+  // setlocale. Once its first prompt was at a terminal, it crashes wherever standard input comes
+  // from.
   if (!isDecodable(prompt)) {
     if (isatty(STDIN_FILENO) != 0) {
       std::fputs(prompt.c_str(), stdout);
@@ -44,7 +44,7 @@ char ask(std::string prompt) {
   }
   char* const line = readline(prompt.c_str());
   if (line == nullptr) return '\0';
-  const char first = toUpper(*line);
+  const char first = internal::toUpper(*line);
   std::free(line);
   return first;
 }
@@ -56,7 +56,7 @@ void setVerbose(bool on) { verbose_ = on; }
 bool isVerbose() { return verbose_; }
 
 void display(const std::string& text) {
-  // What `<<` writes of a text, but it takes a copy, and what is displayed may be large.
+  // The inserter of strings would write the same, but it copies a text, which may be large.
   if (isShown(text)) std::cout << text.c_str();
 }
 
@@ -74,10 +74,10 @@ void processTitle(const std::string& text) {
   if (isShown(text)) std::cout << '[' << text << ']' << std::endl;
 }
 
-void pauseKey() { ask("Press <Enter> to continue "); }
+void pauseKey() { promptForKey("Press <Enter> to continue "); }
 
-bool more() { return ask("Press Q to quit, any other key to continue ") != 'Q'; }
+bool more() { return promptForKey("Press Q to quit, any other key to continue ") != 'Q'; }
 
-bool yesOrNo(const std::string& prompt) { return ask(prompt) == 'Y'; }
+bool yesOrNo(const std::string& prompt) { return promptForKey(prompt) == 'Y'; }
 
 }  // namespace zn_lib

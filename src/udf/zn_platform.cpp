@@ -4,18 +4,18 @@
 
 #include <iostream>
 
-#include "zn_machine.h"
+#include "internal/machine.h"
 
 namespace zn_lib {
 namespace {
 
-bool ask(utsname& system) { return uname(&system) >= 0; }
+bool readNames(utsname& system) { return uname(&system) >= 0; }
 
 }  // namespace
 
 bool platformInfo() {
   utsname system;
-  if (!ask(system)) return false;
+  if (!readNames(system)) return false;
   std::cout << "Platform information" << std::endl;
   std::cout << "------------------------------" << std::endl;
   std::cout << "Name of OS          : " << system.sysname << std::endl;
@@ -27,12 +27,12 @@ bool platformInfo() {
 
 std::string getOSName() {
   utsname system;
-  return ask(system) ? system.sysname : "unknown";
+  return readNames(system) ? system.sysname : "unknown";
 }
 
 std::string getOSRelease() {
   utsname system;
-  return ask(system) ? system.release : "unknown";
+  return readNames(system) ? system.release : "unknown";
 }
 
 bool IsBigEndian() { return false; }

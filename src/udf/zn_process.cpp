@@ -17,7 +17,8 @@ int childProcess(std::string program, const std::string& argument, bool wait) {
   }
   if (child == 0) {
     execl(program.c_str(), program.c_str(), argument.c_str(), nullptr);
-    // The child holds a copy of the host's buffers and exit handlers, which are not its to run.
+    // The child must not run its copies of the host's exit handlers, nor write those of its
+    // buffers.
     _exit(0);
   }
   if (wait) {

@@ -11,7 +11,7 @@ ReadFile::~ReadFile() {
   try {
     fileClose();
   } catch (...) {
-    // The host asked the stream for exceptions, and a destructor has no way to tell.
+    // The stream throws if the host asked for exceptions. A destructor cannot report the failure.
   }
 }
 

@@ -23,7 +23,7 @@ namespace {
 constexpr const char* kRoot = "CONFIGURATION";
 constexpr const char* kStampKey = "UPDATE";
 
-/// Turns the process-wide use-time setting on, for the time of a scope.
+/// Turns the process-wide use-time setting on for the duration of a scope.
 class ScopedUseTime {
  public:
   ScopedUseTime() : before_(isUseTime()) { setUseTime(true); }
@@ -35,7 +35,7 @@ class ScopedUseTime {
   const bool before_;
 };
 
-/// The time of a store's first save.
+/// Returns the setting that holds the time of a store's first save.
 ConfigElement stampOfNow() {
   const ScopedUseTime time;
   ConfigElement stamp;
@@ -45,7 +45,7 @@ ConfigElement stampOfNow() {
   return stamp;
 }
 
-/// Stamps settings that have no stamp yet, and takes it back at the end of the scope unless it is
+/// Adds a stamp to settings that have none, and removes it at the end of the scope unless it is
 /// kept.
 class Stamp {
  public:
@@ -66,7 +66,7 @@ class Stamp {
   config_map::iterator added_;
 };
 
-/// The store's file as text. Each part ends at its first NUL.
+/// Returns the text of the store's file. Each part ends at its first NUL.
 std::string toXml(const Configuration& store) {
   std::string xml;
   xml.append("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<");
@@ -82,9 +82,9 @@ std::string toXml(const Configuration& store) {
   return xml;
 }
 
-/// The entry of `key` in `data`, made when there is none. It is mostly the last one: the entry
-/// whose text is being read, or the next one of a saved file. `map_key` copies the keys that it
-/// compares.
+/// Returns the entry of `key` in `data`, which is created if there is none. The last entry is tried
+/// first, since `map_key` copies the keys that it compares: it is the entry whose text is being
+/// read. The next key of a saved file belongs behind it.
 ConfigElement& entryOf(const std::string& key, config_map& data) {
   if (!data.empty()) {
     const auto last = std::prev(data.end());
@@ -104,7 +104,7 @@ void ConfigEvent::OnStartElement(const XML_Char* name, const XML_Char** attribut
   lastElement.clear();
   if (element.empty() || element == kRoot || attributes[0] == nullptr) return;
   ConfigElement& entry = entryOf(element, data);
-  // Names and values alternate; the names do not matter.
+  // Names and values alternate. The names do not matter.
   entry.type = attributes[1];
   if (attributes[2] != nullptr) entry.describe = attributes[3];
 }
@@ -124,7 +124,7 @@ void ConfigEvent::OnCharacterData(const XML_Char* text, int length) {
 }
 
 void ConfigEvent::exportData(config_map& target) {
-  // Both are in the same order: an entry's place is mostly right behind the one before.
+  // Both maps have the same order: the place of most entries is right behind the previous one.
   auto place = target.begin();
   for (const auto& [key, entry] : data) {
     place = std::next(target.insert_or_assign(place, key, entry));
@@ -141,7 +141,7 @@ Configuration::~Configuration() {
   try {
     save();
   } catch (...) {
-    // Memory ran out, and a destructor has no way to tell.
+    // Memory ran out. A destructor cannot report the failure.
   }
 }
 
@@ -169,7 +169,7 @@ void Configuration::set(const std::string& key, ConfigElement element) {
 
 void Configuration::set(const std::string& key, const std::string& value) {
   ConfigElement element;
-  // The key is looked up as given, and stored trimmed.
+  // The key is looked up as it is, and stored trimmed.
   if (elements.find(key) == elements.end()) {
     element.describe = key;
   } else {
@@ -202,7 +202,7 @@ std::string Configuration::getConfigurationFile() {
 }
 
 bool Configuration::save() {
-  // The system ends a name at its first NUL; the names made from it must too.
+  // The system ends a name at its first NUL. The names derived from it must end there too.
   const std::string file = getConfigurationFile().c_str();
   if (file.empty()) return false;
 

@@ -5,46 +5,76 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
-#include <regex>
 #include <stdexcept>
 #include <string_view>
 
-#include "zn_ascii.h"
-#include "zn_decimal.h"
-#include "zn_find.h"
-#include "zn_pattern.h"
+#include "internal/definitions.h"
+#include "internal/numbers.h"
+#include "internal/text.h"
 
 namespace zn_lib {
 namespace {
 
-const Pattern isBool =
-    compilePattern("(yes|true|on|y|\\.t\\.|t|1)", std::regex::ECMAScript | std::regex::icase);
-const Pattern validNumber = compilePattern("-?((\\d),?)*(\\.\\d+)?([eE][-+]\\d+)?");
-const Pattern quote = compilePattern("[`'\"]");
-
-/// One flag a byte value: whether the byte, alone, matches.
-using ByteTable = std::array<bool, 256>;
-
-ByteTable bytesThatMatch(const Pattern& pattern) {
-  ByteTable table{};
-  for (std::size_t byte = 0; byte < table.size(); ++byte) {
-    const char c = static_cast<char>(byte);
-    table[byte] = std::regex_match(&c, &c + 1, pattern);
-  }
-  return table;
+/// Mirrors `isBool`: one of seven words in any mix of case.
+bool scanIsBool(const std::string& text) {
+  constexpr std::array<std::string_view, 7> words = {"yes", "true", "on", "y", ".t.", "t", "1"};
+  constexpr std::size_t longest = 4;
+  if (text.size() > longest) return false;
+  return std::find(words.begin(), words.end(), stringToLower(text)) != words.end();
 }
 
-/// What a stream would print of `text`: the library's inserter stops at the first NUL.
+std::string_view withoutSign(std::string_view text) {
+  if (!text.empty() && text.front() == '-') text.remove_prefix(1);
+  return text;
+}
+
+std::string_view withoutDigits(std::string_view text) {
+  const auto end = std::find_if_not(text.begin(), text.end(), internal::isDigit);
+  text.remove_prefix(static_cast<std::size_t>(end - text.begin()));
+  return text;
+}
+
+/// Drops digits, each of which a comma may follow.
+std::string_view withoutInteger(std::string_view text) {
+  while (!text.empty() && internal::isDigit(text.front())) {
+    text.remove_prefix(text.size() > 1 && text[1] == ',' ? 2 : 1);
+  }
+  return text;
+}
+
+/// Drops a point and the digits that follow it, unless there are none.
+std::string_view withoutFraction(std::string_view text) {
+  const bool isFraction = text.size() > 1 && text[0] == '.' && internal::isDigit(text[1]);
+  return isFraction ? withoutDigits(text.substr(1)) : text;
+}
+
+/// An exponent has a sign and at least one digit.
+bool isExponent(std::string_view text) {
+  return text.size() > 2 && internal::toLower(text[0]) == 'e' &&
+         (text[1] == '-' || text[1] == '+') && withoutDigits(text.substr(2)).empty();
+}
+
+/// Mirrors `validNumber`: a sign, digits, a fraction and an exponent, all of which may be missing.
+bool scanValidNumber(std::string_view text) {
+  const std::string_view rest = withoutFraction(withoutInteger(withoutSign(text)));
+  return rest.empty() || isExponent(rest);
+}
+
+/// Mirrors `quote`: a single character.
+constexpr bool scanQuote(char c) { return c == '`' || c == '\'' || c == '"'; }
+
+/// Returns what a stream prints of `text`: the library's inserter stops at the first NUL.
 std::string upToNul(const std::string& text) { return text.c_str(); }
 
-/// Whether `character` is a value that a byte, read as a signed char, can have.
+/// Returns true if `character` is a value that a byte, read as a signed char, can have.
 bool isSignedChar(int character) {
   return character >= std::numeric_limits<signed char>::min() &&
          character <= std::numeric_limits<signed char>::max();
 }
 
-/// The text without the bytes for which `drop` is true. One pass without branches: its time does
-/// not depend on how many bytes go, or where. Most are taken eight at a time: a fifth faster.
+/// Returns the text without the bytes for which `drop` is true. The pass has no branches, so that
+/// its time does not depend on how many bytes are dropped, or where. Eight at a time take a fifth
+/// less.
 template <class Drop>
 std::string withoutBytes(const std::string& text, Drop drop) {
   std::string kept(text.size(), '\0');
@@ -64,35 +94,32 @@ std::string withoutBytes(const std::string& text, Drop drop) {
   return kept;
 }
 
-const char* skipDigits(const char* at, const char* end) {
-  return std::find_if_not(at, end, isDigit);
-}
-
 }  // namespace
 
 std::string leftTrim(const std::string& text) {
-  return {std::find_if_not(text.begin(), text.end(), isBlank), text.end()};
+  return {std::find_if_not(text.begin(), text.end(), internal::isSpace), text.end()};
 }
 
 std::string rightTrim(const std::string& text) {
-  return {text.begin(), std::find_if_not(text.rbegin(), text.rend(), isBlank).base()};
+  return {text.begin(), std::find_if_not(text.rbegin(), text.rend(), internal::isSpace).base()};
 }
 
 std::string allTrim(const std::string& text) {
-  const auto first = std::find_if_not(text.begin(), text.end(), isBlank);
-  const auto last = std::find_if_not(text.rbegin(), std::make_reverse_iterator(first), isBlank);
+  const auto first = std::find_if_not(text.begin(), text.end(), internal::isSpace);
+  const auto last =
+      std::find_if_not(text.rbegin(), std::make_reverse_iterator(first), internal::isSpace);
   return {first, last.base()};
 }
 
 std::string stringToUpper(const std::string& text) {
   std::string upper = text;
-  std::transform(upper.begin(), upper.end(), upper.begin(), toUpper);
+  std::transform(upper.begin(), upper.end(), upper.begin(), internal::toUpper);
   return upper;
 }
 
 std::string stringToLower(const std::string& text) {
   std::string lower = text;
-  std::transform(lower.begin(), lower.end(), lower.begin(), toLower);
+  std::transform(lower.begin(), lower.end(), lower.begin(), internal::toLower);
   return lower;
 }
 
@@ -111,20 +138,13 @@ std::string leftPad(const std::string& text, int width, char fill) {
 }
 
 bool stringToBool(const std::string& text) {
-  constexpr std::size_t longest = 4;
-  if (text.size() > longest) return false;
-  const std::string lowered = stringToLower(text);
-  const std::string_view word = lowered;
-  if (word == "yes" || word == "true" || word == "on" || word == "y" || word == "t" ||
-      word == "1") {
-    return true;
-  }
-  // Of the other texts only those that begin with a point can match.
-  return !word.empty() && word.front() == '.' && std::regex_match(text, isBool);
+  const bool isBool = scanIsBool(text);
+  internal::verify(internal::definitions::isBool, text, isBool);
+  return isBool;
 }
 
 double stringToDouble(const std::string& text) {
-  // The words "nan" and "NAN" need no case of their own: std::stod reads them as NaN.
+  // The words "nan" and "NAN" need no special case: std::stod reads them as NaN.
   try {
     return std::stod(text);
   } catch (...) {
@@ -133,35 +153,21 @@ double stringToDouble(const std::string& text) {
 }
 
 bool isNumber(const std::string& text) {
-  const char* at = text.data();
-  const char* const end = at + text.size();
-  if (at != end && *at == '-') ++at;
-  while (at != end && isDigit(*at)) {
-    ++at;
-    if (at != end && *at == ',') ++at;
-  }
-  if (end - at >= 2 && at[0] == '.' && isDigit(at[1])) at = skipDigits(at + 2, end);
-  if (at == end) return true;
-  if (toLower(*at) != 'e') return false;
-  // Every piece before the exponent may be missing, so the whole text matches exactly when what is
-  // left does. Three bytes show whether that is an exponent; fewer are left to the pattern.
-  constexpr std::ptrdiff_t signedDigit = 3;
-  if (end - at >= signedDigit && (at[1] == '-' || at[1] == '+') && isDigit(at[2])) {
-    return skipDigits(at + signedDigit, end) == end;
-  }
-  return end - at < signedDigit && std::regex_match(at, end, validNumber);
+  const bool isValid = scanValidNumber(text);
+  internal::verify(internal::definitions::validNumber, text, isValid);
+  return isValid;
 }
 
 std::string percentString(double part, double whole, int decimals) {
-  // No double has more than 1074 digits behind the point: the rest are zeros. 309 digits is the
-  // longest integer part.
+  // No double has more than 1074 digits behind the point: the rest are zeros. The longest integer
+  // part has 309 digits.
   constexpr int mostDecimals = 1074;
   constexpr int streamDefault = 6;
   const double percent = part / whole * 100.0;
   const int wanted = decimals < 0 ? streamDefault : decimals;
   const int exact = std::min(wanted, mostDecimals);
   std::array<char, 309 + mostDecimals + 2> digits;
-  std::string text(decimalText(percent, std::chars_format::fixed, exact, digits));
+  std::string text(internal::decimalText(percent, std::chars_format::fixed, exact, digits));
   if (std::isfinite(percent)) text.append(static_cast<std::size_t>(wanted - exact), '0');
   text += '%';
   return text;
@@ -195,15 +201,17 @@ std::string removeChar(const std::string& text, int character) {
 }
 
 std::string removeQuotes(const std::string& text) {
-  static const ByteTable isQuote = bytesThatMatch(quote);
-  return withoutBytes(text, [](char c) { return isQuote[static_cast<unsigned char>(c)]; });
+  if (text.size() <= internal::kLongestVerified) {
+    for (const char c : text) internal::verify(internal::definitions::quote, {&c, 1}, scanQuote(c));
+  }
+  return withoutBytes(text, scanQuote);
 }
 
 std::string inQuotes(const std::string& text, char mark) { return mark + upToNul(text) + mark; }
 
 std::string replaceString(const std::string& text, const std::string& search,
                           const std::string& replacement) {
-  const std::size_t position = findText(text, search);
+  const std::size_t position = internal::findText(text, search);
   if (position >= text.size()) return text;
   std::string replaced(text.size() - search.size() + replacement.size(), '\0');
   const auto hit = text.begin() + static_cast<std::ptrdiff_t>(position);
@@ -215,7 +223,7 @@ std::string replaceString(const std::string& text, const std::string& search,
 
 bool findStrings(const std::string& text, std::vector<std::string> list) {
   return std::any_of(list.begin(), list.end(), [&text](const std::string& part) {
-    return findText(text, part) < text.size();
+    return internal::findText(text, part) < text.size();
   });
 }
 

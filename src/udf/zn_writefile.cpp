@@ -1,6 +1,6 @@
 #include "zn_writefile.h"
 
-#include "zn_exists.h"
+#include "internal/files.h"
 #include "zn_output.h"
 
 namespace zn_lib {
@@ -11,7 +11,7 @@ WriteFile::~WriteFile() {
   try {
     fileClose();
   } catch (...) {
-    // The host asked the stream for exceptions, and a destructor has no way to tell.
+    // The stream throws if the host asked for exceptions. A destructor cannot report the failure.
   }
 }
 
@@ -19,7 +19,7 @@ bool WriteFile::fileOpen() {
   const std::string name = getFileName();
   if (append) {
     overwrite = true;
-  } else if (!overwrite && exists(name)) {
+  } else if (!overwrite && internal::exists(name)) {
     errorMessage("File name exists");
   }
   file.open(name, append ? std::ios_base::app : std::ios_base::trunc);

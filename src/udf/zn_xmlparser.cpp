@@ -4,21 +4,21 @@
 #include <climits>
 #include <cstring>
 
-#include "zn_expat.h"
+#include "internal/expat.h"
 
 namespace {
 
-// Expat copies its input to a buffer whose size it doubles within an int: a call with more than
-// this always fails for memory.
+// Expat copies its input to a buffer and doubles the size of this buffer, which is an int. A call
+// with more bytes than this always runs out of memory.
 constexpr std::size_t kLongestCallBytes = 1024 * 1024 * 1024;
 
-// Small beside that buffer, which also holds the tokens that the pieces before have left open.
+// A piece is small compared to that buffer, which also holds unfinished tokens of earlier pieces.
 constexpr int kPieceBytes = 64 * 1024 * 1024;
 
 XMLEvtHandler noHandler;
 
-/// The handler that a trampoline's first argument points to. A callback from within `OnPostCreate`
-/// and the unknown-encoding callback come with null; these do what the base class does.
+/// Returns the handler to which a trampoline's first argument points. A callback from within
+/// `OnPostCreate` and the unknown-encoding callback pass null, for which the base class answers.
 XMLEvtHandler* handlerFrom(void* handler) {
   return handler == nullptr ? &noHandler : static_cast<XMLEvtHandler*>(handler);
 }
@@ -26,33 +26,19 @@ XMLEvtHandler* handlerFrom(void* handler) {
 }  // namespace
 
 void XMLEvtHandler::OnPostCreate() {}
-
 void XMLEvtHandler::OnStartElement(const XML_Char*, const XML_Char**) {}
-
 void XMLEvtHandler::OnEndElement(const XML_Char*) {}
-
 void XMLEvtHandler::OnCharacterData(const XML_Char*, int) {}
-
 void XMLEvtHandler::OnProcessingInstruction(const XML_Char*, const XML_Char*) {}
-
 void XMLEvtHandler::OnComment(const XML_Char*) {}
-
 void XMLEvtHandler::OnStartCdataSection() {}
-
 void XMLEvtHandler::OnEndCdataSection() {}
-
 void XMLEvtHandler::OnDefault(const XML_Char*, int) {}
-
 bool XMLEvtHandler::OnUnknownEncoding(const XML_Char*, XML_Encoding*) { return false; }
-
 void XMLEvtHandler::OnStartNamespaceDecl(const XML_Char*, const XML_Char*) {}
-
 void XMLEvtHandler::OnEndNamespaceDecl(const XML_Char*) {}
-
 void XMLEvtHandler::OnXmlDecl(const XML_Char*, const XML_Char*, bool) {}
-
 void XMLEvtHandler::OnStartDoctypeDecl(const XML_Char*, const XML_Char*, const XML_Char*, bool) {}
-
 void XMLEvtHandler::OnEndDoctypeDecl() {}
 
 XMLParser::XMLParser(XMLEvtHandler* handler) : m_parser(nullptr), m_handler(handler) {}
@@ -208,27 +194,27 @@ const XML_LChar* XMLParser::GetErrorString() const { return XML_ErrorString(GetE
 
 XML_Index XMLParser::GetCurrentByteIndex() const {
   assert(m_parser != NULL);
-  return zn_lib::expatByteIndex(m_parser);
+  return zn_lib::internal::expatByteIndex(m_parser);
 }
 
 XML_Size XMLParser::GetCurrentLineNumber() const {
   assert(m_parser != NULL);
-  return zn_lib::expatLineNumber(m_parser);
+  return zn_lib::internal::expatLineNumber(m_parser);
 }
 
 XML_Size XMLParser::GetCurrentColumnNumber() const {
   assert(m_parser != NULL);
-  return zn_lib::expatColumnNumber(m_parser);
+  return zn_lib::internal::expatColumnNumber(m_parser);
 }
 
 int XMLParser::GetCurrentByteCount() const {
   assert(m_parser != NULL);
-  return zn_lib::expatByteCount(m_parser);
+  return zn_lib::internal::expatByteCount(m_parser);
 }
 
 const char* XMLParser::GetInputContext(int* offset, int* size) const {
   assert(m_parser != NULL);
-  return zn_lib::expatInputContext(m_parser, offset, size);
+  return zn_lib::internal::expatInputContext(m_parser, offset, size);
 }
 
 const XML_LChar* XMLParser::GetExpatVersion() { return XML_ExpatVersion(); }

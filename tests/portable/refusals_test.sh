@@ -10,7 +10,7 @@ source=$1
 compile() { # compile TARGET [FLAG...]
   target=$1
   shift
-  clang++ "--target=$target" "$@" -std=c++17 -fsyntax-only -x c++ "$source/src/udf/zn_machine.h" >"$work/log" 2>&1
+  clang++ "--target=$target" "$@" -std=c++17 -fsyntax-only -x c++ "$source/src/udf/internal/machine.h" >"$work/log" 2>&1
 }
 
 refuses() { # refuses MESSAGE TARGET [FLAG...]

@@ -25,6 +25,8 @@
 
 namespace {
 
+namespace definitions = zn_lib::internal::definitions;
+
 using namespace std::string_literals;
 using Clock = std::chrono::steady_clock;
 
@@ -92,15 +94,14 @@ bool matches(const std::string& text, const reference::Engine& pattern) {
 // ---- Values
 
 TEST(EveryText, StringToBool) {
-  const reference::Engine isBool =
-      reference::engine("(yes|true|on|y|\\.t\\.|t|1)", std::regex::ECMAScript | std::regex::icase);
+  const reference::Engine isBool = reference::engine(definitions::isBool);
   forEveryTextInTime("isBool", "yesturon.1YESTURON \n\0\xFF"s, [&](const std::string& text) {
     ASSERT_EQ(zn_lib::stringToBool(text), matches(text, isBool)) << text;
   });
 }
 
 TEST(EveryText, IsNumber) {
-  const reference::Engine validNumber = reference::engine("-?((\\d),?)*(\\.\\d+)?([eE][-+]\\d+)?");
+  const reference::Engine validNumber = reference::engine(definitions::validNumber);
   const auto agrees = [&](const std::string& text) {
     ASSERT_EQ(zn_lib::isNumber(text), matches(text, validNumber)) << text;
   };
@@ -109,15 +110,14 @@ TEST(EveryText, IsNumber) {
 }
 
 TEST(EveryText, RemoveQuotes) {
-  const reference::Engine quote = reference::engine("[`'\"]");
+  const reference::Engine quote = reference::engine(definitions::quote);
   forEveryTextInTime("quote", "`'\"a \\\n\0\xB4"s, [&](const std::string& text) {
     ASSERT_EQ(zn_lib::removeQuotes(text), std::regex_replace(text, quote, "")) << text;
   });
 }
 
 TEST(EveryText, ValidFormat) {
-  const reference::Engine ipv4 =
-      reference::engine("([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})\\.([0-5]{1,3})");
+  const reference::Engine ipv4 = reference::engine(definitions::ipv4);
   const zn_lib::IPv4 address;
   const auto agrees = [&](const std::string& text) {
     ASSERT_EQ(address.validFormat(text), matches(text, ipv4)) << text;
@@ -149,8 +149,7 @@ std::vector<int> fieldsByPattern(const std::string& text, const reference::Engin
 }
 
 TEST(EveryText, ParseISOdate) {
-  const reference::Engine isoDateTime =
-      reference::engine("^(\\d{4})-?(\\d{2})?-?(\\d{2})?[\\sT]?(\\d{2})?:?(\\d{2})?:?(\\d{2})?");
+  const reference::Engine isoDateTime = reference::engine(definitions::isoDateTime);
   const auto agrees = [&](const std::string& text) {
     zn_lib::date_time_record record = {};
     zn_lib::parseISOdate(text, record);
@@ -165,8 +164,8 @@ TEST(EveryText, ParseISOdate) {
 // ---- File names
 
 TEST(EveryText, SplitFileName) {
-  const reference::Engine lastExt = reference::engine("(.+)[\\.](.+)$");
-  const reference::Engine fileSplit = reference::engine("(.+[\\/])?(.+)");
+  const reference::Engine lastExt = reference::engine(definitions::lastExt);
+  const reference::Engine fileSplit = reference::engine(definitions::fileSplit);
   const auto agrees = [&](const std::string& text) {
     const std::string slashed = reference::withSlashes(text);
     std::smatch extension;
@@ -193,7 +192,7 @@ class EveryName : public InTemporaryDirectory {};
 // In an empty directory the name alone gives the base: listing finds "." and ".." at most, which
 // these bases do not select.
 TEST_F(EveryName, SequentialFile) {
-  const reference::Engine fileseq = reference::engine("(.+)[-](\\d+)?");
+  const reference::Engine fileseq = reference::engine(definitions::fileseq);
   const auto agrees = [&](const std::string& text) {
     const std::string base = "a" + text;
     std::smatch match;

@@ -6,17 +6,19 @@
 #include <string>
 #include <vector>
 
-// libstdc++'s engine is the reference. With libc++, whose engine takes some patterns in another
-// way, the reference is that engine as the library uses it: what is compared then is what the
-// library does without an engine.
+#include "../../src/udf/internal/definitions.h"
+
+// libstdc++'s engine is the reference. libc++'s engine takes some patterns in another way; there,
+// the reference is the engine as the library uses it, and the tests compare what the library does
+// without an engine.
 #ifdef _LIBCPP_VERSION
-#include "../../src/udf/zn_pattern.h"
+#include "../../src/udf/internal/patterns.h"
 #endif
 
 namespace reference {
 
 #ifdef _LIBCPP_VERSION
-using Engine = zn_lib::Pattern;
+using Engine = zn_lib::internal::Pattern;
 #else
 using Engine = std::regex;
 #endif
@@ -24,15 +26,19 @@ using Engine = std::regex;
 inline Engine engine(const std::string& pattern,
                      std::regex::flag_type flags = std::regex::ECMAScript) {
 #ifdef _LIBCPP_VERSION
-  return zn_lib::compilePattern(pattern, flags);
+  return zn_lib::internal::compilePattern(pattern, flags);
 #else
   return Engine(pattern, flags);
 #endif
 }
 
+inline Engine engine(const zn_lib::internal::Definition& form) {
+  return engine(form.expression, form.grammar);
+}
+
 inline bool contains(const std::string& text, const Engine& pattern) {
 #ifdef _LIBCPP_VERSION
-  return zn_lib::containsMatch(text, pattern);
+  return zn_lib::internal::containsMatch(text, pattern);
 #else
   return std::regex_search(text, pattern);
 #endif

@@ -11,16 +11,15 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
-#include <memory>
 #include <optional>
 #include <string_view>
 
-#include "../zn_exists.h"
+#include "files.h"
 
 namespace zn_lib::internal {
 namespace {
 
-/// Ends the name of a file that a save writes beside another one.
+/// The end of a staged file's name.
 constexpr std::string_view kStagedMark = ".zn_udf";
 
 /// The mode of a new file, before the umask.
@@ -54,7 +53,7 @@ class Descriptor {
 
 using Status = std::optional<struct stat>;
 
-/// The status of what `name` names, of a link itself; nothing where it cannot be had.
+/// Returns the status of the file `name`, without following a link, or nothing if there is none.
 Status statusOf(const std::string& name) {
   struct stat status;
   return lstat(name.c_str(), &status) == 0 ? Status(status) : std::nullopt;
@@ -81,24 +80,24 @@ bool writeAll(const Descriptor& file, const std::string& text) {
   return true;
 }
 
-/// Whether `error` is the answer of a file system that has no such operation.
+/// Returns true if `error` means that the file system lacks an operation.
 bool isUnsupported(int error) {
   return error == EINVAL || error == ENOSYS || error == ENOTSUP || error == EOPNOTSUPP;
 }
 
-/// Whether `error` means that no file can be created or renamed here, however well the disk works.
+/// Returns true if `error` means that no file can be created or renamed here, even on a sound disk.
 bool isNameFixed(int error) {
   constexpr std::array refusals = {EACCES, EBUSY, ENAMETOOLONG, EPERM, EROFS, EXDEV};
   return isUnsupported(error) ||
          std::find(refusals.begin(), refusals.end(), error) != refusals.end();
 }
 
-/// Waits until the data of `file` are on the disk. Returns false when they did not get there.
+/// Waits until the data of `file` are on the disk. Returns false if they could not be written.
 bool sync(const Descriptor& file) {
   int result;
   do {
 #ifdef F_FULLFSYNC
-    // On macOS, fsync by itself leaves the data in the cache of the drive.
+    // On macOS, fsync alone leaves the data in the cache of the drive.
     result = fcntl(file.number(), F_FULLFSYNC);
     if (result != 0) result = fsync(file.number());
 #else
@@ -108,22 +107,21 @@ bool sync(const Descriptor& file) {
   return result == 0 || errno == EROFS || isUnsupported(errno);
 }
 
-/// The mode to create a file with that replaces `old`: no more than its owner's permissions, until
-/// the file has the group that the others are for.
+/// Returns the mode for creating a file that replaces `old`. It holds only the owner's permissions:
+/// the others wait until the file has its group.
 mode_t firstModeOf(const struct stat& old) { return old.st_mode & (S_IRUSR | S_IWUSR); }
 
-/// Sets the group, the permissions and the owner of `file` to those of `old`, as far as the process
-/// may.
+/// Gives `file` the group, the permissions and the owner of `old`, as far as the process may.
 void takeAfter(const struct stat& old, const Descriptor& file) {
   constexpr uid_t sameOwner = static_cast<uid_t>(-1);
   constexpr gid_t sameGroup = static_cast<gid_t>(-1);
   [[maybe_unused]] const bool hasGroup = fchown(file.number(), sameOwner, old.st_gid) == 0;
   fchmod(file.number(), old.st_mode & 07777);
-  // The owner comes last: the permissions of another's file may not be the process's to change.
+  // The owner comes last, since only the owner of a file may change its permissions.
   [[maybe_unused]] const bool hasOwner = fchown(file.number(), old.st_uid, sameGroup) == 0;
 }
 
-/// Whether files can be added to `directory` but not removed.
+/// Returns true if files can be added to `directory` but not removed.
 bool isAppendOnly(const std::string& directory) {
 #if defined(STATX_ATTR_APPEND)
   struct statx status;
@@ -138,35 +136,35 @@ bool isAppendOnly(const std::string& directory) {
 #endif
 }
 
-/// Whether another file can take the name of `file`, and can be removed if it does not, as far as
-/// that shows without trying. `old` is the file that is there, if any.
+/// Returns false if the status of the file and its directory shows that another file cannot be
+/// created beside `file`, take its name or be removed again. `old` is the present file, if any.
 bool isReplaceable(const std::string& file, const Status& old) {
   if (old && !S_ISREG(old->st_mode)) return false;
   const std::string directory = directoryOf(file);
   struct stat status;
   if (stat(directory.c_str(), &status) != 0 || isAppendOnly(directory)) return false;
-  // Root may do more, but not in every container.
+  // Root is not bound by the sticky bit, but in some containers it is.
   const bool isSticky = (status.st_mode & S_ISVTX) != 0;
   const uid_t user = geteuid();
   return !isSticky || !old || user == old->st_uid || user == status.st_uid;
 }
 
-/// Whether the process may write to `file`.
+/// Returns true if the process may write to `file`.
 bool isWritable(const std::string& file) {
   return faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) == 0;
 }
 
-/// Removes what a killed save has left: the staged file `name` and the second name of the old file.
-/// Leaves those of a running save, which holds a lock.
+/// Removes what a killed save left behind: the staged file `name` and the second name of the old
+/// file. Those of a running save, which holds a lock, stay.
 void removeLeftover(const std::string& name) {
   const Status status = statusOf(name);
   if (!status || !S_ISREG(status->st_mode)) return;
   constexpr int flags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-  // Some network file systems lock only what is open for writing.
+  // Some network file systems lock only files that are open for writing.
   Descriptor leftover(open(name.c_str(), O_WRONLY | flags));
   if (!leftover.isOpen()) leftover.reset(open(name.c_str(), O_RDONLY | flags));
   if (!leftover.isOpen() || flock(leftover.number(), LOCK_EX | LOCK_NB) != 0) return;
-  // The save may have ended meanwhile, so that the file has the store's name.
+  // The save may have ended in the meantime, so that the file now has the store's name.
   if (!isSameFile(statusOf(leftover), statusOf(name))) return;
   unlink(backupOf(name).c_str());
   unlink(name.c_str());
@@ -175,7 +173,7 @@ void removeLeftover(const std::string& name) {
 void removeLeftovers(const std::string& file) {
   const std::string directory = directoryOf(file);
   const std::string start = file.substr(file.rfind('/') + 1) + ".";
-  const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(directory.c_str()), &closedir);
+  const Directory entries = openDirectory(directory);
   if (entries == nullptr) return;
   while (const dirent* const entry = readdir(entries.get())) {
     std::string_view name = entry->d_name;
@@ -189,11 +187,12 @@ void removeLeftovers(const std::string& file) {
   }
 }
 
-/// A file beside another one, whose name it is to take; removed with the object unless it did.
+/// A new file beside the one that it is to replace. It is removed with the object unless it was
+/// moved.
 class StagedFile {
  public:
-  /// Creates it empty, with the permissions of `old`, the file that it is to replace. If that
-  /// fails, errno holds the reason.
+  /// Creates an empty file with the permissions of `old`, the file that it is to replace. If that
+  /// fails, `errno` holds the reason.
   StagedFile(const std::string& file, const Status& old) {
     constexpr int tries = 100;
     for (int i = 0; i < tries && !isThere_; ++i) {
@@ -216,12 +215,12 @@ class StagedFile {
   bool isThere() const { return isThere_; }
   const std::string& name() const { return name_; }
 
-  /// Writes `text`. Returns true when all of it is on the disk.
+  /// Writes `text`. Returns true if all of it is on the disk.
   bool write(const std::string& text) const {
     return writeAll(descriptor_, text) && sync(descriptor_);
   }
 
-  /// Gives it the name `target`, in place of another file of that name.
+  /// Renames the file to `target`, which replaces another file of that name.
   bool moveTo(const std::string& target) {
     if (std::rename(name_.c_str(), target.c_str()) != 0) return false;
     isThere_ = false;
@@ -229,14 +228,14 @@ class StagedFile {
   }
 
  private:
-  /// A name that has never been used: another save may be about to remove the last one.
+  /// Returns a name that has never been used: another save may be about to remove an earlier one.
   static std::string unusedNameBeside(const std::string& file) {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     return (file + "." + std::to_string(now.count())).append(kStagedMark);
   }
 
-  /// Tells other saves that this one is running. Returns false when one of them took the file for a
-  /// leftover before.
+  /// Marks the file as that of a running save. Returns false if another save has already taken it
+  /// for a leftover.
   bool lock() const {
     const bool isLocked =
         flock(descriptor_.number(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
@@ -250,26 +249,25 @@ class StagedFile {
   bool isThere_ = false;
 };
 
-/// Renames `file` to `backup`, which replaces another file or an empty directory. If that fails,
-/// both stay.
+/// Renames `file` to `backup`, in place of another file or an empty directory. If that fails, both
+/// stay.
 bool moveToBackup(const std::string& file, const std::string& backup) {
   if (std::rename(file.c_str(), backup.c_str()) == 0) return true;
-  // Only a directory has to be removed first. The second try also gets past a passing error.
+  // Only a directory has to be removed first. The second try also overcomes a transient error.
   rmdir(backup.c_str());
   return std::rename(file.c_str(), backup.c_str()) == 0;
 }
 
-/// Makes the backup a second name of the file, through the unused name `free`, so that the file
-/// does not go missing. If the file cannot have a second name, moves it to its backup, and returns
-/// true.
-bool keepBackup(const std::string& file, const std::string& backup, const std::string& free) {
-  if (link(file.c_str(), free.c_str()) == 0) {
-    moveToBackup(free, backup);
-    // Still there when the backup could not be made, and when it was the same file already.
-    unlink(free.c_str());
+/// Makes `backup` a second name of the file, through the unused name `unused`, so that the file is
+/// never missing. If the file cannot have a second name, moves it to its backup and returns true.
+bool keepBackup(const std::string& file, const std::string& backup, const std::string& unused) {
+  if (link(file.c_str(), unused.c_str()) == 0) {
+    moveToBackup(unused, backup);
+    // The name remains if the backup could not be made, or if it was the same file already.
+    unlink(unused.c_str());
     return false;
   }
-  // If there is no file any more, another save has replaced it and kept a backup itself.
+  // If the file is gone, another save has replaced it and has kept a backup itself.
   return errno != ENOENT && moveToBackup(file, backup);
 }
 
@@ -279,7 +277,7 @@ std::optional<bool> saveStaged(const std::string& file, const std::string& text,
   const Status old = statusOf(file);
   if (!old && errno != ENOENT) return std::nullopt;
   if (!isReplaceable(file, old)) return std::nullopt;
-  // Without a backup, a file that may not be written is not to be replaced either.
+  // Without a backup, a file that may not be written must not be replaced either.
   if (old && !keepsBackup && !isWritable(file)) return std::nullopt;
 
   const auto failed = [](int error) {
@@ -288,12 +286,11 @@ std::optional<bool> saveStaged(const std::string& file, const std::string& text,
   removeLeftovers(file);
   StagedFile staged(file, old);
   if (!staged.isThere()) return failed(errno);
-  // A text that is not whole replaces nothing. Failures in writing are not reported to the caller.
+  // An incomplete text replaces nothing. The caller does not learn of failed writes.
   if (!staged.write(text)) return true;
 
   const std::string backup = backupOf(file);
-  const std::string free = backupOf(staged.name());
-  const bool isMoved = old && keepsBackup && keepBackup(file, backup, free);
+  const bool isMoved = old && keepsBackup && keepBackup(file, backup, backupOf(staged.name()));
   if (staged.moveTo(file)) return true;
   const int error = errno;
   if (isMoved) std::rename(backup.c_str(), file.c_str());
@@ -305,7 +302,7 @@ bool saveInPlace(const std::string& file, const std::string& text, bool keepsBac
   const bool hasOld = stat(file.c_str(), &old) == 0 && S_ISREG(old.st_mode);
   const std::string backup = backupOf(file);
   const bool isMoved = keepsBackup && exists(file) && moveToBackup(file, backup);
-  // If both names lead to one file, renaming has changed nothing, and writing would empty both.
+  // If both names lead to one file, the renaming changed nothing, and writing would empty both.
   if (keepsBackup && isSameFile(statusOf(file), statusOf(backup)) && unlink(file.c_str()) != 0) {
     return false;
   }

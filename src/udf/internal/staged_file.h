@@ -9,12 +9,12 @@ namespace zn_lib::internal {
 /// Makes `text` the content of `file`. With `keepsBackup`, the file that was there becomes its
 /// backup, whose name ends in "~".
 ///
-/// If another file can take its name, writes `text` beside the file, brings it to the disk, and
-/// renames it: the name leads to the old text or to the new one at every moment. Only a file that
-/// cannot have a second name is moved to its backup before the renaming. A text that cannot be
-/// written whole replaces nothing, and the result is true.
+/// If another file can take the file's name, the text is staged: it is written to a file beside, is
+/// brought to the disk, and takes the name by a renaming. At every moment, the name leads to the
+/// old text or to the new one; only a file that cannot have a second name is moved to its backup
+/// before. A text that cannot be written completely replaces nothing, and the result is true.
 ///
-/// Otherwise moves the file to its backup, if that succeeds, and writes it in place.
+/// Otherwise the file is moved to its backup, if possible, and is written in place.
 ///
 /// Returns false if the file can be neither replaced nor opened.
 bool saveText(const std::string& file, const std::string& text, bool keepsBackup);

@@ -1,7 +1,7 @@
-/// What the library asks of a machine. It includes nothing, so that a compiler without the
-/// machine's headers can tell as well.
-#ifndef ZN_MACHINE_H
-#define ZN_MACHINE_H
+/// The properties of a machine that the library needs. The file includes nothing, so that a
+/// compiler without the machine's headers can check them as well.
+#ifndef ZN_INTERNAL_MACHINE_H
+#define ZN_INTERNAL_MACHINE_H
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__,
               "zn_udf supports little-endian hosts only: its byte-order functions are constant");
@@ -20,4 +20,4 @@ static_assert(__ENVIRONMENT_MAC_OS_X_VERSION_MIN_REQUIRED__ >= 130300,
               "set CMAKE_OSX_DEPLOYMENT_TARGET");
 #endif
 
-#endif  // ZN_MACHINE_H
+#endif  // ZN_INTERNAL_MACHINE_H

@@ -1,0 +1,63 @@
+#include "definitions.h"
+
+#ifdef ZN_UDF_CHECK_DEFINITIONS
+
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <new>
+#include <string>
+
+#include "patterns.h"
+
+namespace zn_lib::internal {
+namespace {
+
+const Pattern& compiled(const Definition& form) {
+  static const std::map<std::string_view, Pattern> patterns = [] {
+    using namespace definitions;
+    std::map<std::string_view, Pattern> all;
+    for (const Definition& each :
+         {isBool, validNumber, quote, lastExt, fileSplit, fileseq, isoDateTime, ipv4}) {
+      all.emplace(each.name, compilePattern(each.expression, each.grammar));
+    }
+    return all;
+  }();
+  return patterns.at(form.name);
+}
+
+/// Returns an answer as a text that can be compared and read.
+template <class List>
+std::string describe(bool isMatch, const List& groups) {
+  if (!isMatch) return "no match";
+  std::string text = "match";
+  for (const auto& group : groups) text.append(" <").append(group).append(">");
+  return text;
+}
+
+std::string answerOf(const Definition& form, const std::string& text, bool withGroups) {
+  std::smatch match;
+  const bool isMatch = std::regex_match(text, match, compiled(form));
+  std::vector<std::string> groups;
+  for (std::size_t i = 1; withGroups && i < match.size(); ++i) groups.push_back(match[i]);
+  return describe(isMatch, groups);
+}
+
+}  // namespace
+
+void verify(const Definition& form, std::string_view text, bool isMatch, Groups groups) try {
+  if (text.size() > kLongestVerified) return;
+  const std::string scanned = describe(isMatch, groups);
+  const std::string defined = answerOf(form, std::string(text), groups.size() != 0);
+  if (scanned == defined) return;
+  std::fprintf(stderr, "zn_udf: %s for \"%.*s\": the scan gives %s, the definition gives %s\n",
+               form.name, static_cast<int>(text.size()), text.data(), scanned.c_str(),
+               defined.c_str());
+  std::abort();
+} catch (const std::bad_alloc&) {
+  // The answer stays unverified, so that a build with checks fails for memory where others do.
+}
+
+}  // namespace zn_lib::internal
+
+#endif  // ZN_UDF_CHECK_DEFINITIONS

@@ -1,0 +1,40 @@
+/// Conversions of doubles that are defined for every value and do not depend on the locale.
+#ifndef ZN_INTERNAL_NUMBERS_H
+#define ZN_INTERNAL_NUMBERS_H
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstddef>
+#include <string_view>
+
+#include "machine.h"
+
+namespace zn_lib::internal {
+
+/// Returns `value` as a stream writes it in `format` with `precision`. The result may lie in
+/// `buffer`, which must be large enough.
+template <std::size_t size>
+std::string_view decimalText(double value, std::chars_format format, int precision,
+                             std::array<char, size>& buffer) {
+  // Standard libraries write a NaN in different ways; streams write its sign and no more.
+  if (std::isnan(value)) return std::signbit(value) ? "-nan" : "nan";
+  char* const begin = buffer.data();
+  const char* const end = std::to_chars(begin, begin + size, value, format, precision).ptr;
+  return {begin, static_cast<std::size_t>(end - begin)};
+}
+
+/// Returns `value` truncated toward zero. A negative value wraps, as an integer conversion does;
+/// NaN and values beyond 64 bits become 0.
+constexpr unsigned long long truncateToUnsigned64(double value) {
+  constexpr double twoTo63 = 9223372036854775808.0;
+  if (value >= 0.0 && value < 2.0 * twoTo63) return static_cast<unsigned long long>(value);
+  if (value < 0.0 && value >= -twoTo63) {
+    return static_cast<unsigned long long>(static_cast<long long>(value));
+  }
+  return 0;
+}
+
+}  // namespace zn_lib::internal
+
+#endif  // ZN_INTERNAL_NUMBERS_H

@@ -1,0 +1,118 @@
+#include "patterns.h"
+
+#include <locale>
+#include <string_view>
+
+namespace zn_lib::internal {
+namespace {
+
+/// The engine recurses while it compiles a pattern: at least once for each term.
+constexpr std::size_t kLongestPattern = 10000;
+
+/// Returns true if `pattern` is a single bracket expression, which is one term at any length. Not
+/// all of these are recognised.
+bool isOneSet(const std::string& pattern) {
+  return pattern.front() == '[' && pattern.find(']') == pattern.size() - 1;
+}
+
+#ifdef _LIBCPP_VERSION
+/// Copies a pattern as libc++'s engine takes it. This engine refuses a "]" or "}" that closes
+/// nothing, and takes a range that runs backwards; libstdc++'s does the opposite.
+class LibcxxPattern {
+ public:
+  explicit LibcxxPattern(const std::string& pattern) : rest_(pattern) {
+    bool isInCount = false;
+    while (!rest_.empty()) {
+      const char c = rest_.front();
+      if (c == '[') {
+        copyBrackets();
+        continue;
+      }
+      if (c == ']' || (c == '}' && !isInCount)) text_ += '\\';
+      if (c == '{' || c == '}') isInCount = c == '{';
+      copy(c == '\\' ? 2 : 1);
+    }
+  }
+
+  const std::string& text() const { return text_; }
+
+ private:
+  std::string_view copy(std::size_t count) {
+    const std::string_view part = rest_.substr(0, count);
+    text_.append(part);
+    rest_.remove_prefix(part.size());
+    return part;
+  }
+
+  /// Copies a character, an escaped one, or a class such as "[:alpha:]".
+  std::string_view copyMember() {
+    if (rest_.front() == '\\') return copy(2);
+    const bool isClass = rest_.front() == '[' && rest_.size() > 1 && rest_[1] == ':';
+    const std::size_t end = isClass ? rest_.find(":]", 2) : std::string_view::npos;
+    return copy(end == std::string_view::npos ? 1 : end + 2);
+  }
+
+  void copyBrackets() {
+    copy(rest_.substr(0, 2) == "[^" ? 2 : 1);
+    while (!rest_.empty() && rest_.front() != ']') {
+      const std::string_view first = copyMember();
+      if (rest_.size() < 2 || rest_[0] != '-' || rest_[1] == ']') continue;
+      copy(1);
+      const std::string_view last = copyMember();
+      if (first.size() == 1 && last.size() == 1 && first.front() > last.front()) {
+        throw std::regex_error(std::regex_constants::error_range);
+      }
+    }
+    copy(1);
+  }
+
+  std::string_view rest_;
+  std::string text_;
+};
+#endif
+
+}  // namespace
+
+ClassicTraits::ClassicTraits() {
+  imbue(std::locale::classic());
+#ifndef _LIBCPP_VERSION
+  constexpr std::string_view name = "digit";
+  digits_ = lookup_classname(name.begin(), name.end());
+#endif
+}
+
+#ifndef _LIBCPP_VERSION
+bool ClassicTraits::isctype(char c, char_class_type members) const {
+  // A bracket expression may name no class.
+  if (members == char_class_type()) return false;
+  if (members == digits_) return isDigit(c);
+  return std::regex_traits<char>::isctype(c, members);
+}
+#endif
+
+Pattern compilePattern(const std::string& pattern, std::regex::flag_type flags) {
+  if (pattern.size() > kLongestPattern && !isOneSet(pattern)) {
+    throw std::regex_error(std::regex_constants::error_stack);
+  }
+#ifdef _LIBCPP_VERSION
+  return Pattern(LibcxxPattern(pattern).text(), flags);
+#else
+  // The engine gives the traits the locale of the expression, which is the host's by default.
+  Pattern compiled;
+  compiled.imbue(std::locale::classic());
+  compiled.assign(pattern, flags);
+  return compiled;
+#endif
+}
+
+bool containsMatch(const std::string& text, const Pattern& pattern) {
+  if (std::regex_search(text, pattern)) return true;
+#ifdef _LIBCPP_VERSION
+  // libc++'s engine does not look for an empty match at the end of a text.
+  return std::regex_search(text.end(), text.end(), pattern, std::regex_constants::match_not_bol);
+#else
+  return false;
+#endif
+}
+
+}  // namespace zn_lib::internal

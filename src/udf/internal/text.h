@@ -1,0 +1,48 @@
+/// Characters and searches that do not depend on the host's locale.
+#ifndef ZN_INTERNAL_TEXT_H
+#define ZN_INTERNAL_TEXT_H
+
+#include <cstring>
+#include <string>
+#include <string_view>
+
+namespace zn_lib::internal {
+
+// The classes and the case of the "C" locale. Bytes above 0x7F belong to no class.
+
+constexpr bool isSpace(char c) {
+  // One bit for each character: a chain of comparisons is mispredicted where whitespace of several
+  // kinds is mixed.
+  constexpr unsigned long long spaces = 1ULL << ' ' | 0x1FULL << '\t';
+  return c >= '\t' && c <= ' ' && (spaces >> c & 1) != 0;
+}
+constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
+constexpr char toUpper(char c) {
+  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+constexpr char toLower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+/// Returns true if `text` holds a character that "." does not match in a pattern.
+inline bool hasLineBreak(std::string_view text) {
+  // Two searches for one byte each are faster than one search for either.
+  return text.find('\n') != text.npos || text.find('\r') != text.npos;
+}
+
+/// Returns the position of the first `part` in `text` at or after `start`, which is within the
+/// text, or npos. std::string::find takes quadratic time on long texts that repeat themselves;
+/// memmem does not, but it takes longer for short ones.
+inline std::size_t findText(const std::string& text, const std::string& part,
+                            std::size_t start = 0) {
+  constexpr std::size_t shortText = 256;
+  if (text.size() <= shortText) return text.find(part, start);
+  const void* const hit =
+      memmem(text.data() + start, text.size() - start, part.data(), part.size());
+  return hit == nullptr ? std::string::npos
+                        : static_cast<std::size_t>(static_cast<const char*>(hit) - text.data());
+}
+
+}  // namespace zn_lib::internal
+
+#endif  // ZN_INTERNAL_TEXT_H
