@@ -51,11 +51,13 @@ using IsoFields = std::array<std::string_view, 6>;
 
 /// Takes `count` digits off the start of `text`. Returns an empty text, and takes nothing, if there
 /// are fewer.
-std::string_view takeDigits(std::string_view& text, std::size_t count) {
+template <std::size_t count>
+std::string_view takeDigits(std::string_view& text) {
+  if (text.size() < count) return {};
+  bool areDigits = true;
+  for (std::size_t i = 0; i < count; ++i) areDigits &= internal::isDigit(text[i]);
+  if (!areDigits) return {};
   const std::string_view digits = text.substr(0, count);
-  if (digits.size() < count || !std::all_of(digits.begin(), digits.end(), internal::isDigit)) {
-    return {};
-  }
   text.remove_prefix(count);
   return digits;
 }
@@ -65,14 +67,14 @@ std::string_view takeDigits(std::string_view& text, std::size_t count) {
 /// cannot match otherwise, since each separator belongs to certain parts and digits come in pairs.
 std::optional<IsoFields> scanIsoDateTime(std::string_view text) {
   constexpr std::string_view separators = "--T::";
-  IsoFields fields = {takeDigits(text, kYearDigits)};
+  IsoFields fields = {takeDigits<kYearDigits>(text)};
   if (fields.front().empty()) return std::nullopt;
   for (std::size_t i = 0; i < separators.size(); ++i) {
     const auto isSeparator = [separator = separators[i]](char c) {
       return c == separator || (separator == 'T' && internal::isSpace(c));
     };
     if (!text.empty() && isSeparator(text.front())) text.remove_prefix(1);
-    fields[i + 1] = takeDigits(text, 2);
+    fields[i + 1] = takeDigits<2>(text);
   }
   return text.empty() ? std::optional(fields) : std::nullopt;
 }
