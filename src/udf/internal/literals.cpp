@@ -24,24 +24,12 @@ struct Unit {
   }
 };
 
-/// Reads the units of a pattern outside bracket expressions.
-class UnitReader {
- public:
-  explicit UnitReader(const std::string& pattern, std::size_t start = 0)
-      : pattern_(pattern), at_(start) {}
-
-  bool isAtEnd() const { return at_ >= pattern_.size(); }
-
-  Unit next() {
-    const char c = pattern_[at_++];
-    if (c != '\\' || isAtEnd()) return {c, false};
-    return {pattern_[at_++], true};
-  }
-
- private:
-  const std::string& pattern_;
-  std::size_t at_;
-};
+/// Reads the unit at `position`, which moves behind it. Bracket expressions are not understood.
+Unit readUnit(const std::string& pattern, std::size_t& position) {
+  const bool isEscaped = pattern[position] == '\\' && position + 1 < pattern.size();
+  if (isEscaped) ++position;
+  return {pattern[position++], isEscaped};
+}
 
 }  // namespace
 
@@ -54,14 +42,14 @@ bool FixedText::isIn(const std::string& name) const {
 
 std::optional<FixedText> fixedText(const std::string& pattern) {
   FixedText fixed;
-  bool isFirst = true;
-  for (UnitReader reader(pattern); !reader.isAtEnd(); isFirst = false) {
-    const Unit unit = reader.next();
+  for (std::size_t at = 0; at < pattern.size();) {
+    const bool isFirst = at == 0;
+    const Unit unit = readUnit(pattern, at);
     if (unit.isLiteral()) {
       fixed.text += unit.character;
     } else if (unit.is('^') && isFirst) {
       fixed.isAtStart = true;
-    } else if (unit.is('$') && reader.isAtEnd()) {
+    } else if (unit.is('$') && at == pattern.size()) {
       fixed.isAtEnd = true;
     } else {
       return std::nullopt;
@@ -81,8 +69,8 @@ std::string textInAllMatches(const std::string& pattern) {
     run.clear();
   };
   // No bracket expression begins behind the last "]".
-  for (UnitReader reader(pattern, pattern.rfind(']') + 1); !reader.isAtEnd();) {
-    const Unit unit = reader.next();
+  for (std::size_t at = pattern.rfind(']') + 1; at < pattern.size();) {
+    const Unit unit = readUnit(pattern, at);
     if (unit.isLiteral()) {
       run += unit.character;
       continue;
@@ -97,8 +85,8 @@ std::string textInAllMatches(const std::string& pattern) {
 }
 
 bool isSingleCharacters(const std::string& pattern) {
-  for (UnitReader reader(pattern); !reader.isAtEnd();) {
-    const Unit unit = reader.next();
+  for (std::size_t at = 0; at < pattern.size();) {
+    const Unit unit = readUnit(pattern, at);
     if (unit.isEscaped || !(unit.isLiteral() || unit.is('.'))) return false;
   }
   return !pattern.empty();
