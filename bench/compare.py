@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Runs all benchmarks beside their peers and writes docs/PERFORMANCE.md and docs/performance_growth.svg.
+"""Runs all benchmarks and writes docs/PERFORMANCE.md and docs/performance_growth.svg.
 
 usage: bench/compare.py [--quick] [--repetitions N] [--programs DIRECTORY] [--report]
 
-Builds the preset "bench" first, unless it is given the directory of programs that are built already. Each row's time is
-the median of its repetitions, which are run in random order among those of the other rows of the program. What stands
-outside the "generated" marks of PERFORMANCE.md stays as it is.
+Builds the preset "bench" first, unless --programs names a directory of programs that are already built. The time of a
+row is the median of its repetitions. The repetitions of all rows of a program run in random order. The script rewrites
+only the blocks of PERFORMANCE.md between the "generated" marks.
 """
 import argparse
 import datetime
@@ -19,6 +19,7 @@ import statistics
 import subprocess
 import sys
 import tempfile
+import textwrap
 
 sys.dont_write_bytecode = True  # the source tree stays clean
 import growth_plot  # noqa: E402
@@ -27,10 +28,13 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 OURS = "zn_udf"
 LIMIT = "limit:"
 NANOSECONDS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
-DOUBLINGS = 6  # at the end of a row of growth, which tell its exponent
-STEEP = 1.15  # an exponent above it is named
+DOUBLINGS = 6  # the last sizes of a growth row, which determine its exponent
+STEEP = 1.15  # the report names rows with a larger exponent
+SIMILAR = 0.05  # relative difference up to which two times count as similar
+UNEQUAL = {"libnova"}  # peers that compute more than the library does, left out of the summary
+WIDTH = 120  # columns of the report's text
 
-# The versions that matter to a reader, by Debian package.
+# The Debian packages whose versions the report lists.
 PACKAGES = ["libc6", "libstdc++6", "libexpat1", "libabsl-dev", "libboost-dev", "libfmt-dev",
             "libhowardhinnant-date-dev", "libnova-dev", "libpugixml-dev", "libre2-dev", "libtinyxml2-dev", "xxd",
             "coreutils", "libbenchmark-dev"]
@@ -41,7 +45,7 @@ WHO = {
     "boost_replace_first_copy": "boost::replace_first_copy",
     "boost_split": "boost::split",
     "date": "Hinnant's date",
-    "empty_library": "an empty library",
+    "empty_library": "empty library",
     "erase_remove": "erase-remove",
     "expat_alone": "expat alone",
     "expat_and_map": "bare expat and a map",
@@ -49,7 +53,7 @@ WHO = {
     "find_replace": "find, replace",
     "fork_exec": "fork, exec",
     "gmtime_r_strftime": "gmtime_r, strftime",
-    "hand_loop": "a hand loop",
+    "hand_loop": "hand-written loop",
     "no_library": "no library",
     "pugixml_and_fsync": "pugixml and fsync",
     "push_back_loop": "push_back loop",
@@ -61,18 +65,18 @@ WHO = {
     "std_directory_iterator": "std::filesystem::directory_iterator",
     "std_filesystem_path": "std::filesystem::path",
     "strptime_strftime": "strptime, strftime",
-    "trigonometry": "the trigonometry alone",
+    "trigonometry": "trigonometry alone",
     "write_and_fsync": "write and fsync",
 }
 
 
 def plain_name(who):
-    """A row's who as it is commonly written."""
+    """The common spelling of the second part of a row's name."""
     who = who.removeprefix(LIMIT)
     return WHO.get(who) or re.sub("^(absl|std)_", r"\1::", who)
 
 
-# ---- What is measured
+# ---- Measurement
 
 class Section:
     def __init__(self, program, heading):
@@ -108,7 +112,7 @@ def build():
 
 
 def run_program(program, rows, repetitions, seconds):
-    """The JSON of the rows of `program` that the filter `rows` selects; None when there are none."""
+    """Returns the JSON of the rows of `program` that the filter `rows` selects, or None if it selects none."""
     command = [program, f"--benchmark_filter={rows}", f"--benchmark_repetitions={repetitions}",
                f"--benchmark_min_time={seconds}", "--benchmark_enable_random_interleaving=true",
                "--benchmark_format=json"]
@@ -125,14 +129,14 @@ def run_all(programs, sections, options):
         print(f"[{number}/{len(families)}] {family}", file=sys.stderr)
         program = programs / f"{family}_bench"
         results.append(run_program(program, "-^growth_", options.repetitions, 0.01 if options.quick else 0.2))
-        # Many sizes stand for one row: each may vary more.
+        # A growth row has many sizes, so each size needs fewer repetitions.
         results.append(run_program(program, "^growth_", 1 if options.quick else min(3, options.repetitions),
                                    0.01 if options.quick else 0.05))
     return [result for result in results if result is not None]
 
 
 class Measured:
-    """Medians of the repetitions, in nanoseconds, and the counters of each row."""
+    """The median time of each row in nanoseconds, and its counters."""
 
     def __init__(self, results):
         times, self.counters, self.orders = {}, {}, {}
@@ -169,7 +173,7 @@ class Measured:
         return sorted((size, time) for (row, _, size), time in self.times.items() if row == what)
 
 
-# ---- What is written
+# ---- Report
 
 def time_text(nanoseconds):
     if nanoseconds is None:
@@ -217,7 +221,7 @@ def compiler(programs):
 
 
 def file_system():
-    """The type of that in which the benchmarks keep their files."""
+    """Returns the type of the file system that holds the benchmarks' files."""
     try:
         return subprocess.run(["df", "--output=fstype", tempfile.gettempdir()], capture_output=True, text=True,
                               check=True).stdout.split()[-1]
@@ -232,24 +236,30 @@ def versions():
             yield f"{package} {version}"
 
 
+def bullets(lines):
+    return "\n".join(textwrap.fill(line, WIDTH, initial_indent="- ", subsequent_indent="  ", break_long_words=False,
+                                   break_on_hyphens=False) for line in lines)
+
+
 def machine_text(results, measured, programs):
     memory = os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES") / 2**30
     load = results[0]["context"].get("load_avg", [0.0])[0]
     system = platform.freedesktop_os_release().get("PRETTY_NAME", "") if sys.version_info >= (3, 10) else ""
     lines = [
-        f"- {datetime.date.today().isoformat()}, medians of {measured.repetitions} repetitions",
-        f"- {cpu_model()}; {os.cpu_count()} processors, {memory:.0f} GiB; load average {load:.1f} at the start",
-        f"- {system}, {platform.system()} {platform.release()}; files on {file_system()}",
-        f"- {compiler(programs)}",
-        f"- {', '.join(versions())}",
+        f"Date: {datetime.date.today().isoformat()}, medians of {measured.repetitions} repetitions",
+        f"Processor: {cpu_model()}; {os.cpu_count()} processors, {memory:.0f} GiB; "
+        f"load average {load:.1f} at the start",
+        f"System: {system}, {platform.system()} {platform.release()}; files on {file_system()}",
+        f"Compiler: {compiler(programs)}",
+        f"Packages: {', '.join(versions())}",
     ]
     if load > 0.5 * os.cpu_count():
-        lines.append("- **The machine was busy: these times tell nothing.**")
-    return "\n".join(lines)
+        lines.append("**The machine was busy: these times are not reliable.**")
+    return bullets(lines)
 
 
 def aim_rows(sections, measured):
-    """Work, peer, times, ratio, aim, whether it was reached."""
+    """Yields the cells of the table of aims: work, peer, two times, ratio, aim, whether the aim is met."""
     for section in sections:
         if section.program in ("memory", "growth"):
             continue
@@ -258,24 +268,60 @@ def aim_rows(sections, measured):
             for who, bound in row.aims():
                 theirs = measured.time(row.name, who)
                 if ours is None or theirs is None:
-                    reached = "not measured"
+                    met = "not measured"
                 elif bound is None:
-                    reached = ""
+                    met = ""
                 else:
-                    reached = "yes" if ours / theirs <= bound else "**no**"
-                aim = "as near as what a caller sees allows" if bound is None else f"{bound:.1f}"
+                    met = "yes" if ours / theirs <= bound else "**no**"
+                aim = "as fast as documented behaviour allows" if bound is None else f"{bound:.1f}"
                 yield [row.words, plain_name(who), time_text(ours), time_text(theirs), ratio_text(ours, theirs), aim,
-                       reached]
+                       met]
 
 
 def aims_text(sections, measured):
     rows = list(aim_rows(sections, measured))
-    reached = sum(row[-1] == "yes" for row in rows)
-    missed = sum(row[-1] == "**no**" for row in rows)
     missing = sum(row[-1] == "not measured" for row in rows)
     unmeasured = f" {missing} were not measured." if missing else ""
-    return f"{reached} of {reached + missed} aims are reached.{unmeasured}\n\n" + table(
-        ["work", "against", "ours", "theirs", "ours / theirs", "aim", "reached"], rows)
+    return f"{aims_met(rows)}{unmeasured}\n\n" + table(
+        ["Work", "Peer", "Ours", "Peer's", "Ratio", "Aim", "Met"], rows)
+
+
+def aims_met(rows):
+    met = sum(row[-1] == "yes" for row in rows)
+    missed = sum(row[-1] == "**no**" for row in rows)
+    return f"The library meets {met} of its {met + missed} aims."
+
+
+def summary_text(by_program, sections, measured):
+    """Returns the results in a few sentences."""
+    ratios = []  # of our time to the fastest peer's, with the work and the peer
+    for row in (row for section in sections if section.program not in ("memory", "growth") for row in section.rows):
+        ours = measured.time(row.name, OURS)
+        peer, peer_name = measured.fastest(row.name, lambda who: not who.startswith(LIMIT) and who not in UNEQUAL)
+        if ours and peer:
+            ratios.append((ours / peer, row.words, plain_name(peer_name)))
+    faster = sum(ratio < 1 - SIMILAR for ratio, _, _ in ratios)
+    slower = sum(ratio > 1 + SIMILAR for ratio, _, _ in ratios)
+    slowest = [f"{words} ({ratio:.2f}, {peer})" for ratio, words, peer in sorted(ratios, reverse=True)[:3]]
+    aims = list(aim_rows(sections, measured))
+    missed = {}  # the peers of each work with a missed aim
+    for row in (row for row in aims if row[-1] == "**no**"):
+        missed.setdefault(row[0], []).append(row[1])
+    missed = [f"{words} ({', '.join(peers)})" for words, peers in missed.items()]
+    lines = [aims_met(aims) + (f" It misses: {'; '.join(missed)}." if missed else ""),
+             f"It is faster than the fastest peer in {faster} of {len(ratios)} comparisons, slower in {slower}, "
+             f"and within {100 * SIMILAR:.0f} % of it in {len(ratios) - faster - slower}.",
+             f"The largest ratios of our time to the fastest peer's: {'; '.join(slowest)}."]
+    start, empty = measured.time("startup", OURS), measured.time("startup", "empty_library")
+    if start and empty:
+        lines.append(f"A program that links the library runs in {time_text(start)} from exec to exit, "
+                     f"{ratio_text(start, empty)} times as long as with an empty library.")
+    peaks = [peak_over_result(row, measured) for row in by_program["memory"].rows[1:]]
+    lines.append(f"Peak memory is {min(peaks):.2f} to {max(peaks):.2f} times the memory of the result alone.")
+    powers = [power for _, power in exponents(by_program, measured)]
+    lines.append(f"The exponents of growth at large sizes lie between {min(powers):.2f} and {max(powers):.2f}, "
+                 f"where 1 is linear. Copying text has {exponent(measured.points('growth_copy')):.2f}.")
+    return bullets(lines)
 
 
 def rows_text(sections, measured):
@@ -291,63 +337,81 @@ def rows_text(sections, measured):
             rows.append([row.words, time_text(ours), plain_name(peer_name or "none"), time_text(peer),
                          ratio_text(ours, peer), plain_name(limit_name or "none"), time_text(limit),
                          ratio_text(ours, limit)])
-        head = ["work", "ours", "best peer", "time", "ours / peer", "limit", "time", "ours / limit"]
+        head = ["Work", "Ours", "Best peer", "Time", "Ours / peer", "Baseline", "Time", "Ours / baseline"]
         texts.append(f"### {section.heading}\n\n" + table(head, rows))
     return "\n\n".join(texts)
 
 
+def peak_of(row, who, measured):
+    return measured.counter(row.name, who, "peak_MiB")
+
+
+def result_alone(row, measured):
+    """Returns who holds the result of the row and nothing else."""
+    return next(who for (what, who, _) in measured.counters if what == row.name and who.startswith(LIMIT))
+
+
+def peak_over_result(row, measured):
+    """Returns the ratio of two peaks, without the memory of a process that does nothing."""
+    idle = measured.counter("memory_nothing", OURS, "peak_MiB")
+    return (peak_of(row, OURS, measured) - idle) / (peak_of(row, result_alone(row, measured), measured) - idle)
+
+
 def memory_text(section, measured):
-    floor = measured.counter("memory_nothing", OURS, "peak_MiB")
+    idle = measured.counter("memory_nothing", OURS, "peak_MiB")
     rows = []
     for row in section.rows[1:]:
-        def peak(who, name=row.name):
-            return measured.counter(name, who, "peak_MiB")
-        limit = next(who for (what, who, _) in measured.counters if what == row.name and who.startswith(LIMIT))
-        peers = [f"{plain_name(who)} {peak(who):.1f}" for (what, who, counter) in measured.counters
-                 if what == row.name and counter == "peak_MiB" and who not in (OURS, limit)]
+        ours, alone = peak_of(row, OURS, measured), result_alone(row, measured)
+        peers = [f"{plain_name(who)} {peak_of(row, who, measured):.1f}" for (what, who, counter) in measured.counters
+                 if what == row.name and counter == "peak_MiB" and who not in (OURS, alone)]
         size = measured.counter(row.name, OURS, "input_MiB")
-        over_input = f"{peak(OURS) / size:.2f}" if size else ""
+        over_input = f"{ours / size:.2f}" if size else ""
         bounds = dict(row.aims())
         if "input" in bounds:
-            missed = "" if peak(OURS) <= bounds["input"] * size else ": **missed**"
+            missed = "" if ours <= bounds["input"] * size else ": **missed**"
             over_input += f" (aim {bounds['input']:.1f}{missed})"
-        rows.append([row.words, f"{size:.1f}" if size else "", f"{peak(OURS):.1f}", over_input, f"{peak(limit):.1f}",
-                     f"{(peak(OURS) - floor) / (peak(limit) - floor):.2f}", ", ".join(peers)])
-    return (f"All in MiB. A process that does nothing has {floor:.1f}, which are in every peak and left out of the "
-            "last ratio.\n\n" + table(["work", "input", "our peak", "peak / input", "peak with the result alone",
-                                  "ours / that", "peers"], rows))
+        rows.append([row.words, f"{size:.1f}" if size else "", f"{ours:.1f}", over_input,
+                     f"{peak_of(row, alone, measured):.1f}", f"{peak_over_result(row, measured):.2f}",
+                     ", ".join(peers)])
+    head = ["Work", "Input", "Our peak", "Peak / input", "Peak of the result alone", "Ours / result alone", "Peers"]
+    return (f"All sizes are in MiB. A process that does nothing uses {idle:.1f}; "
+            "the ratio to the result alone excludes this amount.\n\n" + table(head, rows))
 
 
 def exponent(points):
-    """How fast the time grows over the last doublings: 1 is linear."""
+    """Returns the exponent of growth over the last doublings; 1 is linear."""
     (first, early), (last, late) = points[-1 - min(DOUBLINGS, len(points) - 1)], points[-1]
     return math.log(late / early) / math.log(last / first)
 
 
-def growth_text(section, measured):
-    rows, steep = [], []
-    copying = exponent(measured.points("growth_copy"))
-    for row in section.rows:
-        points = measured.points(row.name)
-        if len(points) < 2:
+def exponents(by_program, measured):
+    """Returns the growth rows with their exponents, except the row that copies text for comparison."""
+    rows = by_program["growth"].rows
+    for row in rows:
+        if len(measured.points(row.name)) < 2:
             raise SystemExit(f"{row.name}: no growth was measured")
-        power = exponent(points)
-        if power > STEEP and row.name != "growth_copy":
-            steep.append(f"{row.words} ({power:.2f})")
+    return [(row, exponent(measured.points(row.name))) for row in rows if row.name != "growth_copy"]
+
+
+def growth_text(by_program, measured):
+    steep = [f"{row.words} ({power:.2f})" for row, power in exponents(by_program, measured) if power > STEEP]
+    rows = []
+    for row in by_program["growth"].rows:
+        points = measured.points(row.name)
         rows.append([row.words, f"{points[0][0]:,} to {points[-1][0]:,} {row.rest}", time_text(points[0][1]),
                      time_text(points[-1][1]), f"{points[-1][1] / points[-1][0]:.2f} ns",
-                     measured.orders.get(row.name, ""), f"{power:.2f}"])
-    named = (f"Faster than linear at the end, where copying a text has {copying:.2f}: "
-             + (", ".join(steep) or "nothing") + ".")
-    return table(["work", "sizes", "smallest", "largest", "of one at the largest", "order", "exponent at the end"],
-                 rows) + "\n\n" + named
+                     measured.orders.get(row.name, ""), f"{exponent(points):.2f}"])
+    named = (f"Superlinear at large sizes: {', '.join(steep) or 'nothing'}. "
+             f"Copying text has the exponent {exponent(measured.points('growth_copy')):.2f}.")
+    return table(["Work", "Sizes", "Time, smallest", "Time, largest", "Per unit, largest", "Best fit", "Exponent"],
+                 rows) + "\n\n" + textwrap.fill(named, WIDTH)
 
 
 def fill(text, name, content):
-    """`text` with `content` between the marks of that name."""
+    """Returns `text` with `content` between the marks of that name."""
     marks = re.compile(rf"(<!-- generated: {name} -->\n).*?(\n?<!-- end -->)", re.DOTALL)
     if len(marks.findall(text)) != 1:
-        raise SystemExit(f"docs/PERFORMANCE.md needs one pair of marks for {name}")
+        raise SystemExit(f"docs/PERFORMANCE.md must contain one pair of marks for {name}")
     return marks.sub(lambda match: match.group(1) + content + "\n<!-- end -->", text)
 
 
@@ -359,33 +423,35 @@ def unknown_rows(sections, measured):
 def write_report(results, sections, programs, directory):
     measured = Measured(results)
     for what in unknown_rows(sections, measured):
-        print(f"bench/rows.txt does not tell what {what} is", file=sys.stderr)
+        print(f"bench/rows.txt has no row {what}", file=sys.stderr)
     by_program = {section.program: section for section in sections}
     text = (ROOT / "docs/PERFORMANCE.md").read_text()
-    for name, content in (("machine", machine_text(results, measured, programs)),
+    for name, content in (("summary", summary_text(by_program, sections, measured)),
+                          ("machine", machine_text(results, measured, programs)),
                           ("aims", aims_text(sections, measured)),
                           ("rows", rows_text(sections, measured)),
                           ("memory", memory_text(by_program["memory"], measured)),
-                          ("growth", growth_text(by_program["growth"], measured))):
+                          ("growth", growth_text(by_program, measured))):
         text = fill(text, name, content)
     directory.mkdir(parents=True, exist_ok=True)
     (directory / "PERFORMANCE.md").write_text(text)
     panels = [(row.words, row.rest, measured.points(row.name)) for row in by_program["growth"].rows]
     (directory / "performance_growth.svg").write_text(growth_plot.svg(panels))
     print(f"Wrote {directory / 'PERFORMANCE.md'} and {directory / 'performance_growth.svg'}")
-    print(growth_text(by_program["growth"], measured))
+    print(growth_text(by_program, measured))
     for row in aim_rows(sections, measured):
         if row[-1] not in ("yes", ""):
-            print(f"{row[-1].strip('*'):12}  {row[0]}: {row[4] or '?'} of {row[1]}'s time, aim {row[5]}")
+            outcome = "missed" if row[-1] == "**no**" else row[-1]
+            print(f"aim {outcome}: {row[0]}: {row[4] or '?'} of {row[1]}'s time, aim {row[5]}")
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--quick", action="store_true",
-                        help="a smoke run: short, and the report goes to the build tree instead of docs")
-    parser.add_argument("--repetitions", type=int, default=5, help="of each row, 5 by default")
-    parser.add_argument("--programs", type=pathlib.Path, help="where the built programs are; builds nothing")
-    parser.add_argument("--report", action="store_true", help="runs nothing: writes the report of the last run again")
+                        help="run a short smoke test and write its report to the build tree instead of docs")
+    parser.add_argument("--repetitions", type=int, default=5, help="repetitions of each row (default: 5)")
+    parser.add_argument("--programs", type=pathlib.Path, help="directory of programs that are already built")
+    parser.add_argument("--report", action="store_true", help="run nothing, write the report of the last run again")
     options = parser.parse_args()
     if options.quick:
         options.repetitions = min(options.repetitions, 2)

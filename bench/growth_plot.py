@@ -1,4 +1,4 @@
-"""Draws how the cost of each work grows: small log-log plots in one SVG, readable on light and dark backgrounds."""
+"""Draws time by input size as small log-log plots in one SVG file, for light and dark backgrounds."""
 import math
 from xml.sax.saxutils import escape
 
@@ -32,7 +32,7 @@ def size_text(size, unit):
 
 
 def decade_text(exponent):
-    """10 to the power of `exponent` nanoseconds."""
+    """Returns the text of 10 to the power of `exponent` nanoseconds."""
     unit = ("ns", "µs", "ms", "s")[min(exponent // 3, 3)]
     return f"{10 ** (exponent - 3 * min(exponent // 3, 3))} {unit}"
 
@@ -62,7 +62,7 @@ def panel(title, unit, points, x0, y0):
     middle = x0 + (LEFT + WIDTH - RIGHT) / 2
     lines.append(f'<text x="{middle}" y="{floor + 25}" text-anchor="middle">{unit}</text>')
 
-    # Through the largest size, as far down as the plot goes.
+    # Linear growth passes through the point of the largest size.
     last, latest = points[-1]
     first = max(sizes[0], last * 10.0 ** low / latest)
     lines.append(f'<line class="linear" x1="{x(first):.1f}" y1="{y(latest * first / last):.1f}" x2="{x(last):.1f}" '
@@ -74,11 +74,11 @@ def panel(title, unit, points, x0, y0):
 
 
 def svg(panels):
-    """`panels` are title, unit of the sizes, and (size, nanoseconds) by size."""
+    """Returns the SVG. Each panel is a title, the unit of the sizes, and a sorted list of (size, nanoseconds)."""
     rows = math.ceil(len(panels) / COLUMNS)
     width, height = COLUMNS * WIDTH, rows * HEIGHT
     lines = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" width="{width}" '
-             f'height="{height}" role="img">', "  <title>Time by size of the input; dashed: linear</title>",
+             f'height="{height}" role="img">', "  <title>Time by input size; the dashed lines are linear</title>",
              f"  <style>{STYLE}  </style>"]
     for number, (title, unit, points) in enumerate(panels):
         row, column = divmod(number, COLUMNS)
