@@ -1,5 +1,5 @@
-# Finds libedit's readline-compatible interface; gives the target LibEdit::LibEdit. The second name of its header is that
-# of FreeBSD's base system.
+# Finds the readline-compatible interface of libedit and defines the target LibEdit::LibEdit. FreeBSD's base system has
+# the second name of the header.
 find_path(LibEdit_INCLUDE_DIR NAMES editline/readline.h edit/readline/readline.h)
 find_library(LibEdit_LIBRARY edit)
 mark_as_advanced(LibEdit_INCLUDE_DIR LibEdit_LIBRARY)

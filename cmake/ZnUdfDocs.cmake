@@ -1,5 +1,5 @@
-# The target `docs` builds the API reference with Doxygen; any warning fails it. Where Doxygen is missing, so does the
-# target, and only it. With ZN_UDF_DOCS, it is built with all else, and installed.
+# The target `docs` builds the API reference with Doxygen and fails on any warning. If Doxygen is missing, only this
+# target fails. With ZN_UDF_DOCS, the reference is part of the default build and of the installation.
 find_package(Doxygen QUIET)
 if(ZN_UDF_DOCS)
   set(all ALL)
@@ -22,7 +22,7 @@ if(DOXYGEN_FOUND)
 else()
   add_custom_target(docs ${all}
     COMMAND ${CMAKE_COMMAND} -E echo
-      "The API reference needs Doxygen (Debian: package doxygen). Configure again once it is installed."
+      "The API reference requires Doxygen (Debian package: doxygen). Install it and configure again."
     COMMAND ${CMAKE_COMMAND} -E false VERBATIM)
 endif()
 

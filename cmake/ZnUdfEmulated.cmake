@@ -1,11 +1,11 @@
-# In a build for another machine, tests that are scripts run its programs through the emulator.
+# In a build for another machine, test scripts run programs through an emulator.
 if(CMAKE_CROSSCOMPILING AND CMAKE_CROSSCOMPILING_EMULATOR)
   set(ZN_UDF_IS_EMULATED ON)
 else()
   set(ZN_UDF_IS_EMULATED OFF)
 endif()
 
-# Sets `result` to the directory in which scripts find these programs, by the names of their files.
+# Sets `result` to a directory in which scripts can run the given targets by the names of their files.
 function(zn_udf_runnable result)
   list(GET ARGN 0 first)
   set(directory $<TARGET_FILE_DIR:${first}>)
@@ -20,10 +20,10 @@ function(zn_udf_runnable result)
   set(${result} ${directory} PARENT_SCOPE)
 endfunction()
 
-# Says of a test that this build does not have it, and why; `./check portable` repeats it.
+# Records that this build lacks a test, with the reason. `./check portable` prints the record.
 set(ZN_UDF_LEFT_OUT ${PROJECT_BINARY_DIR}/left_out.txt)
 file(WRITE ${ZN_UDF_LEFT_OUT} "")
 function(zn_udf_leave_out name reason)
-  message(STATUS "Left out: the test ${name}, ${reason}")
+  message(STATUS "Left out: test ${name}, ${reason}")
   file(APPEND ${ZN_UDF_LEFT_OUT} "${name}: ${reason}\n")
 endfunction()

@@ -1,5 +1,5 @@
-# What `cmake --install` puts where, and how other projects find it. Components: `runtime` is what a program needs to
-# run, `development` what it takes to build one; `examples` is installed only when asked for.
+# Rules for `cmake --install` and for the packages by which other projects find the library. The component `runtime`
+# holds the shared library, `development` the files to build programs with it. `examples` is installed only on request.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -20,14 +20,14 @@ write_basic_package_version_file(zn_udf-config-version.cmake COMPATIBILITY SameM
 install(FILES ${PROJECT_BINARY_DIR}/zn_udf-config.cmake ${PROJECT_BINARY_DIR}/zn_udf-config-version.cmake
   DESTINATION ${ZN_UDF_PACKAGE_DIR} COMPONENT development)
 
-# pkg-config finds the prefix from where its file lies, so that the whole may be moved.
+# pkg-config derives the prefix from the location of its file, so that the installed tree is relocatable.
 file(RELATIVE_PATH ZN_UDF_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 file(RELATIVE_PATH ZN_UDF_PC_LIBDIR ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
 file(RELATIVE_PATH ZN_UDF_PC_INCLUDEDIR ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR}/zn_udf)
 configure_file(cmake/zn_udf.pc.in zn_udf.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/zn_udf.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
-# Installs `file` as `name`, compressed where Debian wants it so.
+# Installs `file` as `name`, compressed if Debian's policy requires it.
 function(zn_udf_install_text file name directory component)
   if(ZN_UDF_DEBIAN)
     find_program(ZN_UDF_GZIP gzip REQUIRED)

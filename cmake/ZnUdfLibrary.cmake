@@ -1,4 +1,4 @@
-# How the shared library is named, compiled and linked.
+# The name, the compiler options and the linker options of the shared library.
 include(CheckCXXCompilerFlag)
 
 set_target_properties(zn_udf PROPERTIES
@@ -7,13 +7,13 @@ set_target_properties(zn_udf PROPERTIES
   CXX_EXTENSIONS OFF
   CXX_VISIBILITY_PRESET hidden
   VISIBILITY_INLINES_HIDDEN ON
-  # A host on macOS carries the library in a `libs` directory beside the directory of its executable.
+  # A host on macOS ships the library in a directory `libs` next to the directory of its executable.
   INSTALL_NAME_DIR "@executable_path/../libs")
 
 target_compile_options(zn_udf PRIVATE
-  # The sky's formulas are fixed to the last bit: no fused multiply-add where the formula has two roundings.
+  # The results of the astronomical formulas are fixed to the last bit. A fused multiply-add would round only once.
   -ffp-contract=off
-  # Assertions, and debug information, name files relative to the source tree, wherever it lies.
+  # Assertions and debug information name files relative to the source tree.
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 target_compile_options(zn_udf PRIVATE $<IF:$<BOOL:${ZN_UDF_ASSERTIONS}>,-UNDEBUG,-DNDEBUG>)
 
@@ -24,7 +24,7 @@ if(ZN_UDF_CONVERSION_CHECKS)
   target_link_options(zn_udf PRIVATE ${conversion_checks})
 endif()
 
-# Debian's flags for packages. Fortified functions need an optimised build.
+# Debian's hardening flags. Fortified functions require an optimised build.
 if(ZN_UDF_HARDENING)
   set(optimised $<OR:$<CONFIG:Release>,$<CONFIG:RelWithDebInfo>,$<CONFIG:MinSizeRel>>)
   target_compile_options(zn_udf PRIVATE -fstack-protector-strong -Wformat -Werror=format-security
@@ -34,14 +34,14 @@ if(ZN_UDF_HARDENING)
   endif()
 endif()
 
-# Calls within the library need no detour through the dynamic linker.
+# Calls within the library do not go through the dynamic linker.
 check_cxx_compiler_flag(-fno-semantic-interposition ZN_UDF_HAS_NO_SEMANTIC_INTERPOSITION)
 if(ZN_UDF_HAS_NO_SEMANTIC_INTERPOSITION)
   target_compile_options(zn_udf PRIVATE -fno-semantic-interposition)
 endif()
 
-# The standard library's templates have default visibility whatever the preset says. A list of exports keeps them
-# to ourselves, and with them the GNU-unique symbols of <regex>, which would pin the library in memory after dlclose.
+# Templates of the standard library have default visibility despite the visibility preset. The list of exports hides
+# them. Among them are the GNU-unique symbols of <regex>, which would keep the library in memory after dlclose.
 if(APPLE)
   set(ZN_UDF_EXPORTS ${PROJECT_SOURCE_DIR}/cmake/zn_udf.exported)
   target_link_options(zn_udf PRIVATE LINKER:-exported_symbols_list,${ZN_UDF_EXPORTS})

@@ -1,5 +1,5 @@
-# `cpack` makes two Debian packages of the installed files: libzn-udf1 holds the library, libzn-udf-dev what it takes to
-# build programs with it. The preset `package` configures for it.
+# `cpack` creates two Debian packages from the installed files: libzn-udf1 with the library, and libzn-udf-dev with the
+# files to build programs with it. The preset `package` configures the build for them.
 set(library_package libzn-udf${PROJECT_VERSION_MAJOR})
 set(development_package libzn-udf-dev)
 
@@ -29,12 +29,12 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${development_package})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
-"This package holds what it takes to build programs with ${library_package}:
+"This package contains the files to build programs with ${library_package}:
 headers, CMake package, pkg-config file and manual.")
 
-# What Debian's policy asks of every package beyond the files themselves.
+# Debian's policy requires these files in every package.
 if(ZN_UDF_DEBIAN)
-  # One of the public headers includes expat's: hosts need the package that it is from.
+  # A public header includes expat.h, so the development package depends on the package that owns it.
   find_program(ZN_UDF_DPKG_QUERY dpkg-query REQUIRED)
   execute_process(COMMAND ${ZN_UDF_DPKG_QUERY} -S ${EXPAT_INCLUDE_DIR}/expat.h
     OUTPUT_VARIABLE owner RESULT_VARIABLE failed)

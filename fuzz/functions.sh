@@ -1,24 +1,25 @@
 #!/bin/sh
-# Sourced by run and replay, in the root of the source tree: how targets are run, and what is told of it.
+# Sourced by run and replay in the root of the source tree. Runs the fuzzers, which are CMake targets, and reports
+# results.
 
 fuzzers=$PWD/fuzz
-# shellcheck disable=SC2034  # for the callers
+# shellcheck disable=SC2034  # The callers use it.
 corpora=$fuzzers/corpus
 
-# What the targets write while they run: in memory where there is such a place.
+# The targets write their files here while they run, in memory if possible.
 scratch=$(mktemp -d /dev/shm/zn_udf_fuzz.XXXXXX 2>/dev/null || mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 trap 'exit 1' HUP INT TERM
 
 processors=$(getconf _NPROCESSORS_ONLN 2>/dev/null || echo 1)
 
-# targets_of BUILD_DIR: the names of the targets, one a line.
+# targets_of BUILD_DIR: prints the names of the targets, one per line.
 targets_of() {
   cat "$1/fuzz/targets.txt"
 }
 
-# run_targets BUILD_DIR LOGS FINDINGS ARGUMENTS TARGET...: runs the targets, as many at a time as there are processors.
-# In ARGUMENTS, words for each of them, {} stands for the target's name. LOGS and FINDINGS are directories.
+# run_targets BUILD_DIR LOGS FINDINGS ARGUMENTS TARGET...: runs the targets, one per processor at a time. ARGUMENTS are
+# the arguments of each target, in which {} stands for its name. LOGS and FINDINGS are directories.
 run_targets() {
   build=$1 logs=$2 findings=$3 arguments=$4
   shift 4
@@ -33,16 +34,17 @@ run_targets() {
   ' sh "$build" "$logs" "$findings" "$fuzzers"
 }
 
-# report LOGS FINDINGS TARGET...: a row for each target, and what a failed one said. False when one failed.
+# report LOGS FINDINGS TARGET...: prints a row for each target and the output of failed ones. Fails if any target
+# failed.
 report() {
   logs=$1 findings=$2
   shift 2
   failed=0
-  printf '%-22s %12s %9s %9s\n' target inputs coverage findings
+  printf '%-22s %12s %9s %9s\n' fuzzer inputs coverage findings
   for target in "$@"; do
     log=$logs/$target.log
     inputs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n 1)
-    # A target that ends in a crash writes no statistics.
+    # A target that crashes writes no statistics.
     [ -n "$inputs" ] || inputs=$(sed -n 's/^#\([0-9]*\).*/\1/p' "$log" | tail -n 1)
     coverage=$(sed -n 's/^#.* cov: \([0-9]*\).*/\1/p' "$log" | tail -n 1)
     count=0
@@ -56,6 +58,6 @@ report() {
     echo "== $target"
     grep -vE '^(INFO:|#[0-9]+[[:space:]]|stat::)' "$logs/$target.log" | tail -n 40
   done
-  [ "$failed" -eq 0 ] || { echo; echo "Inputs that failed: $findings"; }
+  [ "$failed" -eq 0 ] || { echo; echo "Failing inputs: $findings"; }
   [ "$failed" -eq 0 ]
 }

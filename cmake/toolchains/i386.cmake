@@ -5,7 +5,7 @@ set(CMAKE_C_COMPILER i686-linux-gnu-gcc)
 set(CMAKE_CXX_COMPILER i686-linux-gnu-g++)
 set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/i386-linux-gnu/pkgconfig)
 
-# Most kernels for 64-bit x86 run such programs by themselves.
+# Most kernels for x86-64 run 32-bit programs without an emulator.
 execute_process(COMMAND /lib/ld-linux.so.2 --version OUTPUT_QUIET ERROR_QUIET RESULT_VARIABLE cannot_run)
 if(cannot_run)
   set(CMAKE_CROSSCOMPILING_EMULATOR qemu-i386)
