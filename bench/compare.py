@@ -308,19 +308,19 @@ def summary_text(by_program, sections, measured):
     for row in (row for row in aims if row[-1] == "**no**"):
         missed.setdefault(row[0], []).append(row[1])
     missed = [f"{words} ({', '.join(peers)})" for words, peers in missed.items()]
-    lines = [aims_met(aims) + (f" It misses: {'; '.join(missed)}." if missed else ""),
-             f"It is faster than the fastest peer in {faster} of {len(ratios)} comparisons, slower in {slower}, "
-             f"and within {100 * SIMILAR:.0f} % of it in {len(ratios) - faster - slower}.",
+    lines = [aims_met(aims) + (f" Missed aims: {'; '.join(missed)}." if missed else ""),
+             f"The library is faster than the fastest peer in {faster} of {len(ratios)} comparisons, "
+             f"slower in {slower}, and within {100 * SIMILAR:.0f} % of it in {len(ratios) - faster - slower}.",
              f"The largest ratios of our time to the fastest peer's: {'; '.join(slowest)}."]
     start, empty = measured.time("startup", OURS), measured.time("startup", "empty_library")
     if start and empty:
-        lines.append(f"A program that links the library runs in {time_text(start)} from exec to exit, "
+        lines.append(f"An empty program that links the library takes {time_text(start)} from exec to exit, "
                      f"{ratio_text(start, empty)} times as long as with an empty library.")
     peaks = [peak_over_result(row, measured) for row in by_program["memory"].rows[1:]]
     lines.append(f"Peak memory is {min(peaks):.2f} to {max(peaks):.2f} times the memory of the result alone.")
     powers = [power for _, power in exponents(by_program, measured)]
     lines.append(f"The exponents of growth at large sizes lie between {min(powers):.2f} and {max(powers):.2f}, "
-                 f"where 1 is linear. Copying text has {exponent(measured.points('growth_copy')):.2f}.")
+                 f"where 1 is linear. The exponent of copying text is {exponent(measured.points('growth_copy')):.2f}.")
     return bullets(lines)
 
 
@@ -402,7 +402,7 @@ def growth_text(by_program, measured):
                      time_text(points[-1][1]), f"{points[-1][1] / points[-1][0]:.2f} ns",
                      measured.orders.get(row.name, ""), f"{exponent(points):.2f}"])
     named = (f"Superlinear at large sizes: {', '.join(steep) or 'nothing'}. "
-             f"Copying text has the exponent {exponent(measured.points('growth_copy')):.2f}.")
+             f"The exponent of copying text is {exponent(measured.points('growth_copy')):.2f}.")
     return table(["Work", "Sizes", "Time, smallest", "Time, largest", "Per unit, largest", "Best fit", "Exponent"],
                  rows) + "\n\n" + textwrap.fill(named, WIDTH)
 
