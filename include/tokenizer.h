@@ -1,5 +1,6 @@
 /// \file
-/// Splitting text into tokens, and the stream helpers for strings.
+/// Splits text into tokens. Also declares a stream inserter for strings, and manipulators for
+/// number bases.
 ///
 ///     zn_lib::Tokenizer date("2024-05-06 10:20", "-/.,:; ");
 ///     date.tokens                ->  {"2024", "05", "06", "10", "20"}
@@ -20,63 +21,68 @@ namespace zn_lib {
 /// Writes `text` up to its first NUL, as the stream writes a C string: width and fill apply.
 /// Returns `os`.
 ///
-/// Inside namespace zn_lib, and for `String` everywhere, this inserter is taken before the standard
-/// library's, which writes NULs too. A host with `using namespace zn_lib` gets it for all its
-/// strings.
+/// Overload resolution prefers this function to the standard library's, which also writes NULs, in
+/// three cases: inside namespace zn_lib, for a `String` anywhere, and for every string in a host
+/// with `using namespace zn_lib`.
 ZN_UDF_API std::ostream& operator<<(std::ostream& os, std::string text);
 
-/// Manipulators: `os << setHexadecimal << 31` writes "0X1F", with `setOctal` 8 is "010".
+/// Sets the number base of a stream, and its flags `showbase` and `uppercase`.
 ///
-/// Each sets the number base, and `showbase` and `uppercase`, which stay set on the stream: nothing
-/// here clears them.
+///     os << setHexadecimal << 31   ->  "0X1F"
+///     os << setOctal << 8          ->  "010"
+///
+/// The flags stay set on the stream; no function of the library clears them.
 /// @{
 ZN_UDF_API std::ostream& setDecimal(std::ostream& os);
 ZN_UDF_API std::ostream& setHexadecimal(std::ostream& os);
 ZN_UDF_API std::ostream& setOctal(std::ostream& os);
 /// @}
 
-/// A token: a std::string, usable wherever one is.
+/// Holds a token. It can be used wherever a std::string can.
 class ZN_UDF_API String : public std::string {
  public:
-  String() = default;               ///< the empty text
-  String(const std::string& text);  ///< a copy of `text`
+  String() = default;               ///< creates an empty text
+  String(const std::string& text);  ///< copies `text`
 };
 
-/// The order of std::string's `<`: byte by byte as unsigned values, a prefix before the longer
-/// text.
+/// Orders texts as std::string's `<` does: byte by byte as unsigned values, and a prefix before the
+/// longer text.
 struct ZN_UDF_API vector_key {
   bool operator()(const std::string& a, const std::string& b) const;  ///< true for `a` before `b`
 };
 
-/// Cuts a text at delimiters and keeps the pieces.
+/// Splits a text at delimiters and keeps the tokens.
 ///
-/// Every delimiter ends a token, an empty one too; what follows the last delimiter is a token only
-/// when it is not empty. A text without delimiters is one token, the empty text one empty token:
+/// Every delimiter ends a token, which may be empty. The text after the last delimiter is a token
+/// only if it is not empty. A text without delimiters is one token, so the empty text yields one
+/// empty token.
 ///
 ///     "a,b,,c"  ->  "a", "b", "", "c"           "a,b,"  ->  "a", "b"
 ///     ",a"      ->  "", "a"                     ","     ->  ""
 ///
-/// Both split functions replace the tokens of an earlier call; their arguments may be tokens of the
-/// object itself.
+/// Each call of a split function replaces the tokens of the previous call. Its arguments may be
+/// tokens of the same object.
 class ZN_UDF_API Tokenizer {
  public:
-  /// Holds no tokens.
+  /// Creates a tokenizer without tokens.
   Tokenizer();
 
-  /// Splits at once; throws as `split` does.
+  /// Splits `text` as `split` does, and throws as `split` does.
   Tokenizer(const std::string& text, std::string delimiters);
 
-  /// Splits `text` at each of the characters in `delimiters` and returns the number of tokens.
+  /// Splits `text` at each character of `delimiters` and returns the number of tokens.
   ///
-  /// `delimiters` is read as the inside of a bracket expression: "a-c" is a range ("+-", with the
-  /// hyphen at an end, is plus and minus), a "^" in front negates, a backslash escapes (`\d` is any
-  /// digit), "]" ends the set early. No delimiters split nothing.
+  /// `delimiters` is read as the inside of a bracket expression: "a-c" is a range, a leading "^"
+  /// negates the set, a backslash escapes (`\d` is any digit), and "]" ends the set early. A hyphen
+  /// at either end stands for itself, so "+-" is plus and minus. If `delimiters` is empty, the
+  /// whole text is one token.
   ///
-  /// Plain characters are looked up in linear time, whatever the length. Sets with any of `^ \ [ ]`
-  /// in them, with an inner hyphen or with several, go through std::regex. A malformed one, such as
-  /// "z-a", throws std::regex_error and leaves no tokens; so does one of more than 9,998 bytes that
-  /// holds a "]", escaped or not. A set that closes early and repeats may exhaust the stack on long
-  /// texts.
+  /// A set of plain characters is searched in linear time, whatever the length of the text. A set
+  /// that contains any of `^ \ [ ]`, an inner hyphen or several hyphens runs on std::regex. If its
+  /// first "]" is followed by a repetition, as in "a]+b", it may exhaust the stack on long texts.
+  ///
+  /// Throws std::regex_error and leaves no tokens if the set is malformed, such as "z-a". Throws
+  /// the same if `delimiters` contains a "]", escaped or not, and is longer than 9,998 bytes.
   std::size_t split(const std::string& text, const std::string& delimiters);
 
   /// Splits `text` at each match of `pattern`, an ECMAScript regular expression, and returns the
@@ -84,18 +90,19 @@ class ZN_UDF_API Tokenizer {
   ///
   ///     splitMulti("one, two,three", ", ?")  ->  "one", "two", "three"
   ///
-  /// A pattern of plain characters, ", ", is looked up in linear time, whatever the length. All
-  /// others go through std::regex. A malformed one throws std::regex_error and leaves no tokens; so
-  /// does one of more than 10,000 bytes, unless it is a single set, "[...]", with no "]" but its
-  /// last. One that repeats may exhaust the stack where a match is tens of thousands of characters
-  /// long.
+  /// A pattern of plain characters, such as ", ", is searched in linear time, whatever the length
+  /// of the text. Every other pattern runs on std::regex. A pattern with repetitions may exhaust
+  /// the stack if a match is tens of thousands of characters long.
+  ///
+  /// Throws std::regex_error and leaves no tokens if a pattern that runs on std::regex is malformed
+  /// or longer than 10,000 bytes. A single set, "[...]", with no other "]" may be longer.
   std::size_t splitMulti(const std::string& text, const std::string& pattern);
 
-  /// Sorts the tokens in the order of `vector_key`. False, and nothing changes, when there are
-  /// fewer than two.
+  /// Sorts the tokens in the order of `vector_key` and returns true. Returns false if there are
+  /// fewer than two tokens.
   bool sortTokens();
 
-  /// The token at `index`, counted from 0; empty when there is no such token.
+  /// Returns the token at `index`, counted from 0. Returns an empty token if there is none.
   String getToken(std::size_t index) const;
 
   /// The tokens in text order.

@@ -1,12 +1,12 @@
 /// \file
-/// Directories: changing into, creating, listing and copying them.
+/// Changes into, creates, lists and copies directories.
 ///
 ///     std::vector<std::string> entries;
-///     zn_lib::listDir("src", "\\.cpp$", true, entries);   // adds what ends in ".cpp"
+///     zn_lib::listDir("src", "\\.cpp$", true, entries);   // adds the names that end in ".cpp"
 ///     zn_lib::listDir("", "<dir>", true, entries);        // adds the subdirectories here
 ///
-/// Failures are told by the result and, for listing and copying, through `errorMessage`, which
-/// shows in verbose mode only. Nothing is thrown, except when memory runs out.
+/// The return value reports a failure. Listing and copying also report it through `errorMessage`,
+/// which prints in verbose mode only. Functions throw only when memory runs out.
 #ifndef ZN_DIR_H
 #define ZN_DIR_H
 
@@ -17,41 +17,45 @@
 
 namespace zn_lib {
 
-/// Changes the working directory of the whole process. True when that succeeded. "~" is not
+/// Changes the working directory of the whole process. Returns true on success. "~" is not
 /// expanded.
 ZN_UDF_API bool changeDir(const std::string& dir);
 
-/// Creates a directory that owner and group may use, as far as the umask lets them. True when that
-/// succeeded; false for one that exists. Creates no parents and does not expand "~".
+/// Creates a directory with the permissions 0770, less the umask. Returns true on success, and
+/// false if the directory exists. Creates no parents and does not expand "~".
 ZN_UDF_API bool createDir(const std::string& dir);
 
-/// Appends the names of entries of `dir`, without the directory, to `entries`, in the order in
-/// which the system gives them; what `entries` held before stays. An empty `dir` is the working
-/// directory; a "~" in it is expanded.
+/// Appends the names of the entries of `dir` to `entries`, without the directory and in the
+/// system's order. Names already in `entries` stay. An empty `dir` is the working directory. A "~"
+/// in `dir` is expanded.
 ///
-/// `filter` is a regular expression (ECMAScript) and is searched anywhere in the name: "txt$"
-/// selects names that end in "txt", and in "a.b" the dot stands for any character. An empty one
-/// selects all. The filter `"<dir>"` selects the subdirectories, without "." and "..", and no links
-/// to directories. `skipHidden` leaves out names that begin with a dot, "." and ".." among them.
+/// `filter` is an ECMAScript regular expression, searched anywhere in the name: "txt$" selects
+/// names that end in "txt", and in "a.b" the dot stands for any character. An empty filter selects
+/// all names. The filter `"<dir>"` selects subdirectories; it excludes ".", ".." and links to
+/// directories. `skipHidden` leaves out names that begin with a dot, including "." and "..".
 ///
-/// A directory that cannot be read to its end counts as one that cannot be opened.
+/// Returns false and leaves `entries` unchanged if the directory cannot be opened or read to its
+/// end; the message is "Couldn't open the directory".
 ///
-/// False, with `entries` unchanged, and a message "Couldn't open the directory", or "Invalid
-/// filter" for one that is no regular expression or is too long. Too long is a filter of more than
-/// 10,000 bytes, unless it consists of plain characters and dots, or is a single set, "[...]", with
-/// no "]" but its last. A filter with repetitions runs on std::regex, which may exhaust the stack
-/// on names only where a file system allows names of thousands of bytes.
+/// Returns false and leaves `entries` unchanged if the filter is malformed or too long; the message
+/// is "Invalid filter". A filter may have up to 10,000 bytes. A filter of plain characters and
+/// dots, or a single set, "[...]", with no other "]", may be longer.
+///
+/// A filter with repetitions runs on std::regex, which may exhaust the stack on very long names.
+/// Only file systems that allow names of thousands of bytes are affected.
 ZN_UDF_API bool listDir(std::string dir, const std::string& filter, bool skipHidden,
                         std::vector<std::string>& entries);
 
-/// Copies the files of `source` whose names do not begin with a dot into `target`, which is created
-/// when it is missing. "~" in the names is expanded, in the caller's strings too.
+/// Copies the files of `source` whose names do not begin with a dot into `target`. Creates `target`
+/// if it is missing. "~" is expanded in both names, in the caller's strings too.
 ///
-/// Files that `target` has already are kept. Subdirectories are not entered: each becomes an empty
-/// file. True when the copying was attempted, whatever became of the single files; false, with a
-/// message, when a name is empty, `source` does not exist, or `target` cannot be created. A
-/// `source` that cannot be listed, such as a plain file, prints "Couldn't open the directory", and
-/// the result is true: `target` is created, and nothing is copied.
+/// Files that exist in `target` are kept. Subdirectories are not entered: each becomes an empty
+/// file.
+///
+/// Returns true once the copying was attempted, whatever the result for the single files. Returns
+/// false, with a message, if a name is empty, `source` does not exist, or `target` cannot be
+/// created. If `source` exists but cannot be listed, such as a plain file, the message is "Couldn't
+/// open the directory", and the result is true: `target` is created, and nothing is copied.
 ZN_UDF_API bool copyDir(std::string& source, std::string& target);
 
 }  // namespace zn_lib

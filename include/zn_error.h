@@ -1,12 +1,12 @@
 /// \file
-/// Numbered error messages, kept in XML catalogs, and the system's own last error.
+/// Reads numbered error messages from XML catalogs and prints them, or the system's last error.
 ///
 ///     std::map<int, std::string, zn_lib::error_order> catalog;
 ///     zn_lib::readErrorFile("errors.xml", catalog);
 ///     zn_lib::setVerbose(true);
 ///     zn_lib::showErrorMessage(catalog, 2);   // standard error: ERROR: #2<tab>Text of error two
 ///
-/// A catalog is an XML file of this form, whatever its root element is called:
+/// A catalog is an XML file of this form. The root element may have any name.
 ///
 ///     <?xml version="1.0" encoding="UTF-8"?>
 ///     <ERRORS>
@@ -14,15 +14,17 @@
 ///     <ERROR><ID>2</ID><MESSAGE>Text of error two</MESSAGE></ERROR>
 ///     </ERRORS>
 ///
-/// Write the elements of one error directly after one another. Text that follows `</ID>` or
-/// `</MESSAGE>`, and be it a line break, is taken for the number or the message, which then is 0 or
-/// empty: a catalog with a line for each element reads as number 0 without a message. An error
-/// without number or message has those of the error before it. A number beyond 32 bits keeps its
-/// lowest 32 on every machine: 4294967298 is 2. One beyond 64 bits is -1, or 0 if it is negative.
+/// Write the elements of one error directly after one another. Text after `</ID>` or `</MESSAGE>`,
+/// even a line break, replaces the number or the message, which then becomes 0 or empty. A catalog
+/// with a line for each element therefore reads as number 0 without a message.
 ///
-/// A message keeps the last of the pieces in which the parser delivers it, without its leading
-/// blanks. References, line breaks, comments, CDATA sections and the ends of the blocks in which
-/// the file is read separate pieces:
+/// An error without a number or a message takes that of the previous error. A number beyond 32 bits
+/// keeps its lowest 32 bits on every machine: 4294967298 is 2. A number beyond 64 bits is -1, or 0
+/// if it is negative.
+///
+/// The parser delivers a message in pieces, and only the last piece is kept, without its leading
+/// whitespace. A new piece starts at each reference, line break, comment and edge of a CDATA
+/// section, and at the end of each block in which the file is read:
 ///
 ///     Tom &amp; Jerry            ->  "Jerry"
 ///     Tom &amp;amp; Jerry        ->  "amp; Jerry"
@@ -32,10 +34,9 @@
 ///     one <![CDATA[& two]]>      ->  "& two"
 ///
 /// Put a message with such characters into one CDATA section, on one line. A message whose end tag
-/// has a line of its own is empty.
+/// is on a line of its own is empty.
 ///
-/// The printing functions print in verbose mode only. Nothing is thrown, except when memory runs
-/// out.
+/// The printing functions print in verbose mode only. Functions throw only when memory runs out.
 #ifndef ZN_ERROR_H
 #define ZN_ERROR_H
 
@@ -47,9 +48,9 @@
 
 namespace zn_lib {
 
-/// Ascending order of error numbers.
+/// Orders error numbers from low to high.
 struct ZN_UDF_API error_order {
-  bool operator()(int a, int b) const;  ///< `a` < `b`
+  bool operator()(int a, int b) const;  ///< returns `a` < `b`
 };
 
 extern template class XmlEvent<std::map<int, std::string, error_order>>;
@@ -57,44 +58,46 @@ extern template class XmlEvent<std::map<int, std::string, error_order>>;
 /// Fills a map from error number to message while a catalog is parsed.
 class ZN_UDF_API ErrorEvent final : public XmlEvent<std::map<int, std::string, error_order>> {
  public:
-  /// Nothing read.
+  /// Creates a handler that has read nothing.
   ErrorEvent();
 
-  /// Keeps `name` as the element whose text follows.
+  /// Stores `name` in `tag`.
   void OnStartElement(const XML_Char* name, const XML_Char** attributes) override;
 
-  /// Keeps `name` too; the end of an `ERROR` stores the message under its number.
+  /// Stores `name` in `tag`. At the end of an `ERROR`, stores the message under its number.
   void OnEndElement(const XML_Char* name) override;
 
-  /// Keeps the text of an `ID` or a `MESSAGE`, without its leading blanks.
+  /// Stores the text if `tag` is "ID" or "MESSAGE", without its leading whitespace.
   void OnCharacterData(const XML_Char* text, int length) override;
 
-  /// Copies each message that was read into `catalog`, in place of one with the same number.
+  /// Copies the messages read into `catalog`. They replace messages with the same number.
   void exportData(std::map<int, std::string, error_order>& catalog);
 
-  std::string tag;      ///< the element last started or ended
-  int id = 0;           ///< the number last read
-  std::string message;  ///< the message last read
+  std::string tag;      ///< the element that started or ended last
+  int id = 0;           ///< the number that was read last
+  std::string message;  ///< the message that was read last
 };
 
 extern template class ReadXml<ErrorEvent>;
 
-/// Reads a catalog into `catalog`, in place of messages with the same numbers. Always true: a file
-/// that is missing or malformed adds what could be read of it, without a message. "~" in the name
-/// is expanded.
+/// Reads a catalog file into `catalog`. Its messages replace those with the same number. "~" in the
+/// file name is expanded.
+///
+/// Always returns true and prints nothing. A malformed file adds the messages before the error, and
+/// a missing file adds none.
 ZN_UDF_API bool readErrorFile(std::string fileName,
                               std::map<int, std::string, error_order>& catalog);
 
-/// Prints "#", the number, a tab and its message through `errorMessage`. A number that `catalog`
-/// does not hold is put into it, with an empty message, in quiet mode too.
+/// Prints "#", the number, a tab and the message through `errorMessage`. A number that is missing
+/// in `catalog` is added with an empty message, even in quiet mode.
 ZN_UDF_API void showErrorMessage(std::map<int, std::string, error_order>& catalog, int id);
 
-/// Prints all messages in the order of their numbers between two lines of hyphens, through
+/// Prints all messages in the order of their numbers, between two lines of hyphens, through
 /// `display`.
 ZN_UDF_API void showErrorList(std::map<int, std::string, error_order>& catalog);
 
-/// Prints the C library's last error, "System error #2. No such file or directory", through
-/// `errorMessage`. The text is in the language of the C locale.
+/// Prints the C library's last error through `errorMessage`: "System error #2. No such file or
+/// directory". The text is in the language of the current C locale.
 ZN_UDF_API void systemError();
 
 }  // namespace zn_lib

@@ -1,5 +1,5 @@
 /// \file
-/// File names taken apart and put together, and operations on whole files.
+/// Splits and joins file names, and operates on whole files.
 ///
 ///     std::string name = "C:\\tmp\\x.txt";
 ///     zn_lib::name_of_file parts = zn_lib::splitFileName(name);
@@ -8,11 +8,13 @@
 ///     zn_lib::createFileName("~/conf", "app", "xml")     ->  "/home/ada/conf/app.xml"
 ///
 /// The name functions work on text alone and touch no file. A backslash separates directories as
-/// "/" does: functions that analyse a name turn each backslash into "/" first, in the caller's
-/// string too where they take it by reference. The file operations take names as they are: no
-/// backslash and no "~" is replaced. They print no message and tell their outcome by their result.
+/// "/" does. A function that analyses a name first turns each backslash into "/", in the caller's
+/// string too if it takes the name by reference.
 ///
-/// Nothing is thrown, except when memory runs out.
+/// The file operations use names as they are: they replace neither backslashes nor "~". They print
+/// no messages; the return value reports the outcome.
+///
+/// Functions throw only when memory runs out.
 #ifndef ZN_FILE_H
 #define ZN_FILE_H
 
@@ -22,50 +24,50 @@
 
 namespace zn_lib {
 
-/// A file name in three parts. A moved-from one is empty.
+/// Holds a file name in three parts. A moved-from object is empty.
 struct name_of_file {
-  std::string path;       ///< the directory with its "/"; empty when there is none
-  std::string name;       ///< what follows the directory, without the extension
-  std::string extension;  ///< the last extension, without its dot; empty when there is none
+  std::string path;       ///< the directory with its "/", or empty
+  std::string name;       ///< the base name, without directory and extension
+  std::string extension;  ///< the last extension without its dot, or empty
 };
 
-/// The root of the file objects: holds the name of a file in its parts.
+/// Holds the name of a file in its parts. This is the base class of the file objects.
 class ZN_UDF_API FileName {
  public:
-  virtual ~FileName();  ///< does nothing of its own
+  virtual ~FileName();  ///< does nothing
 
-  /// Splits `name` into `nameParts`; each backslash in it becomes "/".
+  /// Splits `name` into `nameParts`. Each backslash in `name` becomes "/".
   void setFileName(std::string& name);
 
-  /// The parts joined by `createFileName` and passed through `checkHomePath`.
+  /// Joins the parts with `createFileName` and passes the result through `checkHomePath`.
   ///
-  /// So "~" may be replaced twice: the first one of the directory, then the first one that is left,
-  /// in the directory or behind it. A backup name such as "data.cfg~" comes back as
-  /// "data.cfg/home/ada", and "~/a~b/c" as "/home/ada/a/home/adab/c". And leading blanks go when
-  /// there is no directory.
+  /// "~" may therefore be replaced twice: the first one in the directory, and then the first one
+  /// that is left anywhere in the name. "~/a~b/c" comes back as "/home/ada/a/home/adab/c", and the
+  /// backup name "data.cfg~" as "data.cfg/home/ada". If there is no directory, leading whitespace
+  /// is removed.
   std::string getFileName();
 
   /// The name that was set.
   name_of_file nameParts;
 
  protected:
-  FileName();  ///< an empty name
+  FileName();  ///< creates an empty name
 };
 
 // ---- Names
 
-/// Appends "/" to `dir` unless it is empty or ends in one.
+/// Appends "/" to `dir` unless `dir` is empty or ends in "/".
 ZN_UDF_API void addEndSlash(std::string& dir);
 
-/// Removes leading blanks from `name` and replaces the first "~" in it, wherever it stands, by the
-/// environment variable HOME: "a~b" becomes "a/home/adab". Without HOME only the blanks go.
+/// Removes leading whitespace from `name` and replaces its first "~" by the environment variable
+/// HOME. The "~" may be anywhere: "a~b" becomes "a/home/adab". If HOME is not set, "~" stays.
 ZN_UDF_API void checkHomePath(std::string& name);
 
-/// Splits `name` into directory, base name and last extension.
+/// Splits `name` into its directory, base name and last extension.
 ///
-/// Each backslash in `name` becomes "/" first, in the caller's string too. The extension is
-/// whatever follows the last dot anywhere in the text, so a dot in a directory name is taken for
-/// it. Dots and slashes at the very beginning or end belong to the base name:
+/// Each backslash in `name` first becomes "/", in the caller's string too. The text is cut at the
+/// last dot first, even if that dot is in a directory name. The rest is then cut after its last
+/// slash. A dot or slash counts only if there is text on both sides of it:
 ///
 ///     splitFileName("src/zn_str.cpp")  ->  "src/", "zn_str",  "cpp"
 ///     splitFileName("dir.d/file")      ->  "",     "dir",     "d/file"
@@ -76,57 +78,67 @@ ZN_UDF_API void checkHomePath(std::string& name);
 ///     splitFileName("/etc")            ->  "",     "/etc",    ""
 ///     splitFileName("dir/")            ->  "",     "dir/",    ""
 ///
-/// A name that holds a line feed or a carriage return yields three empty parts.
+/// A name that contains a line feed or a carriage return yields three empty parts.
 ZN_UDF_API name_of_file splitFileName(std::string& name);
 
-/// `name` without its last extension and dot; the directory stays. Each backslash in `name` becomes
-/// "/" first, in the caller's string too. The extension is that of `splitFileName`; a name with a
-/// line break has none.
+/// Returns `name` without its last extension and dot; the directory stays. Each backslash in `name`
+/// first becomes "/", in the caller's string too. The extension is that of `splitFileName`. A name
+/// with a line break has none.
 ZN_UDF_API std::string stripExtension(std::string& name);
 
-/// Joins the parts of a name. `dir` goes through `checkHomePath`, a backslash in it becomes "/",
-/// and one "/" is added where it is missing; `name` and `ext` are taken as they are. An empty `dir`
-/// or `ext` adds nothing, not even its mark.
+/// Joins the parts of a name. `dir` passes through `checkHomePath`, each backslash in it becomes
+/// "/", and a "/" is appended if it does not end in one. `name` and `ext` stay as they are. An
+/// empty `dir` or `ext` adds nothing, not even its "/" or dot.
 ZN_UDF_API std::string createFileName(std::string dir, const std::string& name,
                                       const std::string& ext);
 
 // ---- Files
 
-/// Copies `source` to `target`. An existing target is removed first when `overwrite` is true.
+/// Copies `source` to `target`. If `overwrite` is true, an existing target is removed first.
 ///
-/// False, with nothing changed, when `source` does not exist, or `target` does and may not or
-/// cannot be removed, or the disk fails as it is looked for. True means only that the copy was
-/// attempted: a target that cannot be created or a disk that is full gives true as well, so check
-/// the target where it matters. Copying a file onto itself with `overwrite` leaves it empty.
+/// Returns false and changes nothing in these cases:
+///
+/// - `source` does not exist;
+/// - `target` exists, and `overwrite` is false or it cannot be removed;
+/// - a disk error prevents the check.
+///
+/// Returns true once the copy was attempted, even if the target cannot be created or the disk is
+/// full. Check the target where it matters. Copying a file onto itself with `overwrite` leaves it
+/// empty.
 ZN_UDF_API bool fileCopy(const std::string& source, const std::string& target, bool overwrite);
 
-/// Renames a file; true when that succeeded. An existing `newName` is removed first when
-/// `overwrite` is true, and is lost when the renaming then fails: a file renamed onto itself with
-/// `overwrite` is gone. False when `oldName` does not exist, or `newName` does and may not or
-/// cannot be removed, or the disk fails as it is looked for.
+/// Renames a file and returns true on success. If `overwrite` is true, an existing `newName` is
+/// removed first; it is lost if the renaming then fails. Renaming a file onto itself with
+/// `overwrite` therefore deletes it.
+///
+/// Returns false and changes nothing in these cases:
+///
+/// - `oldName` does not exist;
+/// - `newName` exists, and `overwrite` is false or it cannot be removed;
+/// - a disk error prevents the check.
 ZN_UDF_API bool fileRename(const std::string& oldName, const std::string& newName, bool overwrite);
 
-/// Moves the file to its backup name, `name` followed by "~", in place of an earlier backup. It
-/// moves, it does not copy: afterwards there is no file called `name`. True when that succeeded.
+/// Moves the file to its backup name, `name` followed by "~", and replaces an earlier backup. It
+/// moves the file rather than copying it: afterwards there is no file called `name`. Returns true
+/// on success.
 ZN_UDF_API bool createBackup(const std::string& name);
 
-/// Prints the bytes of a file in rows of `width`, in hexadecimal and as ASCII characters.
+/// Prints the bytes of a file in rows of `width`, in hexadecimal and as ASCII characters. Returns
+/// false and prints nothing if the file cannot be opened.
 ///
-/// False, and nothing is printed, when the file cannot be opened. The header goes to standard
-/// output whatever the verbose flag; the rows go through `display`, only when it is set, and the
-/// file is read only then.
+/// The header goes to standard output, whatever the verbose flag. The rows go through `display`. In
+/// quiet mode there are no rows and the file is not read.
 ///
-/// The end of the file, or a read that fails, is written as one more byte, "ffffffff". The
-/// characters of the row that it leaves incomplete are not printed:
+/// The end of the file is printed as one more byte, "ffffffff"; so is a failed read. If that entry
+/// leaves its row incomplete, the characters of the row are not printed:
 ///
 ///      0  1  2  3   0123
 ///
 ///     48 65 6c 6c   Hell
 ///     6f ffffffff
 ///
-/// With a `width` below 1 the header is empty and each byte has a row of its own. A file whose
-/// length is one short of a multiple of `width` has the "." of its end in the last row's
-/// characters.
+/// If the entry completes its row, it appears as "." among the characters. A `width` below 1 leaves
+/// the header without columns and gives each byte a row of its own.
 ZN_UDF_API bool hexDump(const std::string& name, int width);
 
 }  // namespace zn_lib

@@ -1,9 +1,8 @@
 /// \file
-/// Moon phase: the moon's position relative to the sun, how much of its disc is lit, and which of
-/// eight phases that is.
+/// Computes the moon's position relative to the sun, the lit fraction of its disc, and its phase.
 ///
 ///     zn_lib::MoonPhase moon;
-///     moon.days = julian / 86400000.0 - 2444238.5;   // of a Julian value: 26 January 2024, 0:00
+///     moon.days = julian / 86400000.0 - 2444238.5;   // from a Julian value: 26 January 2024, 0:00
 ///     moon.compute();
 ///     moon.phaseAngle    ->  182.79 (degrees)
 ///     moon.illuminated   ->  0.99941
@@ -15,40 +14,41 @@
 
 namespace zn_lib {
 
-/// Geocentric ecliptic longitudes of sun and moon from a compact analytic model, that of Peter
-/// Duffett-Smith, "Practical Astronomy with Your Calculator", epoch 1980 January 0.0: a Kepler
-/// orbit for the sun; mean motions with evection, annual equation, equation of centre and variation
-/// for the moon.
+/// Computes the geocentric ecliptic longitudes of sun and moon, and the moon's phase. The compact
+/// analytic model is that of Peter Duffett-Smith, "Practical Astronomy with Your Calculator", epoch
+/// 1980 January 0.0. The sun follows a Kepler orbit. The moon's mean motions are corrected by
+/// evection, annual equation, equation of centre and variation.
 ///
-/// Checked at every half hour of the years 2000 to 2050 (UT) against PyEphem (VSOP87, ELP2000): the
-/// largest errors are 0.34 degrees in `phaseAngle`, 0.004 in `illuminated` and 0.05 degrees in the
-/// sun's longitude; `phaseAngle` passes 0 and 180 within 36 minutes of every new and full moon.
+/// A comparison with PyEphem (VSOP87, ELP2000) at every half hour of the years 2000 to 2050 (UT)
+/// found these largest errors: 0.34 degrees in `phaseAngle`, 0.004 in `illuminated`, and 0.05
+/// degrees in the sun's longitude. `phaseAngle` passes 0 and 180 within 36 minutes of every new and
+/// full moon.
 ///
-/// Angles are degrees. `days` may be any value; an infinity and NaN, and values so large that they
-/// overflow, give NaN angles and phase 0. Objects are independent of each other; nothing is printed
-/// or thrown.
+/// Angles are in degrees. `days` may have any value: NaN, an infinity, or a value so large that the
+/// model overflows gives NaN angles and phase 0. Objects are independent of each other. Nothing is
+/// printed or thrown.
 class ZN_UDF_API MoonPhase {
  public:
-  /// Days since 0:00 of 31 December 1979, Julian Date 2444238.5; set by the host.
+  /// The days since 0:00 of 31 December 1979, which is Julian Date 2444238.5; set by the host.
   double days = 0.0;
 
-  /// The moon's longitude less the sun's, 0 to 360; written by `compute`. Close to a new moon it
-  /// may leave that range by a few degrees on either side: 360 is added once, and to negative
-  /// values only.
+  /// The moon's longitude minus the sun's, 0 to 360; written by `compute`. Close to a new moon it
+  /// may leave that range by a few degrees on either side, since only negative values are
+  /// corrected, by adding 360 once.
   double phaseAngle = 0.0;
 
   /// The lit fraction of the disc, 0.0 (new) to 1.0 (full); written by `compute`.
   double illuminated = 0.0;
 
-  /// Written by `compute`: the 45 degrees of phase angle around 0 new moon, 1 waxing crescent, 2
-  /// first quarter, 3 waxing gibbous, 4 full moon, 5 waning gibbous, 6 last quarter, 7 waning
-  /// crescent.
+  /// The phase, a sector of 45 degrees; written by `compute`. 0 is new moon, 1 waxing crescent, 2
+  /// first quarter, 3 waxing gibbous, 4 full moon, 5 waning gibbous, 6 last quarter and 7 waning
+  /// crescent. Each sector is centred on its phase: new moon is 22.5 degrees on either side of 0.
   int phase = 0;
 
-  /// The sun's ecliptic longitude, 0 to 360.
+  /// Returns the sun's ecliptic longitude, 0 to 360.
   double sunPosition();
 
-  /// The moon's ecliptic longitude; may lie a little outside 0 to 360.
+  /// Returns the moon's ecliptic longitude, which may be slightly outside 0 to 360.
   double moonPosition();
 
   /// Fills `phaseAngle`, `illuminated` and `phase` for `days`.

@@ -1,13 +1,13 @@
 /// \file
-/// Console output and prompts.
+/// Prints messages and prompts on the console.
 ///
 ///     zn_lib::setVerbose(true);
 ///     zn_lib::message("3 files copied");   // standard output: 3 files copied
 ///     zn_lib::errorMessage("disk full");   // standard error:  ERROR: disk full
 ///
-/// One process-wide flag, off by default, decides whether the library's own messages appear at all,
-/// error messages included. It has no lock: set it once, at the start. Texts end at their first
-/// NUL. "A line" is the text, a newline and a flush of the stream.
+/// One process-wide flag decides whether the library's own messages appear, error messages
+/// included. It is off by default. It has no lock, so set it once, at the start. Texts end at their
+/// first NUL. "As a line" means with a newline and a flush of the stream.
 #ifndef ZN_OUTPUT_H
 #define ZN_OUTPUT_H
 
@@ -17,66 +17,68 @@
 
 namespace zn_lib {
 
-/// Turns the verbose flag on or off. Nothing in the library calls this.
+/// Turns the verbose flag on or off. The library never calls this function.
 ZN_UDF_API void setVerbose(bool on);
 
-/// The verbose flag; false until `setVerbose(true)`.
+/// Returns the verbose flag.
 ZN_UDF_API bool isVerbose();
 
-/// When verbose and `text` is not empty: writes the text alone to standard output, without newline
-/// or flush, so that several calls build one line.
+/// Writes `text` to standard output if the verbose flag is on. There is no newline and no flush, so
+/// several calls can build one line.
 ZN_UDF_API void display(const std::string& text);
 
-/// When verbose and `text` is not empty: writes it as a line to standard output.
+/// Writes `text` as a line to standard output if the verbose flag is on and `text` is not empty.
 ZN_UDF_API void message(const std::string& text);
 
-/// When verbose and `text` is not empty: writes "ERROR: " and the text as a line to standard error.
+/// Writes "ERROR: " and `text` as a line to standard error if the verbose flag is on and `text` is
+/// not empty.
 ZN_UDF_API void errorMessage(const std::string& text);
 
-/// Always, whatever the flag, and for an empty text too: writes "DEBUG: " and the text as a line to
-/// standard output.
+/// Writes "DEBUG: " and `text` as a line to standard output, whatever the verbose flag and even if
+/// `text` is empty.
 ZN_UDF_API void debugMessage(const std::string& text);
 
-/// When verbose and `text` is not empty: writes the text in square brackets as a line to standard
-/// output.
+/// Writes `text` in square brackets as a line to standard output if the verbose flag is on and
+/// `text` is not empty.
 ZN_UDF_API void processTitle(const std::string& text);
 
-// The prompts ignore the verbose flag. Each one flushes `std::cout` and reads one line with
+// All prompts ignore the verbose flag. Each one flushes `std::cout` and reads one line with
 // libedit's `readline`. At a terminal, libedit shows the prompt and lets the user edit the line.
-// Elsewhere it only reads. The first character of the answer counts, untrimmed; the rest of it is
-// ignored. The end of input is an empty answer, and so is input that cannot be read.
+// Elsewhere it only reads the line. Only the first character of the answer counts, and it is not
+// trimmed. The end of input and a failed read count as an empty answer.
 //
-// What a prompt shows: it ends at its first NUL. An older libedit, such as that of Debian 12, leaves
-// out tabs, line breaks, all other control characters and combining marks, so that "\x1b[31mStop?"
-// shows as "[31mStop?"; that of Debian 13 writes them as they are. Both send what stands between a
-// byte 1 and a byte 2 to the terminal: "\1\x1b[31m\2Stop?" shows in red. A prompt that the current
-// locale cannot decode is written as it is, at a terminal only.
+// Text of the prompt: it ends at its first NUL. An older libedit, such as that of Debian 12, omits
+// tabs, line breaks, other control characters and combining marks: "\x1b[31mStop?" appears as
+// "[31mStop?". The libedit of Debian 13 writes them unchanged. Both versions send the text between
+// a byte 1 and a byte 2 to the terminal unchanged: "\1\x1b[31m\2Stop?" appears in red. A prompt
+// that the current locale cannot decode is written unchanged, and only at a terminal.
 //
-// Where the answer comes from: libedit looks at standard input once, at the first prompt. If that
-// is a terminal and standard input is none later, prompts then read nothing and get an empty
-// answer. If it is no terminal, libedit shows no prompt later either, but reads the line.
+// Redirected input: libedit checks only at the first prompt whether standard input is a terminal.
+// If it was one, and standard input is redirected from a file or pipe afterwards, prompts read
+// nothing and get an empty answer. If it was not, prompts read their line but are never shown.
 //
-// Prompts read the descriptor and never change the state of `std::cin`. What `std::cin` has read
-// ahead does not reach them: after `std::getline` on a pipe, the next prompt may meet the end of
-// input at once. A host that uses both calls `std::setvbuf(stdin, nullptr, _IONBF, 0)` before it
-// reads, and leaves `std::cin` synchronized with the C library.
+// `std::cin`: prompts read from the descriptor and never change the state of `std::cin`. They miss
+// what `std::cin` has already buffered: after `std::getline` on a pipe, the next prompt may meet
+// the end of input at once. A host that uses both calls `std::setvbuf(stdin, nullptr, _IONBF, 0)`
+// before its first read, and leaves `std::cin` synchronized with the C library.
 //
 // Signals: at a terminal, libedit catches SIGINT, SIGQUIT, SIGTERM, SIGHUP and SIGTSTP. It resets
-// the terminal and sends the signal again, to the whole process group: the other processes of the
-// group get it once more. If the host handles or ignores the signal, the prompt ends with an empty
-// answer, so that `more` is true after a handled Ctrl-C. A signal that libedit does not catch ends
-// the prompt in the same way if its handler was installed without SA_RESTART. Where standard input
-// is no terminal, it catches none.
+// the terminal and sends the signal again to the whole process group, so the other processes of the
+// group get it a second time. If the host handles or ignores the signal, the prompt ends with an
+// empty answer; `more` is therefore true after a handled Ctrl-C. Any other signal ends the prompt
+// in the same way if its handler was installed without SA_RESTART. If standard input is not a
+// terminal, libedit catches no signal.
 
-/// Asks `Press <Enter> to continue ` and waits for the line.
+/// Asks `Press <Enter> to continue ` and waits for a line.
 ZN_UDF_API void pauseKey();
 
-/// Asks "Press Q to quit, any other key to continue ". False when the answer begins with q or Q,
-/// else true, for an empty answer too: a loop that only `more` ends does not end with the input.
+/// Asks "Press Q to quit, any other key to continue ". Returns false if the answer begins with q or
+/// Q, and true otherwise. An empty answer is also true, so `while (more())` goes on at the end of
+/// input.
 ZN_UDF_API bool more();
 
-/// Asks `prompt`, as given. True when the answer begins with y or Y, else false, for an empty
-/// answer too.
+/// Asks `prompt`, exactly as given. Returns true if the answer begins with y or Y, and false
+/// otherwise. An empty answer is also false.
 ZN_UDF_API bool yesOrNo(const std::string& prompt);
 
 }  // namespace zn_lib

@@ -1,5 +1,5 @@
 /// \file
-/// The machine: its operating system and its byte order.
+/// Describes the machine: its operating system and its byte order.
 ///
 ///     zn_lib::getOSName()     ->  "Linux"
 ///     zn_lib::getOSRelease()  ->  "6.1.0-18-amd64"
@@ -13,7 +13,7 @@
 
 namespace zn_lib {
 
-/// Writes six lines to standard output, whatever the verbose flag, each one flushed:
+/// Writes six lines to standard output, whatever the verbose flag, and flushes each one:
 ///
 ///     Platform information
 ///     ------------------------------
@@ -22,26 +22,27 @@ namespace zn_lib {
 ///     Hardware type       : x86_64
 ///     Name of network node: fileserver
 ///
-/// False, and nothing is written, when the system does not tell (`uname` fails).
+/// Returns false and writes nothing if `uname` fails.
 ZN_UDF_API bool platformInfo();
 
-/// The name of the operating system; "unknown" when the system does not tell. Asks it every time.
+/// Returns the name of the operating system, or "unknown" if `uname` fails. The result is not
+/// cached.
 ZN_UDF_API std::string getOSName();
 
-/// The release of the operating system; "unknown" when the system does not tell. Asks it every
-/// time.
+/// Returns the release of the operating system, or "unknown" if `uname` fails. The result is not
+/// cached.
 ZN_UDF_API std::string getOSRelease();
 
-// The library is for little-endian hosts and does not compile on others. What follows is therefore
-// constant: the order of bytes is never tested, and nothing is ever rotated.
+// The library compiles on little-endian machines only. The following functions are therefore
+// constant: they neither test the byte order nor swap any bytes.
 
-/// False, always.
+/// Always returns false.
 ZN_UDF_API bool IsBigEndian();
 
-/// `value`, unchanged: rotate2b(-2) is -2.
+/// Returns `value` unchanged: rotate2b(-2) is -2.
 ZN_UDF_API short rotate2b(short value);
 
-/// `value`, unchanged: rotate4b(0x12345678) is 0x12345678.
+/// Returns `value` unchanged: rotate4b(0x12345678) is 0x12345678.
 ZN_UDF_API unsigned int rotate4b(unsigned int value);
 
 }  // namespace zn_lib

@@ -1,5 +1,5 @@
 /// \file
-/// A named file for reading.
+/// Reads a named file.
 ///
 ///     zn_lib::ReadFile notes;
 ///     std::string name = "~/notes.txt";
@@ -15,33 +15,36 @@
 
 namespace zn_lib {
 
-/// Opens, reads and closes the file that `setFileName` names. Hosts read through `file`. Nothing is
-/// thrown unless the host asks the stream for exceptions.
+/// Opens, reads and closes the file that `setFileName` names. Hosts read through `file`. Member
+/// functions throw only when memory runs out, or if the host enabled exceptions on the stream.
 class ZN_UDF_API ReadFile : public FileName {
  public:
-  /// No name, text mode, closed.
+  /// Creates a closed object without a name, in text mode.
   ReadFile();
 
-  /// Closes the file. Never throws, also where `file` does: call `fileClose` first to learn of a
-  /// failure.
+  /// Closes the file. The destructor never throws, even if the host enabled exceptions on `file`;
+  /// call `fileClose` first to see a failure.
   ~ReadFile() override;
 
-  /// Opens `file` on `getFileName()`, in binary mode when `binary` is set. True when the stream is
-  /// open afterwards. An object that is open already keeps its file: the stream's fail state is
-  /// set, and the result is true. Prints nothing.
+  /// Opens the file named by `getFileName()`, in binary mode if `binary` is set. Returns true if
+  /// the stream is open afterwards. Prints nothing.
+  ///
+  /// If the object is already open, it keeps its file and sets the stream's fail state; the result
+  /// is true.
   bool fileOpen();
 
-  /// Closes the file if it is open; sets the stream's fail state when that fails.
+  /// Closes the file if it is open. Sets the stream's fail state on failure.
   void fileClose();
 
-  /// Prints the rest of the file to standard output, line by line, whatever the verbose flag. False
-  /// when the file is not open.
+  /// Prints the rest of the file to standard output line by line, whatever the verbose flag.
+  /// Returns false if the file is not open.
   ///
-  /// A file that ends in a newline, and an empty one, print an empty line more. A line of more than
-  /// 1023 bytes is cut there and ends the output, still with true. A line stops at its first NUL.
+  /// An extra empty line follows if the file is empty or ends in a newline. A line of more than
+  /// 1023 bytes is cut there and ends the output; the result is still true. A line ends at its
+  /// first NUL.
   bool cat();
 
-  /// Whether to open in binary mode; false at first.
+  /// Whether to open in binary mode; false by default.
   bool binary = false;
 
   /// The stream.

@@ -1,6 +1,6 @@
 /// \file
-/// What the XML readers share: `ReadXml` feeds a file to an event handler, which keeps what it
-/// reads in a map. Error catalogs (`zn_error.h`) and settings (`zn_setcfg.h`) are
+/// Reads XML files into maps. `ReadXml` parses a file and passes its events to an event handler,
+/// which stores the data in a map. Error catalogs (`zn_error.h`) and settings (`zn_setcfg.h`) are
 /// read this way.
 ///
 ///     zn_lib::ReadXml<zn_lib::ErrorEvent> reader;
@@ -23,26 +23,26 @@
 
 namespace zn_lib {
 
-/// An event handler with the map that it fills and the state that its callbacks share. It is a
-/// value: its state is its three members, which a host may set, clear, copy or swap between events.
-/// `ConfigEvent` uses all three; `ErrorEvent` uses `data` only, and adds members of its own.
+/// Provides the base class of event handlers that fill a map. It is a value: its whole state is its
+/// three members, which a host may set, clear, copy or swap between events. `ConfigEvent` uses all
+/// three. `ErrorEvent` uses only `data` and adds members of its own.
 ///
-/// A handler that `ReadXml` owns may throw from its callbacks. One that a host passes to an
-/// `XMLParser` itself must not, and running out of memory counts.
+/// A handler that `ReadXml` owns may throw from its callbacks. A handler that a host passes
+/// directly to an `XMLParser` must not throw, not even when memory runs out.
 template <class Map>
 class ZN_UDF_API XmlEvent : public XMLEvtHandler {
  public:
-  /// What has been read.
+  /// The data read so far.
   Map data;
 
-  /// The element whose text is being read; empty between elements.
+  /// The element whose text is being read, or empty between elements.
   std::string element;
 
   /// The element whose text was stored last.
   std::string lastElement;
 
-  /// The first `length` bytes of `text`, or those before its first NUL, without leading blanks.
-  /// Trailing ones stay.
+  /// Returns the first `length` bytes of `text`, or those before its first NUL, without leading
+  /// whitespace. Trailing whitespace stays.
   std::string skipWhiteSpace(const char* text, int length);
 };
 
@@ -55,8 +55,8 @@ std::string XmlEvent<Map>::skipWhiteSpace(const char* text, int length) {
 /// \cond internal
 namespace internal {
 
-/// Passes events on to a handler, up to the first one that throws. The exception is kept until the
-/// parser is done: it must not unwind expat's C functions.
+/// Passes events to a handler until one of its callbacks throws. The exception is kept until the
+/// parser returns, since it must not unwind expat's C functions.
 class ExceptionBarrier final : public XMLEvtHandler {
  public:
   explicit ExceptionBarrier(XMLEvtHandler& handler) : handler_(handler) {}
@@ -72,7 +72,7 @@ class ExceptionBarrier final : public XMLEvtHandler {
     run([&] { handler_.OnCharacterData(text, length); });
   }
 
-  /// Throws the exception, if there was one.
+  /// Throws the exception that was kept, if any.
   void rethrow() const {
     if (failure_) std::rethrow_exception(failure_);
   }
@@ -95,31 +95,32 @@ class ExceptionBarrier final : public XMLEvtHandler {
 }  // namespace internal
 /// \endcond
 
-/// Reads an XML file into an event handler, which it owns.
+/// Reads an XML file into an event handler, which the reader owns.
 ///
-/// It opens the file by itself: the stream and the `binary` flag of `ReadFile` are not used.
+/// The reader opens the file itself. It does not use the stream and the `binary` flag of
+/// `ReadFile`.
 template <class Event>
 class ZN_UDF_API ReadXml : public ReadFile {
  public:
-  /// Where the data is after `parseFile`; deleted with the reader.
+  /// The event handler, which holds the data after `parseFile`. The reader deletes it.
   Event* event;
 
-  /// No name and a new event handler.
+  /// Creates a reader without a file name, and its event handler.
   ReadXml();
 
-  /// Deletes the event handler, as an `Event`: declare a class of your own `final`, since handlers
-  /// have no virtual destructor.
+  /// Deletes the event handler through its type `Event`. Declare your own handler class `final`,
+  /// since handlers have no virtual destructor.
   ~ReadXml() override;
 
   ReadXml(const ReadXml&) = delete;             ///< a handler has one owner
   ReadXml& operator=(const ReadXml&) = delete;  ///< a handler has one owner
 
-  /// Reads the file that `setFileName` named. False when it cannot be opened.
+  /// Reads the file that `setFileName` named. Returns false if it cannot be opened. Prints nothing.
   ///
-  /// True says nothing about its content: a malformed file gives the entries before the error, a
-  /// read that fails those before the failure. Prints nothing. The file is taken for UTF-8.
+  /// The result is true even if the file is malformed or a read fails; the data before the error
+  /// are then kept. The file is always read as UTF-8.
   ///
-  /// Throws what a callback of the event handler throws. The handler gets no further event after
+  /// Throws whatever a callback of the event handler throws. The handler receives no event after
   /// that.
   virtual bool parseFile();
 };
@@ -148,7 +149,7 @@ bool ReadXml<Event>::parseFile() {
   bool isParsed = true;
   while (!isFinal && isParsed) {
     const std::size_t count = std::fread(block.data(), 1, block.size(), in.get());
-    // A read that fails, of a directory for one, never comes to the end of the file.
+    // A failed read, such as that of a directory, never sets the end of the file.
     isFinal = std::feof(in.get()) != 0 || std::ferror(in.get()) != 0;
     isParsed = parser.Parse(block.data(), count, isFinal);
     handler.rethrow();

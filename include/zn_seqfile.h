@@ -1,7 +1,7 @@
 /// \file
-/// Numbered variants of file names.
+/// Derives numbered file names.
 ///
-///     std::string name = "report.txt";   // in a directory that holds report.txt
+///     std::string name = "report.txt";   // in a directory that contains report.txt
 ///     zn_lib::sequentialFile(name);
 ///     name                               ->  "report-1.txt"
 #ifndef ZN_SEQFILE_H
@@ -13,21 +13,23 @@
 
 namespace zn_lib {
 
-/// Turns `name` into directory + base + "-1." + extension, with "/" for each backslash in it.
+/// Turns `name` into directory + base + "-1." + extension, with "/" for each backslash.
 ///
-/// The number is always 1: numbers that are taken already are not looked for, so check whether the
-/// file exists. The dot is written even without an extension: "notes" becomes "notes-1.". A number
-/// that `name` has is dropped first: "report-7.txt" becomes "report-1.txt".
+/// The number is always 1, even if that file exists, so check for the file. A "-" at the end of the
+/// base is dropped first, and so are digits after it: "report-7.txt" becomes "report-1.txt". The
+/// dot is written even if there is no extension: "notes" becomes "notes-1.".
 ///
-/// The base may come from another file. The directory (the working directory for a bare name; "~"
-/// is expanded for the search) is listed with the base as a regular expression searched anywhere in
-/// the names, and the last name found that has no number of its own gives the base: with "run.log"
-/// and "rerun.log", listed in that order, "run.log" becomes "rerun-1.log". That order is the
-/// system's. The base "<dir>" stands for the subdirectories, as it does for `listDir`.
+/// The base may come from another file. The function lists the directory with the base as the
+/// filter of `listDir`: a regular expression that is searched anywhere in the names. The last
+/// listed name without a number then replaces the base. If the directory lists "run.log" and then
+/// "rerun.log", "run.log" becomes "rerun-1.log". The order is the system's. If `name` has no
+/// directory, the working directory is listed. A "~" in the directory is expanded for the listing
+/// only. The base "<dir>" selects subdirectories, as it does for `listDir`.
 ///
-/// A directory that cannot be listed leaves `name` as it is but for the "/"; so does a base that
-/// `listDir` refuses as a filter because it is malformed or too long. `errorMessage` tells, in
-/// verbose mode only. Nothing is thrown, except when memory runs out.
+/// If the directory cannot be listed, or if `listDir` rejects the base as malformed or too long,
+/// only the backslashes in `name` change. `errorMessage` reports this, in verbose mode only.
+///
+/// Throws only when memory runs out.
 ZN_UDF_API void sequentialFile(std::string& name);
 
 }  // namespace zn_lib

@@ -1,13 +1,12 @@
 /// \file
-/// A store of settings, kept in an XML file.
+/// Keeps settings in an XML file.
 ///
 ///     zn_lib::Configuration settings("TOOL", "tool");   // tool.cfg in the working directory
-///     settings.load();                                  // a missing file is no failure
+///     settings.load();                                  // a missing file is not a failure
 ///     settings.set("colour", "blue");
 ///     settings.get("colour").value                      ->  "blue"
 ///
-/// The store saves itself when it is destroyed, if it was changed. Each entry is a line of the
-/// file:
+/// A store that was changed saves itself when it is destroyed. Each entry is a line of the file:
 ///
 ///     <?xml version="1.0" encoding="UTF-8"?>
 ///     <CONFIGURATION type='TOOL'>
@@ -15,9 +14,9 @@
 ///     <colour data_type='TEXT' describe='colour'>blue</colour>
 ///     </CONFIGURATION>
 ///
-/// Nothing is escaped. Keys must be XML names; a value with "<" or "&", a description or type with
-/// an apostrophe, or a key with a blank makes a file whose entries from there on are lost to the
-/// next `load`, without a message.
+/// Nothing is escaped, so keys must be XML names. A value with a bare "<" or "&", a description or
+/// type with an apostrophe, or a key with whitespace makes the file malformed. The next `load` then
+/// loses that entry and all that follow it, without a message.
 #ifndef ZN_SETCFG_H
 #define ZN_SETCFG_H
 
@@ -29,7 +28,7 @@
 
 namespace zn_lib {
 
-/// The order of keys: byte by byte as unsigned values, a prefix before the longer key.
+/// Orders keys byte by byte as unsigned values, and a prefix before the longer key.
 template <class T>
 struct ZN_UDF_API map_key {
   bool operator()(T a, T b) const;  ///< true for `a` before `b`
@@ -42,122 +41,126 @@ bool map_key<T>::operator()(T a, T b) const {
 
 extern template struct map_key<std::string>;
 
-/// One setting. `type` and `describe` are labels, which the store keeps and does not read.
+/// Holds one setting. `type` and `describe` are labels that the store keeps but does not interpret.
 class ZN_UDF_API ConfigElement {
  public:
-  /// An empty value of the type "TEXT".
+  /// Creates an empty value of the type "TEXT".
   ConfigElement();
 
-  std::string value;     ///< what is set
+  std::string value;     ///< the value of the setting
   std::string type;      ///< the `data_type` in the file
-  std::string describe;  ///< for people
+  std::string describe;  ///< the description, for people
 };
 
-/// The settings by key.
+/// Maps keys to settings.
 using config_map = std::map<std::string, ConfigElement, map_key<std::string>>;
 
 extern template class XmlEvent<config_map>;
 
-/// Fills a map of settings while a file is parsed. It is a value: all its state is `data`,
-/// `element` and `lastElement`, which a host may change between events. Every element with
-/// attributes or text is a setting, at any depth, but for those called "CONFIGURATION": its first
-/// attribute is the type and its second the description, whatever they are called. Text that the
-/// parser delivers in pieces is joined, each piece without its leading blanks: "a &amp; b" is read
-/// as "a &b".
+/// Fills a map of settings while a file is parsed. It is a value: its whole state is `data`,
+/// `element` and `lastElement`, which a host may change between events.
+///
+/// Every element with attributes or text is a setting, at any depth, unless it is called
+/// "CONFIGURATION". Its first attribute is the type and its second the description, whatever they
+/// are called. Text that the parser delivers in pieces is joined, and each piece loses its leading
+/// whitespace: "a &amp; b" is read as "a &b".
 class ZN_UDF_API ConfigEvent final : public XmlEvent<config_map> {
  public:
-  /// Nothing read.
+  /// Creates a handler that has read nothing.
   ConfigEvent();
 
-  /// A setting, when there are attributes.
+  /// Starts a setting, and stores it if there are attributes.
   void OnStartElement(const XML_Char* name, const XML_Char** attributes) override;
 
-  /// No element is being read after it, not the enclosing one either.
+  /// Ends the element. Text of the enclosing element that follows is ignored.
   void OnEndElement(const XML_Char* name) override;
 
-  /// The value of a setting, or a piece of it.
+  /// Stores the value of a setting, or a piece of it.
   void OnCharacterData(const XML_Char* text, int length) override;
 
-  /// Copies each setting that was read into `target`, in place of one with the same key.
+  /// Copies the settings read into `target`. They replace settings with the same key.
   void exportData(config_map& target);
 };
 
 extern template class ReadXml<ConfigEvent>;
 
-/// The store. Nothing is thrown, except when memory runs out; the destructor does not throw at all.
+/// Stores settings by key. Functions throw only when memory runs out; the destructor never throws.
 class ZN_UDF_API Configuration {
  public:
-  /// An empty store of the type "SYSTEM" in "config.xml".
+  /// Creates an empty store of the type "SYSTEM" for the file "config.xml". Reads nothing.
   Configuration();
 
-  /// An empty store of the given type, in the file `name` with the extension "cfg".
+  /// Creates an empty store of the given type for the file `name` with the extension "cfg". Reads
+  /// nothing.
   Configuration(const std::string& type, const std::string& name);
 
-  /// Saves the store if it was changed; whether that succeeded is not told.
+  /// Saves the store if it was changed. A failure is not reported.
   virtual ~Configuration();
 
-  /// Reads the file into the store, in place of settings with the same keys; others stay. False
-  /// only when the store has no name: a file that is missing or malformed adds what could be read
-  /// of it. The root element's type is not read.
+  /// Reads the file into the store. Its settings replace those with the same keys; others stay. The
+  /// type in the root element is not read.
+  ///
+  /// Returns false only if the store has no name. A malformed file adds the settings before the
+  /// error, and a missing file adds none; the result is true.
   virtual bool load();
 
-  /// Stores a setting under `key` without leading and trailing blanks, as all three do. Keys keep
-  /// their case.
+  /// Stores `element` under `key`. All three overloads remove leading and trailing whitespace from
+  /// the key and keep its case.
   void set(const std::string& key, ConfigElement element);
 
-  /// A new key gets the type "TEXT" and itself as description; one that is there keeps both. A key
-  /// given with blanks around it counts as new: it overwrites type and description of the trimmed
-  /// one.
+  /// Stores `value` under `key`. A new key gets the type "TEXT" and itself as description; an
+  /// existing key keeps its type and description. A key with whitespace around it counts as new, so
+  /// it overwrites type and description of the trimmed key.
   void set(const std::string& key, const std::string& value);
 
-  /// Note the order: the type comes before the value.
+  /// Stores a setting under `key`. Note the order: the type comes before the value.
   void set(const std::string& key, const std::string& type, const std::string& value,
            const std::string& describe);
 
-  /// A copy of the setting under `key`, leading and trailing blanks aside; a fresh element where
-  /// there is none.
+  /// Returns a copy of the setting under the trimmed `key`. Returns a new, empty element if there
+  /// is none.
   ConfigElement get(const std::string& key);
 
-  /// Removes leading and trailing blanks, and nothing else.
+  /// Removes leading and trailing whitespace from `key`, and nothing else.
   void adjustKey(std::string& key);
 
-  /// The name of the file; empty when `name` is.
+  /// Returns the name of the file, or the empty text if `name` is empty.
   std::string getConfigurationFile();
 
-  /// Writes the file. With `backup`, the file that was there becomes the backup, whose name ends in
-  /// "~", in place of an older one. A store without the key "UPDATE" gets it, with the current date
-  /// and time; later saves leave it as it is.
+  /// Writes the file. If `backup` is set, the existing file becomes the backup, whose name ends in
+  /// "~", and replaces an older one. A store without the key "UPDATE" gets it, with the current
+  /// date and time; later saves leave it as it is.
   ///
-  /// Returns false when the store has no name, or when the file can be neither replaced nor opened.
-  /// The store and `changed` are then as they were. A failure in writing, such as a full disk, is
-  /// not reported: the result is true.
+  /// Returns false if the store has no name, or if the file can be neither replaced nor opened. The
+  /// store and `changed` are then as they were. A failed write, such as on a full disk, is not
+  /// reported: the result is true.
   ///
-  /// The new text is written beside the file, brought to the disk, and renamed. The file holds the
-  /// old settings or the new ones as a whole at every moment, also after a kill, a power cut or a
-  /// failure in writing. The next save removes what a killed one left beside the file, if it may.
-  /// If the old file cannot get a second name, it is moved to the backup before the renaming; a
-  /// kill in between leaves only the backup.
+  /// The new text is written to a file beside the old one, synced to the disk, and renamed. At
+  /// every moment the file holds either the old settings or the new ones as a whole, even after a
+  /// kill, a power cut or a failed write. The next save removes the file that a killed save left
+  /// behind, if it may. If the old file cannot get a second name, it is moved to the backup before
+  /// the renaming; a kill in between leaves only the backup.
   ///
-  /// In these cases `save` writes the file in place, after it has moved the old one to the backup
-  /// if it can. A kill or a full disk may then leave a part of the text:
+  /// In the following cases `save` writes the file in place, after it has moved the old one to the
+  /// backup if it can. A kill or a full disk may then leave part of the text:
   ///
   /// - the file is a link, a device or a mount point;
-  /// - it belongs to another user and lies in a sticky directory;
-  /// - its directory takes no new files, or is append-only;
+  /// - it belongs to another user and is in a sticky directory;
+  /// - its directory accepts no new files, or is append-only;
   /// - its name is longer than 220 bytes.
   ///
   /// The new file has the permissions of the one that it replaces, and its owner and group if the
-  /// process may set them. A file that was not there gets the permissions of new files.
+  /// process may set them. A file that did not exist gets the default permissions.
   bool save();
 
   /// Prints descriptions and values as a table to standard output, whatever the verbose flag.
   void listConfiguration();
 
   config_map elements;    ///< the settings
-  std::string path;       ///< directory of the file; empty at first
-  std::string name;       ///< its base name
-  std::string extension;  ///< its extension
-  std::string type;       ///< what the store is called
+  std::string path;       ///< the directory of the file; empty by default
+  std::string name;       ///< the base name of the file
+  std::string extension;  ///< the extension of the file
+  std::string type;       ///< the type of the store, written to the root element
   bool changed = false;   ///< set by `set`, cleared by `load` and `save`
   bool backup = true;     ///< whether `save` keeps the previous file as a backup
 };

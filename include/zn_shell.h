@@ -1,5 +1,5 @@
 /// \file
-/// Shell commands.
+/// Runs shell commands.
 ///
 ///     zn_lib::execShell("sort names.txt > sorted.txt")  ->  true
 ///     zn_lib::execShell("exit 3")                       ->  true
@@ -12,21 +12,24 @@
 
 namespace zn_lib {
 
-/// Runs `command`, up to its first NUL, in the system's shell and waits for it to end. True when
-/// the shell could be started. The command's own exit status is never examined: a command that
-/// fails, or does not exist, gives true as well, and so do the empty one and, with glibc, one that
-/// is longer than the system passes on (Linux: 128 KiB), which does not run.
+/// Runs `command`, up to its first NUL, in the system's shell and waits for it to end.
 ///
-/// False after a line on standard error, whatever the verbose flag and without "ERROR: ":
+/// Returns true if the shell could be started. The command's exit status is never examined, so the
+/// result is also true for the empty command and for one that fails or does not exist. With glibc
+/// it is true even for a command that is longer than the system accepts (128 KiB on Linux) and
+/// therefore does not run.
+///
+/// Returns false after printing a line to standard error, whatever the verbose flag and without
+/// "ERROR: ":
 ///
 ///     No command processor available     there is no shell, or it cannot be started
-///     Problem executing command          how the shell ended cannot be told
+///     Problem executing command          the status of the shell is not available
 ///
-/// A process that ignores SIGCHLD always gets false, since the end of the shell is then hidden from
-/// it.
+/// The result is always false in a process that ignores SIGCHLD, since the system then reaps the
+/// shell itself.
 ///
-/// The shell shares the host's standard streams; flush what should stand before the command's own
-/// output. While it runs, the host ignores SIGINT and SIGQUIT and holds SIGCHLD back.
+/// The shell shares the host's standard streams, so flush any output that must precede the
+/// command's. While the command runs, the host ignores SIGINT and SIGQUIT and blocks SIGCHLD.
 ZN_UDF_API bool execShell(std::string command);
 
 }  // namespace zn_lib

@@ -1,5 +1,5 @@
 /// \file
-/// A named file for writing.
+/// Writes a named file.
 ///
 ///     zn_lib::WriteFile log;
 ///     std::string name = "run.log";
@@ -16,36 +16,38 @@
 
 namespace zn_lib {
 
-/// Opens, writes and closes the file that `setFileName` names. Hosts write through `file`. Nothing
-/// is thrown unless the host asks the stream for exceptions.
+/// Opens, writes and closes the file that `setFileName` names. Hosts write through `file`. Member
+/// functions throw only when memory runs out, or if the host enabled exceptions on the stream.
 class ZN_UDF_API WriteFile : public FileName {
  public:
-  /// No name, not appending, overwriting, closed.
+  /// Creates a closed object without a name, with `append` off and `overwrite` on.
   WriteFile();
 
-  /// Flushes and closes the file. Never throws, also where `file` does: call `fileClose` first to
-  /// learn of a disk that is full.
+  /// Flushes and closes the file. The destructor never throws, even if the host enabled exceptions
+  /// on `file`; call `fileClose` first to see a failure such as a full disk.
   ~WriteFile() override;
 
-  /// Opens `file` on `getFileName()`, behind its text when `append` is set, else as an empty file.
-  /// True when the stream is open afterwards.
+  /// Opens the file named by `getFileName()`. If `append` is set, writing continues at the end of
+  /// the file; otherwise the file is emptied. Returns true if the stream is open afterwards.
   ///
-  /// With `overwrite` off, an existing file is reported by `errorMessage("File name exists")`,
-  /// which shows in verbose mode only. That is a warning and no protection: the file is emptied all
-  /// the same. `append` sets `overwrite`. An object that is open already keeps its file: the
-  /// stream's fail state is set, and the result is true.
+  /// If `overwrite` is off and the file exists, `errorMessage` reports "File name exists" in
+  /// verbose mode. This is only a warning: the file is emptied all the same. If `append` is set,
+  /// there is no warning, and `overwrite` becomes true.
+  ///
+  /// If the object is already open, it keeps its file and sets the stream's fail state; the result
+  /// is true.
   bool fileOpen();
 
-  /// Flushes and closes the file if it is open; sets the stream's fail state when that fails.
+  /// Flushes and closes the file if it is open. Sets the stream's fail state on failure.
   void fileClose();
 
   /// The stream.
   std::ofstream file;
 
-  /// Whether to write behind the text of an existing file; false at first.
+  /// Whether to write at the end of an existing file; false by default.
   bool append = false;
 
-  /// Whether an existing file may be emptied without a warning; true at first.
+  /// Whether to empty an existing file without a warning; true by default.
   bool overwrite = true;
 };
 
