@@ -24,7 +24,7 @@ const std::map<std::string, DateStyle> kStyles = {{"iso", DateStyle::kIso},
 constexpr int kLastYear = 9999;
 constexpr std::size_t kYearDigits = 4;
 
-/// Longer than any date. It bounds the recursion of the regular expression that splits one, too.
+/// A length that no date reaches. It also bounds the recursion of the pattern that splits a date.
 constexpr std::size_t kLongestDate = 80;
 
 Error unreadable(const std::string& text) { return Error(Problem::kUnreadableDate, {quote(text)}); }
@@ -35,9 +35,9 @@ std::string zeroFilled(int number, int width) {
   return zn_lib::rightPad(std::to_string(number), width, '0');
 }
 
-/// True when `text` is the date of `record`, or its beginning up to a whole field, with all its
-/// hyphens or with none. parseISOdate takes more than that: times of day, single hyphens, and zeros
-/// for January and the first.
+/// Returns true if `text` is the date of `record`, or a beginning of it with whole fields, and has
+/// either all hyphens or none. parseISOdate accepts more: times of day, single hyphens, and zeros
+/// for January and for the first day.
 bool isSpellingOf(const std::string& text, const zn_lib::date_time_record& record) {
   const std::string year = zeroFilled(record.year, kYearDigits);
   const std::string month = zeroFilled(record.month, 2);
@@ -46,19 +46,19 @@ bool isSpellingOf(const std::string& text, const zn_lib::date_time_record& recor
          text == year + "-" + month || text == year + "-" + month + "-" + day;
 }
 
-/// The month whose English name begins with `word`, three letters of it or more; nothing when there
-/// is none.
+/// Returns the month whose English name begins with `word`, which must have at least three letters.
+/// Returns nothing if there is no such month.
 std::optional<int> monthOfName(const std::string& word) {
   constexpr std::size_t shortestName = 3;
   if (word.size() < shortestName) return {};
-  // Any word has a month number, 12 if no other: only the name itself tells whether it was meant.
+  // Every unknown word has the month number 12, so compare the word with the name.
   const unsigned short month = zn_lib::getMonthNumber(word);
   const std::string name = zn_lib::stringToLower(zn_lib::getMonthName(month, false));
   if (name.compare(0, word.size(), zn_lib::stringToLower(word)) != 0) return {};
   return month;
 }
 
-/// Where each field of a date stands among its three tokens.
+/// Holds the index of each field of a date among its three tokens.
 struct FieldOrder {
   std::size_t year;
   std::size_t month;
@@ -73,7 +73,7 @@ FieldOrder fieldOrder(zn_lib::DATE_FORMAT order) {
 
 unsigned long long readFreeForm(const std::string& text) {
   const std::string marks = "-/.,";
-  // A mark at the end would not show in the tokens.
+  // A mark at the end is not visible in the tokens.
   if (text.empty() || text.size() > kLongestDate || marks.find(text.back()) != std::string::npos) {
     throw unreadable(text);
   }
@@ -108,7 +108,7 @@ void setDateStyle(const std::string& orderWord, DateStyle style) {
   zn_lib::MONTH_FORMAT month = zn_lib::MONTH_NUMBER;
   if (style == DateStyle::kShortName) month = zn_lib::MONTH_SHORT_NAME;
   if (style == DateStyle::kFullName) month = zn_lib::MONTH_FULL_NAME;
-  // With the year first the library writes months as numbers whatever the settings say.
+  // With the year first, the library always writes months as numbers.
   const bool hasName = month != zn_lib::MONTH_NUMBER && order != zn_lib::YEAR_MONTH_DAY;
   zn_lib::setDateTimeFormat(order, month, hasName ? ' ' : '/', ' ', ':', false);
 }

@@ -1,4 +1,4 @@
-/// What ends the program early: each error is one line on standard error and an exit status.
+/// Defines the errors that end the program: each is one line on standard error and an exit status.
 #ifndef ALMANAC_ERRORS_H
 #define ALMANAC_ERRORS_H
 
@@ -9,18 +9,18 @@
 
 namespace almanac {
 
-/// The numbers of the messages in almanac.xml. The comments say what fills the message in.
+/// Numbers the messages in almanac.xml. The comments list the values that a message contains.
 enum class Problem {
-  // A command line that cannot be understood.
+  // Invalid command lines.
   kUnknownOption = 1,
   kMissingArgument = 2,     ///< the option
-  kUnexpectedArgument = 3,  ///< the option with it
+  kUnexpectedArgument = 3,  ///< the option with its argument
   kStrayArgument = 4,       ///< the argument
   kUnknownWord = 5,         ///< the word, the option
   kNotOnePlace = 6,
   kNoFileToKeep = 7,
 
-  // Values, files and places that cannot be used.
+  // Invalid values, files and places.
   kUnreadableDate = 20,  ///< the text
   kNoSuchDate = 21,      ///< the text
   kBadDays = 22,         ///< the most days, the text
@@ -41,7 +41,7 @@ enum class Problem {
   kUnfitSetting = 37,        ///< the setting, the file
 };
 
-/// The values are in quotes where they come from the user; `quote` does that.
+/// Holds a problem and the values for its message. Values from the user are quoted by `quote`.
 class Error : public std::exception {
  public:
   explicit Error(Problem problem, std::vector<std::string> values = {})
@@ -50,7 +50,7 @@ class Error : public std::exception {
   Problem problem() const { return problem_; }
   const std::vector<std::string>& values() const { return values_; }
 
-  /// 2 for a command line that cannot be understood, else 1.
+  /// Returns 2 for an invalid command line, and 1 otherwise.
   int exitStatus() const { return problem_ < Problem::kUnreadableDate ? 2 : 1; }
 
  private:

@@ -1,4 +1,4 @@
-/// almanac: day length and moon, one row a day. A small host of the library.
+/// almanac prints day length and moon, one row for each day. It is an example of a host.
 #include <zn_common.h>
 #include <zn_output.h>
 
@@ -35,8 +35,8 @@ double readLatitude(const std::string& text) {
   return *latitude;
 }
 
-/// Reads the values of the options and the settings; all that can be refused is refused here,
-/// before anything is written.
+/// Reads the values of the options and the settings. Throws Error for every invalid value, before
+/// anything is written.
 Request makeRequest(const Options& options) {
   const Settings& settings = options.settings;
   if (settings.place.has_value() == settings.latitude.has_value()) {
@@ -100,7 +100,7 @@ void run(const Options& options) {
       drawOrList(options);
       break;
   }
-  // Only the flush shows whether the last rows could be written.
+  // Only the flush shows whether the last rows were written.
   if (!std::cout.flush()) throw Error(Problem::kCannotPrint);
 }
 
@@ -108,8 +108,7 @@ void run(const Options& options) {
 }  // namespace almanac
 
 int main(int argc, char* argv[]) {
-  // A reader that has seen enough ends the program without a word, even if the parent ignores the
-  // signal.
+  // A closed pipe ends the program without a message, even if the parent ignores the signal.
   std::signal(SIGPIPE, SIG_DFL);
   try {
     almanac::run(almanac::readOptions(argc, argv));

@@ -15,15 +15,16 @@ namespace fs = std::filesystem;
 
 std::string catalogBeside(const std::string& program) {
   std::error_code failed;
-  // The system's link to the program, where there is one, holds however it was called.
+  // If the system has a link to the program, it is valid however the program was called.
   fs::path executable = fs::canonical("/proc/self/exe", failed);
   if (failed) executable = fs::canonical(program, failed);
   return executable.replace_filename("almanac.xml").string();
 }
 
-/// `message` with "%1", "%2" and so on, in this order, replaced by `values`.
+/// Returns `message` with "%1", "%2" and so on, in this order, replaced by `values`.
 std::string filledIn(std::string message, const std::vector<std::string>& values) {
-  // The last one first: what a value itself holds then lies behind the next place to fill in.
+  // The last one comes first. A "%1" inside a value is then after the real one, and is not
+  // replaced.
   for (std::size_t i = values.size(); i > 0; --i) {
     message = zn_lib::replaceString(message, "%" + std::to_string(i), values[i - 1]);
   }

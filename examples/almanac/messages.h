@@ -1,4 +1,4 @@
-/// The messages of the program, from the error catalog almanac.xml beside it.
+/// Prints the messages of the program, which are in the error catalog almanac.xml beside it.
 #ifndef ALMANAC_MESSAGES_H
 #define ALMANAC_MESSAGES_H
 
@@ -8,8 +8,8 @@
 
 namespace almanac {
 
-/// Prints the message of `error` with its number to standard error. `program` is what the program
-/// was called as. Where the catalog is missing, what would fill the message in is printed alone.
+/// Prints the message of `error` with its number to standard error. `program` is `argv[0]`. If the
+/// message is missing, prints the name of the catalog and the values of `error`.
 void printError(const Error& error, const std::string& program);
 
 }  // namespace almanac

@@ -9,7 +9,7 @@
 namespace almanac {
 namespace {
 
-/// Above all characters: a value below these is the character of an unknown short option.
+/// Numbers the options above all characters, since smaller values are unknown short options.
 enum OptionCode {
   kPlace = 256,
   kPlaces,
@@ -51,10 +51,10 @@ Error unknownWord(const std::string& word, const std::string& option) {
   return Error(Problem::kUnknownWord, {quote(word), option});
 }
 
-/// The error for what getopt_long has just refused.
-Error refused(char* argv[]) {
+/// Returns the error for the option that getopt_long has just rejected.
+Error rejected(char* argv[]) {
   if (optopt >= kPlace) return Error(Problem::kUnexpectedArgument, {quote(argv[optind - 1])});
-  // For one of several letters behind a hyphen, the argument itself may lie ahead.
+  // For one of several letters after a hyphen, getopt_long may not have moved past the argument.
   const std::string name =
       optopt == 0 ? argv[optind - 1] : std::string("-") + static_cast<char>(optopt);
   return Error(Problem::kUnknownOption, {quote(name)});
@@ -67,7 +67,7 @@ Options readOptions(int argc, char* argv[]) {
   Settings& settings = options.settings;
   opterr = 0;
   for (;;) {
-    // The colon asks for an answer of its own where an argument is missing.
+    // The colon makes getopt_long return ':' for a missing argument.
     const int code = getopt_long(argc, argv, ":", kLongOptions, nullptr);
     if (code == -1) break;
     switch (code) {
@@ -124,7 +124,7 @@ Options readOptions(int argc, char* argv[]) {
       case ':':
         throw Error(Problem::kMissingArgument, {quote(argv[optind - 1])});
       default:
-        throw refused(argv);
+        throw rejected(argv);
     }
   }
   if (optind < argc) throw Error(Problem::kStrayArgument, {quote(argv[optind])});
@@ -138,15 +138,15 @@ Options readOptions(int argc, char* argv[]) {
 const char kHelp[] =
     "Usage: almanac --place NAME [OPTION]...\n"
     "       almanac --latitude DEGREES [OPTION]...\n"
-    "       almanac [OPTION]...                      with what --save has kept\n"
+    "       almanac [OPTION]...                      with the settings of --save\n"
     "\n"
     "Prints one row a day: the date, the length of the day, its change since the day\n"
-    "before in minutes and seconds, the moon's phase and the lit share of its disc,\n"
+    "before in minutes and seconds, the moon's phase and the lit part of its disc,\n"
     "and a bar with a mark for each hour of daylight. The moon is that of 12:00 UT.\n"
-    "Day lengths hold from March 1900 to February 2100 and drift before and after.\n"
+    "Day lengths are valid from March 1900 to February 2100 and drift outside.\n"
     "\n"
     "  --place NAME        a place from the table of places, \"Europe/Amsterdam\"\n"
-    "  --places FILE       that table; default /usr/share/zoneinfo/zone.tab\n"
+    "  --places FILE       the table of places; default /usr/share/zoneinfo/zone.tab\n"
     "  --latitude DEGREES  decimal degrees, -90 to 90, north positive\n"
     "  --from DATE         the first day; default today\n"
     "  --order ORDER       the order of a date's fields: dmy, mdy or ymd; default ymd\n"
@@ -156,14 +156,14 @@ const char kHelp[] =
     "                      a number, a short name or a full name; default iso\n"
     "  --output FILE       write the table to FILE\n"
     "  --svg FILE          draw the year of the first day to FILE instead: the length\n"
-    "                      of its days and the quarters of the moon; both files are\n"
-    "                      written with --output\n"
+    "                      of its days and the quarters of the moon; with --output,\n"
+    "                      write both files\n"
     "  --backup            move a FILE that exists to its backup, \"FILE~\"\n"
-    "  --number            write to a numbered name where FILE exists, and print that\n"
-    "                      name; it may follow another name found beside FILE\n"
+    "  --number            if FILE exists, write to a numbered name and print it; the\n"
+    "                      name may derive from another file beside FILE\n"
     "  --save              keep place or latitude, order and format for later runs\n"
-    "  --settings          print what is kept instead of the table\n"
-    "  --verbose           a title and column headings; tell which files are written\n"
+    "  --settings          print the kept settings instead of the table\n"
+    "  --verbose           print a title and column headings; report written files\n"
     "  --help              print this text\n"
     "  --version           print the version\n"
     "\n"
@@ -172,10 +172,10 @@ const char kHelp[] =
     "with mdy, 2024/3/5 with ymd). Years are 0001 to 9999, always with four digits.\n"
     "In the order ymd, months are written as numbers whatever the format.\n"
     "\n"
-    "Without --backup and --number, almanac asks before it overwrites a file. What\n"
-    "--save keeps lies in $XDG_CONFIG_HOME/almanac.cfg, or ~/.config/almanac.cfg.\n"
+    "Without --backup and --number, almanac asks before it overwrites a file. --save\n"
+    "keeps settings in $XDG_CONFIG_HOME/almanac.cfg, or else ~/.config/almanac.cfg.\n"
     "\n"
-    "Exit status: 0 for success, 1 when a value, a file or the output fails or a file\n"
-    "was kept as it was, 2 for a command line that cannot be understood.\n";
+    "Exit status: 0 on success, 1 if a value is invalid, if a file or the output\n"
+    "fails or if a file was kept as it was, 2 if the command line is invalid.\n";
 
 }  // namespace almanac

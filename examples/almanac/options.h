@@ -1,4 +1,4 @@
-/// The command line.
+/// Reads the command line.
 #ifndef ALMANAC_OPTIONS_H
 #define ALMANAC_OPTIONS_H
 
@@ -11,8 +11,8 @@ namespace almanac {
 
 enum class Action { kDraw, kListSettings, kPrintHelp, kPrintVersion };
 
-/// What the command line says. Values are as given: they are read, and refused, only where the
-/// options as such are right.
+/// Holds the options as they were given. Their values are checked later, once all options are known
+/// to be valid.
 struct Options {
   Action action = Action::kDraw;
   Settings settings;
@@ -27,10 +27,10 @@ struct Options {
   bool verbose = false;
 };
 
-/// Reads the options, up to the first that asks for help or for the version. Throws Error.
+/// Reads the options, up to the first --help or --version. Throws Error.
 Options readOptions(int argc, char* argv[]);
 
-/// What --help prints.
+/// The text that --help prints.
 extern const char kHelp[];
 
 }  // namespace almanac

@@ -19,7 +19,7 @@ bool isFile(const std::string& name) {
   return std::filesystem::is_regular_file(name, ignored);
 }
 
-/// Makes way for a new file in place of an existing one.
+/// Moves an existing file to its backup, or asks the user whether to overwrite it.
 void clear(const std::string& name, bool backUp) {
   if (backUp) {
     if (!zn_lib::createBackup(name)) throw Error(Problem::kCannotBackUp, {quote(name)});

@@ -1,4 +1,4 @@
-/// Files that the user names to be written.
+/// Writes the files that the user names.
 #ifndef ALMANAC_OUTPUT_H
 #define ALMANAC_OUTPUT_H
 
@@ -9,21 +9,22 @@
 
 namespace almanac {
 
-/// What becomes of a file that exists; the user is asked where neither is set.
+/// Controls the treatment of a file that exists. If neither is set, the user is asked.
 struct Existing {
-  bool backUp = false;  ///< it is moved to its backup name
-  bool number = false;  ///< another name is taken, and printed to standard output
+  bool backUp = false;  ///< move it to its backup name
+  bool number = false;  ///< write to another name, and print that to standard output
 };
 
+/// Writes one file.
 class OutputFile {
  public:
-  /// Opens the file. Throws Error when it cannot be opened, and when the user wants an existing one
-  /// kept. Devices and the like are written to without a question.
+  /// Opens the file. Throws Error if it cannot be opened, or if the user wants to keep an existing
+  /// file. Asks no question about devices and other special files.
   OutputFile(const std::string& name, const Existing& existing);
 
   std::ostream& stream() { return out_.file; }
 
-  /// Closes the file; throws Error when not all of it could be written.
+  /// Closes the file. Throws Error if it could not be written completely.
   void close();
 
  private:

@@ -13,7 +13,7 @@
 namespace almanac {
 namespace {
 
-// Lengths are in the picture's own units, which a browser shows as pixels.
+// Lengths are in SVG user units, which a browser shows as pixels.
 constexpr int kWidth = 1000;
 constexpr int kHeight = 560;
 constexpr int kLeft = 60;
@@ -33,7 +33,7 @@ constexpr const char* kStyle =
     ".grid{stroke:#fff;stroke-opacity:.25}"
     ".dark{fill:#2b3350;stroke:#8d95b3;stroke-width:1.2}.lit{fill:#fffbe8}";
 
-/// A year, and where its days lie in the picture.
+/// Holds a year and converts its days to positions in the picture.
 struct Year {
   int number;
   unsigned long long first;  ///< noon of its first day, a Julian value
@@ -54,7 +54,7 @@ Year yearOf(unsigned long long julian) {
   return {number, first, static_cast<int>((last - first) / kMillisecondsPerDay) + 1};
 }
 
-/// The hours of daylight of each day.
+/// Returns the hours of daylight of each day.
 std::vector<double> dayLengths(const Year& year, double latitude) {
   std::vector<double> lengths;
   for (int day = 0; day < year.days; ++day) {
@@ -64,16 +64,16 @@ std::vector<double> dayLengths(const Year& year, double latitude) {
   return lengths;
 }
 
-/// How many quarters of its way from new moon to new moon the moon has gone.
+/// Returns the number of quarters, 0 to 4, that have passed since new moon.
 double quartersAt(unsigned long long julian) {
   constexpr double turn = 360.0;
   const double angle = std::fmod(moonAt(julian).phaseAngle + turn, turn);
   return angle / 90.0;
 }
 
-/// An instant at which the moon is new, half or full.
+/// Holds an instant at which the moon is new, half or full.
 struct Quarter {
-  double day;  ///< with its fraction, from noon of the year's first day
+  double day;  ///< days since noon of the year's first day, with fraction
   int number;  ///< 0 new, 1 first quarter, 2 full, 3 last quarter
 };
 
@@ -95,13 +95,13 @@ std::vector<Quarter> quartersOf(const Year& year) {
 
 std::string moonName(int quarter) { return kPhaseNames.at(static_cast<std::size_t>(2 * quarter)); }
 
-/// The disc of a moon, its centre at the origin.
+/// Returns the disc of a moon with its centre at the origin.
 std::string moonDisc(int quarter, bool isSouthern) {
   std::ostringstream disc;
   disc << "<circle class=\"dark\" r=\"" << kMoonRadius << "\"/>";
   if (quarter == 2) disc << "<circle class=\"lit\" r=\"" << kLitRadius << "\"/>";
   if (quarter == 1 || quarter == 3) {
-    // Half a disc: an arc from its lower end to its upper one, and straight back.
+    // Half a disc: an arc from the lower end to the upper one, and a straight line back.
     const bool isRightLit = (quarter == 1) != isSouthern;
     disc << "<path class=\"lit\" d=\"M0," << kLitRadius << "A" << kLitRadius << ',' << kLitRadius
          << " 0 0 " << (isRightLit ? 0 : 1) << " 0," << -kLitRadius << "Z\"/>";
@@ -109,7 +109,7 @@ std::string moonDisc(int quarter, bool isSouthern) {
   return disc.str();
 }
 
-/// Draws the parts of the picture one over the other.
+/// Draws the parts of the picture on top of each other.
 class Picture {
  public:
   explicit Picture(const Request& request)

@@ -1,4 +1,4 @@
-/// The year as a picture.
+/// Draws the year as a picture.
 #ifndef ALMANAC_PICTURE_H
 #define ALMANAC_PICTURE_H
 
@@ -8,9 +8,9 @@
 
 namespace almanac {
 
-/// An SVG picture of the year that the request's first day lies in: the curve of day lengths, with
-/// the moon at each of its quarters along it, lit from the side that an observer at the request's
-/// latitude sees lit.
+/// Returns an SVG picture of the year of the request's first day: the curve of day lengths, with
+/// the moon at each of its quarters along it. The moon is lit on the side that an observer at the
+/// request's latitude sees lit.
 std::string drawYear(const Request& request);
 
 }  // namespace almanac

@@ -14,7 +14,7 @@
 namespace almanac {
 namespace {
 
-/// A file without line ends, such as a device, must not fill the memory.
+/// Limits the memory that a file without line ends, such as a device, can use.
 constexpr std::size_t kLongestLine = 1 << 20;
 
 struct Place {
@@ -22,7 +22,7 @@ struct Place {
   double latitude;
 };
 
-/// The error for a file, with the reason that the system has just given.
+/// Returns the error for a file, with the reason for the last system call's failure.
 Error fileError(Problem problem, const std::string& file) {
   return Error(problem, {quote(file), systemReason()});
 }
@@ -50,16 +50,17 @@ std::optional<double> readAngle(const std::string& digits, std::size_t degreeDig
   return angle;
 }
 
-/// The latitude of "+5222+00454" or "+404251-0740023", north positive; nothing when the coordinates
-/// are malformed.
+/// Returns the latitude of coordinates such as "+5222+00454" or "+404251-0740023", north positive.
+/// Returns nothing if the coordinates are malformed.
 std::optional<double> readLatitude(const std::string& coordinates) {
-  // Each angle has its sign before it, so the first token, before the first sign, is empty.
+  // Each angle begins with its sign, so the token before the first sign is empty.
   const zn_lib::Tokenizer angles(coordinates, "+-");
   if (angles.tokens.size() != 3 || !angles.getToken(0).empty()) return {};
   const std::string latitude = angles.getToken(1);
   const std::string longitude = angles.getToken(2);
   const std::optional<double> north = readAngle(latitude, 2, 90);
-  // Both angles have seconds, or none has; and a sign at the end would not show in the tokens.
+  // Either both angles have seconds or neither does. A sign at the end is not visible in the
+  // tokens.
   if (!north || !readAngle(longitude, 3, 180) || longitude.size() != latitude.size() + 1 ||
       coordinates.size() != latitude.size() + longitude.size() + 2) {
     return {};
@@ -73,7 +74,7 @@ bool isName(const std::string& text) {
   return !text.empty() && text.find_first_not_of(characters) == std::string::npos;
 }
 
-/// The place of one line of the table; nothing when the line is malformed.
+/// Returns the place of one line of the table, or nothing if the line is malformed.
 std::optional<Place> readPlace(const std::string& line) {
   const zn_lib::Tokenizer fields(line, "\t");
   const auto isStray = [](char c) { return isControl(c) && c != '\t'; };
@@ -86,7 +87,7 @@ std::optional<Place> readPlace(const std::string& line) {
   return Place{fields.getToken(2), *latitude};
 }
 
-/// A file, line by line; throws Error where it cannot be read.
+/// Reads a file line by line. Throws Error if it cannot be read.
 class LineReader {
  public:
   explicit LineReader(const std::string& file)
@@ -94,7 +95,7 @@ class LineReader {
     if (in_ == nullptr) throw fileError(Problem::kCannotOpen, file_);
   }
 
-  /// Stores the next line without its line end; false when there is none.
+  /// Stores the next line without its line end. Returns false if there is none.
   bool next(std::string& line) {
     ++number_;
     line.clear();
@@ -107,14 +108,14 @@ class LineReader {
     return c != EOF || !line.empty();
   }
 
-  /// `problem` with the line that was read last.
+  /// Returns `problem` with the number of the line that was read last.
   Error error(Problem problem) const {
     return Error(problem, {quote(file_), std::to_string(number_)});
   }
 
  private:
   const std::string file_;
-  // Not a file stream: not every standard library tells a read that fails from the file's end.
+  // With a file stream, not every standard library distinguishes a failed read from the end.
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> in_;
   unsigned long long number_ = 0;
 };

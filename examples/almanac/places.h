@@ -1,4 +1,4 @@
-/// Places by name, from a table such as the system's /usr/share/zoneinfo/zone.tab.
+/// Looks up places in a table such as the system's /usr/share/zoneinfo/zone.tab.
 #ifndef ALMANAC_PLACES_H
 #define ALMANAC_PLACES_H
 
@@ -6,16 +6,16 @@
 
 namespace almanac {
 
-/// The latitude, in degrees, of the place called `name` in the table `file`; of the first one,
-/// should it stand there twice.
+/// Returns the latitude, in degrees, of the place called `name` in the table `file`. If the name
+/// occurs twice, the first one counts.
 ///
-/// A line is two capital letters of country code, ISO 6709 coordinates, a name of letters,
-/// digits and "/_+-.", and, as it likes, comments, with one tab between each two of them. Empty
-/// lines and those that begin with "#" are skipped. Blanks at a line's end do not count, so lines
-/// may end as they do on other systems.
+/// A line consists of fields with one tab between them: a country code of two capital letters, ISO
+/// 6709 coordinates, a name of letters, digits and "/_+-.", and optional comments. Empty lines and
+/// lines that begin with "#" are skipped. Whitespace at the end of a line is ignored, so other
+/// systems' line ends are accepted.
 ///
-/// Reads and checks the whole file, wherever the name stands. Throws Error when the file cannot be
-/// read, when any of its lines is malformed, and when the place is not there.
+/// Reads and checks the whole file, wherever the name is. Throws Error if the file cannot be read,
+/// if any line is malformed, or if there is no such place.
 double latitudeOf(const std::string& name, const std::string& file);
 
 }  // namespace almanac

@@ -1,4 +1,4 @@
-/// What the command line and the settings ask for.
+/// Holds the checked values of the command line and the settings.
 #ifndef ALMANAC_REQUEST_H
 #define ALMANAC_REQUEST_H
 
@@ -9,10 +9,10 @@
 namespace almanac {
 
 struct Request {
-  std::string place;             ///< empty when only the latitude is known
+  std::string place;             ///< empty if only the latitude is known
   double latitude = 0.0;         ///< degrees, north positive
   unsigned long long first = 0;  ///< the first day, a Julian value at noon
-  int days = 0;                  ///< number of rows of the table
+  int days = 0;                  ///< the number of rows of the table
   DateStyle style = DateStyle::kIso;
 };
 

@@ -16,7 +16,7 @@
 namespace almanac {
 namespace {
 
-/// The store with what the file holds.
+/// Loads the file when it is created.
 class Store : public zn_lib::Configuration {
  public:
   Store() : Configuration("ALMANAC", "almanac") {
@@ -26,14 +26,14 @@ class Store : public zn_lib::Configuration {
     load();
   }
 
-  /// The value of a setting that is there and not empty.
+  /// Returns the value of a setting, or nothing if it is missing or empty.
   std::optional<std::string> find(const std::string& key) {
     const std::string value = get(key).value;
     if (value.empty()) return {};
     return value;
   }
 
-  /// The value of a setting that must be one of the words that `isWord` takes.
+  /// Returns the value of a setting as `find` does. Throws Error if `isWord` rejects it.
   template <class IsWord>
   std::optional<std::string> findWord(const std::string& key, IsWord isWord) {
     const std::optional<std::string> word = find(key);
@@ -43,14 +43,14 @@ class Store : public zn_lib::Configuration {
     return word;
   }
 
-  /// A setting without a value is kept as an empty one: it is listed all the same.
+  /// Stores a setting. One without a value is stored as an empty one, so that it is listed too.
   void keep(const std::string& key, const std::optional<std::string>& value,
             const std::string& describe) {
     set(key, "TEXT", value.value_or(""), describe);
   }
 };
 
-/// Whether expat reads all of the file; there may be none, or an empty one.
+/// Returns true if expat can parse the whole file, or if it is missing or empty.
 bool isWellFormed(const std::string& file) {
   std::ifstream in(file);
   const std::string xml{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
@@ -60,8 +60,8 @@ bool isWellFormed(const std::string& file) {
          (parser.Create("UTF-8", nullptr) && parser.Parse(xml.c_str(), xml.size(), true));
 }
 
-/// Whether a setting that was read can be written again: a store escapes nothing, and a file edited
-/// by hand may hold "&amp;".
+/// Returns true if a setting that was read can be written again. A store escapes nothing, while a
+/// file edited by hand may contain "&amp;".
 bool isFit(const zn_lib::ConfigElement& setting) {
   constexpr auto none = std::string::npos;
   const std::string labels = setting.type + setting.describe;
@@ -69,7 +69,7 @@ bool isFit(const zn_lib::ConfigElement& setting) {
          setting.value.find("]]>") == none;
 }
 
-/// Throws Error where saving `store` would lose what its file holds, which then stays as it is.
+/// Throws Error if saving `store` would lose contents of its file. The file then stays as it is.
 void protectFile(Store& store) {
   const std::string file = store.getConfigurationFile();
   std::optional<Error> error;
@@ -111,7 +111,7 @@ void save(const Settings& settings) {
   std::string directory = store.path;
   zn_lib::checkHomePath(directory);
   zn_lib::createDir(directory);
-  // A disk that is full does not show in the result, only in the file.
+  // The result does not show a full disk; only the file does.
   const bool isWritten = store.save();
   store.changed = false;
   Store written;

@@ -1,5 +1,5 @@
-/// What the program keeps from run to run, in almanac.cfg in the user's configuration directory:
-/// that of XDG_CONFIG_HOME, else ~/.config.
+/// Keeps settings between runs in almanac.cfg in the user's configuration directory, which is
+/// XDG_CONFIG_HOME or else ~/.config.
 #ifndef ALMANAC_SETTINGS_H
 #define ALMANAC_SETTINGS_H
 
@@ -8,7 +8,7 @@
 
 namespace almanac {
 
-/// Values in the words of the command line.
+/// Holds values as they are written on the command line.
 struct Settings {
   std::optional<std::string> place;
   std::optional<std::string> latitude;
@@ -16,15 +16,15 @@ struct Settings {
   std::optional<std::string> format;
 };
 
-/// Fills in from the file what `settings` lack: order, format, and either place or latitude where
-/// both are missing. Throws Error when a value that is needed cannot be used.
+/// Adds values from the file that `settings` lack: order, format, and either place or latitude if
+/// both are missing. Throws Error if an order or a format from the file is invalid.
 void complete(Settings& settings);
 
-/// Stores `settings`, which hold either place or latitude, in the file. Throws Error when it cannot
-/// be written, and when that would lose something else that the file holds.
+/// Stores `settings`, which hold either place or latitude, in the file. Throws Error if it cannot
+/// be written, or if that would lose other contents of the file.
 void save(const Settings& settings);
 
-/// Prints what the file holds to standard output.
+/// Prints the settings in the file to standard output.
 void list();
 
 }  // namespace almanac

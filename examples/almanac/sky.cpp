@@ -25,8 +25,8 @@ zn_lib::MoonPhase moonAt(unsigned long long julian) {
 }
 
 std::string sexagesimal(double sixtieths) {
-  // The format cuts what is below the last place, where a whole number may come out a little too
-  // small: the half keeps clear of that.
+  // hourFormat cuts the last place, and a whole number may be slightly too small in binary. The
+  // half prevents an error of one.
   return zn_lib::hourFormat((sixtieths + 0.5) / 60.0);
 }
 

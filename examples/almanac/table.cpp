@@ -17,7 +17,7 @@ constexpr int kPhaseWidth = 15;   // "waxing crescent"
 constexpr int kPercentWidth = 4;  // "100%"
 constexpr int kBarWidth = kHoursPerDay;
 
-// leftPad pushes the text to the left end of its field, rightPad to the right end.
+// leftPad moves the text to the left end of its field, and rightPad to the right end.
 
 std::string alignLeft(const std::string& text, int width) {
   return zn_lib::leftPad(text, width, ' ');
@@ -39,21 +39,21 @@ std::string lengthText(double hours) {
   return zn_lib::hourFormat(hours);
 }
 
-/// The sign and the minutes and seconds of the change; "-" where there is no sunrise or sunset to
-/// move.
+/// Returns the change as a sign, minutes and seconds. Returns "-" if either day has no sunrise or
+/// sunset.
 std::string changeText(double before, double hours) {
   if (isPolar(before) || isPolar(hours)) return "-";
   const double seconds = std::round((hours - before) * 3600.0);
   return (seconds < 0.0 ? "-" : "+") + sexagesimal(std::fabs(seconds));
 }
 
-/// One mark for each hour of daylight, one point for each of the others.
+/// Returns one "#" for each hour of daylight, and one "." for each other hour.
 std::string bar(double hours) {
   const int lit = isPolarNight(hours) ? 0 : static_cast<int>(std::lround(hours));
   return zn_lib::leftPad(zn_lib::replicateString("#", lit), kBarWidth, '.');
 }
 
-/// A row of the table from its six columns.
+/// Joins the six columns of a row.
 std::string row(const std::string& date, const std::string& length, const std::string& change,
                 const std::string& phase, const std::string& lit, const std::string& hours) {
   return date + "  " + alignRight(length, kLengthWidth) + ' ' + alignRight(change, kChangeWidth) +

@@ -1,4 +1,4 @@
-/// The almanac's table: one row a day.
+/// Prints the almanac's table, one row for each day.
 #ifndef ALMANAC_TABLE_H
 #define ALMANAC_TABLE_H
 
@@ -8,8 +8,8 @@
 
 namespace almanac {
 
-/// Writes the table; a title and column headings precede it when the library's verbose flag is on.
-/// The stream is not checked.
+/// Writes the table. A title and column headings precede it if the library's verbose flag is on.
+/// The caller checks the stream.
 void printTable(std::ostream& out, const Request& request);
 
 }  // namespace almanac

@@ -9,8 +9,10 @@
 namespace almanac {
 namespace {
 
-/// `isNumber` looks at the whole text but lets pieces be missing; `stringToDouble` reads only the
-/// start of a text, but answers NaN where there is no number. Each covers for the other.
+/// Returns the value of `text` if it is a number without any of the `banned` characters, between
+/// `least` and `most`. `isNumber` checks the whole text but accepts missing parts. `stringToDouble`
+/// reads only the start of the text but returns NaN if there is no number. Together they are
+/// strict.
 std::optional<double> toNumberWithout(const std::string& banned, const std::string& text,
                                       double least, double most) {
   if (!zn_lib::isNumber(text) || text.find_first_of(banned) != std::string::npos) return {};

@@ -1,4 +1,4 @@
-/// Strict reading of numbers, and text that is fit for a message.
+/// Reads numbers strictly, and prepares text for messages.
 #ifndef ALMANAC_TEXT_H
 #define ALMANAC_TEXT_H
 
@@ -7,22 +7,22 @@
 
 namespace almanac {
 
-/// True for the bytes 0 to 31 and 127.
+/// Returns true for the bytes 0 to 31 and 127.
 bool isControl(char c);
 
-/// `text` in double quotes, with a "?" for each control character: a message stays one line
-/// whatever it quotes.
+/// Returns `text` in double quotes, with a "?" for each control character, so that every message
+/// stays on one line.
 std::string quote(const std::string& text);
 
-/// Why the last system call failed, in the system's words.
+/// Returns the system's message for the last failed system call.
 std::string systemReason();
 
-/// The value of `text` when it is digits only and lies between `least` and `most`; nothing
-/// otherwise.
+/// Returns the value of `text` if it consists of digits only and is between `least` and `most`.
+/// Returns nothing otherwise.
 std::optional<int> toWholeNumber(const std::string& text, int least, int most);
 
-/// The value of `text` when all of it is a number, "-33.9" or "5e-1", between `least` and `most`;
-/// nothing otherwise.
+/// Returns the value of `text` if all of it is a number, such as "-33.9" or "5e-1", between `least`
+/// and `most`. Returns nothing otherwise.
 std::optional<double> toNumber(const std::string& text, double least, double most);
 
 }  // namespace almanac

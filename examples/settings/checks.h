@@ -1,5 +1,6 @@
-/// What a store of settings can keep. It escapes nothing: one setting that its file cannot hold
-/// makes the file malformed, and the next load drops all that stands behind it.
+/// Checks whether a store of settings can keep a value. A store escapes nothing, so a setting that
+/// its file cannot represent makes the file malformed. The next load then loses all settings after
+/// it.
 #ifndef EXAMPLE_CHECKS_H
 #define EXAMPLE_CHECKS_H
 
@@ -17,11 +18,13 @@
 
 namespace example {
 
-/// A store feeds its parser blocks of this size. A blank at the start of one is lost.
+/// The size of the blocks that a store passes to its parser. Whitespace at the start of one is
+/// lost.
 constexpr std::size_t kBlockBytes = 8192;
 constexpr std::size_t kOneBlock = std::numeric_limits<std::size_t>::max();
 
-/// What a store reads from a file with this text; nothing where the text is malformed.
+/// Returns the settings that a store reads from a file with this text, or nothing if it is
+/// malformed.
 inline std::optional<zn_lib::config_map> readBack(const std::string& xml, std::size_t blockBytes) {
   zn_lib::ConfigEvent settings;
   XMLParser parser(&settings);
@@ -43,7 +46,7 @@ inline bool areEqual(const zn_lib::config_map& a, const zn_lib::config_map& b) {
   });
 }
 
-/// Whether a store reads these settings back as it writes them.
+/// Returns true if a store reads these settings back as it writes them.
 inline bool areKept(const zn_lib::config_map& settings, std::size_t blockBytes) {
   std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CONFIGURATION type='EXAMPLE'>\n";
   for (const auto& [key, setting] : settings) {
@@ -61,7 +64,8 @@ inline bool isKept(const std::string& key, const zn_lib::ConfigElement& setting)
 
 inline bool isControl(char c) { return static_cast<unsigned char>(c) < ' ' && c != '\t'; }
 
-/// Why a store cannot keep `value` under `key`; empty where it can.
+/// Returns the reason why a store cannot keep `value` under `key`. Returns the empty text if it
+/// can.
 inline std::string obstacle(const std::string& key, const std::string& value) {
   zn_lib::ConfigElement setting;
   setting.describe = key;
@@ -76,11 +80,12 @@ inline std::string obstacle(const std::string& key, const std::string& value) {
   if (std::any_of(value.begin(), value.end(), isControl)) {
     return "its value holds a line break or another control character";
   }
-  if (value.front() == ' ' || value.front() == '\t') return "its value begins with a blank";
-  return "its value holds bytes that are no characters of XML in UTF-8";
+  if (value.front() == ' ' || value.front() == '\t') return "its value begins with whitespace";
+  return "its value holds bytes that are not XML characters in UTF-8";
 }
 
-/// Why the file of `settings`, which have been loaded, must stay as it is; empty where it need not.
+/// Returns the reason why the file of the loaded `settings` must stay as it is. Returns the empty
+/// text if there is none.
 inline std::string obstacleInFile(zn_lib::Configuration& settings) {
   const std::string name = settings.getConfigurationFile();
   std::ifstream file(name);
@@ -89,7 +94,7 @@ inline std::string obstacleInFile(zn_lib::Configuration& settings) {
   if (xml.empty()) return "";
   const std::optional<zn_lib::config_map> whole = readBack(xml, kOneBlock);
   if (!whole) return "it is malformed";
-  if (!areEqual(*whole, settings.elements)) return "a blank was lost while it was read";
+  if (!areEqual(*whole, settings.elements)) return "whitespace was lost while it was read";
   for (const auto& [key, setting] : settings.elements) {
     if (!isKept(key, setting)) return zn_lib::inQuotes(key, '"') + " in it cannot be written again";
   }

@@ -1,5 +1,5 @@
-/// settings: a tool that remembers. `settings KEY=VALUE...` stores what it is told in settings.cfg
-/// in the working directory and lists all that the file holds.
+/// settings keeps values between runs. `settings KEY=VALUE...` stores them in settings.cfg in the
+/// working directory and lists all settings of the file.
 ///
 ///     $ settings colour=blue
 ///     This is run 1.
@@ -10,8 +10,8 @@
 ///     colour             blue
 ///     How often this ran 1
 ///
-/// A setting that the file cannot hold is refused with a message. The exit status is 1 where the
-/// file stays as it was.
+/// A setting that the file cannot represent is rejected with a message. The exit status is 1 if the
+/// file could not be changed.
 #include <zn_output.h>
 #include <zn_setcfg.h>
 #include <zn_str.h>
@@ -24,7 +24,7 @@
 
 namespace {
 
-/// Stores "KEY=VALUE", or tells why not.
+/// Stores "KEY=VALUE", or prints the reason why it cannot.
 void store(const std::string& argument, zn_lib::Configuration& settings) {
   const auto refuse = [&](const std::string& why) {
     std::string shown = argument;
@@ -33,12 +33,12 @@ void store(const std::string& argument, zn_lib::Configuration& settings) {
   };
   const std::size_t mark = argument.find('=');
   if (mark == std::string::npos) return refuse("it is not KEY=VALUE");
-  // The store trims keys, but takes one with blanks around it for a new one.
+  // The store trims keys, but counts a key with whitespace around it as new.
   const std::string key = zn_lib::allTrim(argument.substr(0, mark));
   const std::string value = argument.substr(mark + 1);
   const std::string why = example::obstacle(key, value);
   if (!why.empty()) return refuse(why);
-  // A new key describes itself; one that is there keeps its type and description.
+  // A new key describes itself. An existing one keeps its type and description.
   settings.set(key, value);
 }
 
@@ -52,19 +52,19 @@ int fail(const std::string& why, zn_lib::Configuration& settings) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
-  // The library is silent, errors included, unless a host wants to hear of them.
+  // The library prints nothing, errors included, until the verbose flag is set.
   zn_lib::setVerbose(true);
 
-  // Names the file and reads nothing yet.
+  // The constructor names the file but does not read it.
   zn_lib::Configuration settings("EXAMPLE", "settings");
 
-  // A first run finds no file, which is no failure. A malformed file is none either: what stands
-  // behind the fault is missing, and the next save would drop it.
+  // A missing file is not a failure, nor is a malformed one. The settings after the error are then
+  // missing, and the next save would lose them.
   settings.load();
   const std::string why = example::obstacleInFile(settings);
   if (!why.empty()) return fail(why, settings);
 
-  // A setting that is missing has an empty value, and reading does not add it.
+  // A missing setting has an empty value, and reading it does not add it.
   constexpr double most = 1000000;
   const double before = zn_lib::stringToDouble(settings.get("runs").value);
   const int run = before >= 1 && before < most ? static_cast<int>(before) + 1 : 1;
@@ -74,11 +74,11 @@ int main(int argc, char* argv[]) {
   for (int i = 1; i < argc; ++i) store(argv[i], settings);
   settings.listConfiguration();
   if (!example::areKept(settings.elements, example::kBlockBytes))
-    return fail("a blank would be lost at the border of two blocks", settings);
+    return fail("whitespace would be lost between two blocks", settings);
 
-  // A store that was changed saves itself when it is destroyed, but tells no failure then. The file
-  // of before becomes settings.cfg~, the date of the first save is stamped, and each setting gets a
-  // line. A full disk is not told even here, so the file is read again.
+  // A changed store also saves itself when it is destroyed, but does not report a failure then. The
+  // old file becomes settings.cfg~, the date of the first save is added, and each setting gets a
+  // line. The result does not show a full disk, so the file is read again.
   const bool isSaved = settings.save();
   zn_lib::Configuration written("EXAMPLE", "settings");
   written.load();

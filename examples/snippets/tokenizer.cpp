@@ -1,4 +1,4 @@
-// Words and fields: splitting at characters, splitting at a pattern, sorting.
+// Splits text at characters and at a pattern, and sorts the tokens.
 #include <tokenizer.h>
 
 #include <iostream>
@@ -14,21 +14,21 @@ void print(const zn_lib::Tokenizer& list) {
 }  // namespace
 
 int main() {
-  // Every delimiter ends a token, an empty one too; nothing follows the last delimiter here.
+  // Every delimiter ends a token, which may be empty. No text follows the last delimiter here.
   zn_lib::Tokenizer list("pear,apple,,fig,", ",");
   print(list);
 
   list.sortTokens();
   print(list);
 
-  // "a-c" is a range of delimiters; with the hyphen at an end it stands for itself.
+  // A hyphen at an end stands for itself, while "a-c" is a range of delimiters.
   list.split("1-2+3", "+-");
   print(list);
 
   list.splitMulti("one, two,three", ", ?");
   print(list);
-  std::cout << list.getToken(1) << ", and behind the end \"" << list.getToken(9) << "\"\n";
+  std::cout << list.getToken(1) << ", and after the end \"" << list.getToken(9) << "\"\n";
 
-  // The base stays on the stream until another one is set.
+  // The base stays set on the stream until another one is set.
   std::cout << zn_lib::setHexadecimal << 31 << zn_lib::setDecimal << ' ' << 31 << '\n';
 }

@@ -1,4 +1,4 @@
-// The version and the shared constants.
+// Prints the version and the shared constants.
 #include <zn_common.h>
 
 #include <iostream>
@@ -6,7 +6,7 @@
 int main() {
   std::cout << "zn_udf " << zn_udf_1VersionNumber << '\n';
 
-  // The text for what(1) ends with a line feed.
+  // The version text for what(1) ends with a line feed.
   std::cout << zn_udf_1VersionString;
 
   const std::string word = "maybe";

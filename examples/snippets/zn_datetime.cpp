@@ -1,4 +1,4 @@
-// A date read, shifted and written in several forms.
+// Reads a date, shifts it by a day, and writes it in several forms.
 #include <zn_datetime.h>
 
 #include <iostream>
@@ -18,12 +18,12 @@ int main() {
       zn_lib::DAY_MONTH_YEAR, zn_lib::MONTH_FULL_NAME, ' ', ',', ':', true};
   std::cout << zn_lib::formatJulianDate(julian, written) << '\n';
 
-  // Text that is no date reads as 1 January of year 0; an impossible date gives 0.
+  // Text that is not a date reads as 1 January of year 0. An impossible date gives 0.
   std::cout << zn_lib::julianToISO(zn_lib::dateToJulian("hello")) << '\n'
             << zn_lib::dateToJulian("2023-02-29") << '\n'
             << std::boolalpha << zn_lib::isValidISOdate("hello") << '\n';
 
-  // The year is taken from the end; what is no month's name counts as December.
+  // The third field is the year. An unknown month name counts as December.
   zn_lib::setDateFormat(zn_lib::DAY_MONTH_YEAR);
   zn_lib::setUseTime(false);
   std::cout << zn_lib::dateToISO("05 March 2024") << ", month " << zn_lib::getMonthNumber("xyz")

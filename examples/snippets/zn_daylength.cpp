@@ -1,4 +1,4 @@
-// The length of the day at midsummer and midwinter, at three latitudes.
+// Computes the length of the day at midsummer and midwinter, at three latitudes.
 #include <zn_datetime.h>
 #include <zn_daylength.h>
 
@@ -14,7 +14,7 @@ int main() {
       day.latitude = latitude;
       const double hours = day.compute();
 
-      // Polar day is 24 hours; polar night is no number.
+      // Polar day is 24 hours. Polar night is NaN.
       std::cout << "  " << (std::isnan(hours) ? "night" : zn_lib::hourFormat(hours));
     }
     std::cout << '\n';

@@ -1,4 +1,4 @@
-// A directory created, listed and copied; a numbered name for one more file.
+// Creates, lists and copies a directory, and derives a numbered file name.
 #include <zn_dir.h>
 #include <zn_seqfile.h>
 
@@ -14,14 +14,14 @@ int main() {
   std::ofstream("reports/may.txt") << "31 days\n";
   std::ofstream("reports/may.csv") << "31\n";
 
-  // The filter is a regular expression, searched anywhere in the name. Names are appended, in the
-  // order of the system.
+  // The filter is a regular expression, searched anywhere in the name. Names are appended in the
+  // system's order.
   std::vector<std::string> entries;
   zn_lib::listDir("reports", "\\.txt$", true, entries);
   zn_lib::listDir("reports", "<dir>", true, entries);
   for (const std::string& entry : entries) std::cout << entry << '\n';
 
-  // Copies the files; the subdirectory becomes an empty file.
+  // copyDir copies the files. The subdirectory becomes an empty file.
   std::string source = "reports";
   std::string target = "copies";
   zn_lib::copyDir(source, target);
@@ -31,7 +31,7 @@ int main() {
   for (const std::string& entry : entries) std::cout << target << '/' << entry << '\n';
   std::cout << "old is a file: " << std::boolalpha << std::ifstream("copies/old").is_open() << '\n';
 
-  // The number is always 1, whether that name is taken or not.
+  // The number is always 1, even if that file exists.
   std::string name = "reports/may.txt";
   zn_lib::sequentialFile(name);
   std::cout << name << '\n';

@@ -1,4 +1,4 @@
-// Messages from a catalog, and the system's last error.
+// Prints messages from a catalog, and the system's last error.
 #include <zn_error.h>
 #include <zn_output.h>
 
@@ -8,14 +8,15 @@
 #include <string>
 
 int main() {
-  // Nothing stands between the elements of one error: a line break there would be taken for text.
+  // The elements of one error follow each other directly. A line break between them would be read
+  // as their text.
   std::ofstream("errors.xml") << "<ERRORS>\n"
                                  "<ERROR><ID>1</ID><MESSAGE>No such place</MESSAGE></ERROR>\n"
                                  "<ERROR><ID>2</ID><MESSAGE>No such date</MESSAGE></ERROR>\n"
                                  "</ERRORS>\n";
   std::map<int, std::string, zn_lib::error_order> catalog;
 
-  // Always true, for a missing file too: look at what was read.
+  // The result is true even for a missing file, so check the catalog.
   zn_lib::readErrorFile("errors.xml", catalog);
   std::cout << catalog.size() << " messages, the second: " << catalog[2] << '\n';
 

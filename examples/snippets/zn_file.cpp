@@ -1,4 +1,4 @@
-// A file name taken apart and put together; a file copied, backed up and dumped.
+// Splits and joins a file name, and copies, backs up and dumps a file.
 #include <zn_file.h>
 #include <zn_output.h>
 
@@ -17,14 +17,15 @@ int main() {
   std::cout << std::boolalpha << zn_lib::fileCopy("notes.txt", "copy.txt", false) << ' '
             << zn_lib::fileCopy("notes.txt", "copy.txt", false) << '\n';
 
-  // True says that the copy was attempted: there is no such directory.
+  // True means only that the copy was attempted. The directory does not exist.
   std::cout << zn_lib::fileCopy("notes.txt", "missing/copy.txt", false) << '\n';
 
-  // A backup moves the file: afterwards there is notes.txt~ and no notes.txt.
+  // createBackup moves the file: notes.txt~ exists afterwards, and notes.txt does not.
   std::cout << zn_lib::createBackup("notes.txt") << ' ' << std::ifstream("notes.txt").is_open()
             << "\n\n";
 
-  // The header is always printed, the rows in verbose mode only. The end of the file is a byte too.
+  // The header is always printed, but the rows in verbose mode only. The end of the file appears as
+  // one more byte.
   zn_lib::setVerbose(true);
   zn_lib::hexDump("copy.txt", 4);
 }

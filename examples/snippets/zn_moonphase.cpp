@@ -1,4 +1,4 @@
-// The moon of a January.
+// Prints the phases of the moon in a January.
 #include <zn_datetime.h>
 #include <zn_moonphase.h>
 #include <zn_str.h>
@@ -12,7 +12,7 @@ int main() {
   constexpr double epoch = 2444238.5;  // 31 December 1979, 0:00, as a Julian Date
 
   for (const char* const date : {"2024-01-11", "2024-01-18", "2024-01-22", "2024-01-25"}) {
-    // With times left out, which they are at first, a date stands at noon.
+    // Times are off by default, so a date means noon of that day.
     zn_lib::MoonPhase moon;
     moon.days = static_cast<double>(zn_lib::dateToJulian(date)) / dayMilliseconds - epoch;
     moon.compute();

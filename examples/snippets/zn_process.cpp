@@ -1,4 +1,4 @@
-// A child process, a shell command, and what machine this is.
+// Runs a child process and a shell command, and describes the machine.
 #include <zn_platform.h>
 #include <zn_process.h>
 #include <zn_shell.h>
@@ -6,20 +6,20 @@
 #include <iostream>
 
 int main() {
-  // The program shares our standard output. PATH is not searched; there is one argument.
+  // The program shares our standard output. It has one argument. PATH is not searched.
   zn_lib::childProcess("/bin/echo", "written by a child process", true);
 
-  // A program that cannot be started looks like one that succeeded.
+  // A program that cannot be started is not reported.
   std::cout << "childProcess returns " << zn_lib::childProcess("/no/such/program", "", true)
             << '\n';
 
-  // What the shell writes comes after what is flushed before it.
+  // The flush puts our output before that of the shell.
   std::cout << "sorted:" << std::endl;
   const bool isStarted = zn_lib::execShell("printf 'b\\na\\n' | sort; exit 3");
 
-  // True although the command ended with status 3.
+  // The result is true although the command ended with status 3.
   std::cout << "execShell returns " << std::boolalpha << isStarted << '\n';
 
-  if (zn_lib::getOSName() != "unknown") std::cout << "The system tells its name\n";
+  if (zn_lib::getOSName() != "unknown") std::cout << "The system has a name\n";
   std::cout << "Big-endian: " << zn_lib::IsBigEndian() << '\n';
 }

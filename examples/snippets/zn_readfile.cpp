@@ -1,4 +1,4 @@
-// A log that is written, continued and read.
+// Writes a log, appends to it and reads it.
 #include <zn_readfile.h>
 #include <zn_writefile.h>
 
@@ -14,7 +14,7 @@ int main() {
   log.file << "started\n";
   log.fileClose();
 
-  // Without `append`, opening again would empty the file.
+  // Without `append`, opening the file again would empty it.
   log.append = true;
   if (!log.fileOpen()) return 1;
   log.file << "ended\n";
@@ -27,7 +27,7 @@ int main() {
   std::getline(reader.file, first);
   std::cout << "first line: " << first << '\n';
 
-  // Prints the rest, and an empty line more for the newline at the end of the file.
+  // cat prints the rest, and an extra empty line because the file ends in a newline.
   reader.cat();
   std::cout << "that was " << reader.getFileName() << '\n';
 }

@@ -1,4 +1,4 @@
-// An XML file read into a map by a handler of the host's own.
+// Reads an XML file into a map with a handler of the host's own.
 #include <zn_readxml.h>
 
 #include <fstream>
@@ -11,7 +11,7 @@ namespace {
 // Counts the elements of each name.
 class CountEvent final : public zn_lib::XmlEvent<std::map<std::string, int>> {
  public:
-  // An exception that leaves it, such as std::bad_alloc, leaves parseFile.
+  // An exception such as std::bad_alloc may leave this function. parseFile then throws it.
   void OnStartElement(const XML_Char* name, const XML_Char**) override { ++data[name]; }
 };
 
@@ -24,7 +24,7 @@ int main() {
   std::string name = "menu.xml";
   reader.setFileName(name);
 
-  // True when the file could be opened, whatever is in it.
+  // The result is true if the file could be opened, whatever its contents.
   if (!reader.parseFile()) return 1;
   for (const auto& [element, count] : reader.event->data) {
     std::cout << element << ' ' << count << '\n';

@@ -1,4 +1,4 @@
-// Settings that are changed, saved when the store goes, and read again.
+// Changes settings, has the store save itself, and reads them again.
 #include <zn_setcfg.h>
 
 #include <iostream>
@@ -9,10 +9,10 @@ int main() {
     zn_lib::Configuration settings("TOOL", "tool");
     std::cout << settings.getConfigurationFile() << '\n';
 
-    // There is no file yet, which is no failure.
+    // There is no file yet, which is not a failure.
     settings.load();
 
-    // A new key describes itself. Nothing is escaped on saving: no "<" and no "&" in values.
+    // A new key describes itself. Nothing is escaped, so values must not contain "<" or "&".
     settings.set("colour", "blue");
     settings.set("size", "NUMBER", "7", "Size in millimetres");
   }
@@ -23,10 +23,10 @@ int main() {
   const zn_lib::ConfigElement size = settings.get("size");
   std::cout << size.describe << ": " << size.value << " (" << size.type << ")\n";
 
-  // A setting that is missing has an empty value, and reading does not add it.
+  // A missing setting has an empty value, and reading it does not add it.
   std::cout << '"' << settings.get("weight").value << "\"\n";
 
-  // The date of the first save is kept among the settings.
+  // The date of the first save is one of the settings.
   settings.set("UPDATE", "2024-03-05 14:07:09");
   settings.listConfiguration();
 }

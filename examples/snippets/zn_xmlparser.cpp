@@ -1,4 +1,4 @@
-// The elements of an XML text as an indented list, and where a malformed one goes wrong.
+// Prints the elements of an XML text as an indented list, and the position of an error.
 #include <zn_xmlparser.h>
 
 #include <iostream>
@@ -27,7 +27,7 @@ int main() {
   Outline outline;
   XMLParser parser(&outline);
 
-  // A new parser has every callback off.
+  // Every callback of a new parser is off.
   parser.Create(nullptr, nullptr);
   parser.EnableElementHandler(true);
 

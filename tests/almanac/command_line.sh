@@ -13,7 +13,7 @@ expect_error "option in two lines" 2 'unknown' --latitude 52 '--bo
 gus'
 expect_error "value of an option without" 2 'no value .*"--verbose=yes"' --latitude 52 --verbose=yes
 for option in place places latitude from order days format; do
-  expect_error "missing argument of --$option" 2 "missing behind \"--$option\"" --latitude 52 --$option
+  expect_error "missing argument of --$option" 2 "missing argument after \"--$option\"" --latitude 52 --$option
 done
 for order in '' DMY dym x; do
   expect_error "order '$order'" 2 'for --order' --latitude 52 --order "$order"

@@ -56,10 +56,10 @@ expect_table "the list asks for nothing else" listed --settings --place Nowhere 
 
 # What the file holds is refused where it is needed, and only there.
 sed -i 's/>mdy</>mddy</' $kept
-expect_error "a bad order is kept" 1 '"mddy" is no value for the setting "order" in ".*/home/.config/almanac.cfg"$' --days 1
+expect_error "a bad order is kept" 1 'invalid value "mddy" for the setting "order" in ".*/home/.config/almanac.cfg"$' --days 1
 expect_table "a bad order that is not needed" south_full --from 2026-06-01 --order dmy
 sed -i 's/>full</>long</' $kept
-expect_error "a bad format is kept" 1 '"long" is no value for the setting "format"' --order dmy
+expect_error "a bad format is kept" 1 'invalid value "long" for the setting "format"' --order dmy
 sed -i 's/>-20.5</>200</' $kept
 expect_error "a bad latitude is kept" 1 'not "200"$' --order dmy --format full
 expect_table "saving mends the file" south --from 2026-06-01 --latitude -20.5 --order ymd --format iso --save

@@ -133,11 +133,11 @@ k=\n|a line break or another control character
 k=a\nb|a line break or another control character
 k=a\rb|a line break or another control character
 k=a\0033b|a line break or another control character
-k= a|its value begins with a blank
-k=\ta|its value begins with a blank
-k=a\0377|no characters of XML in UTF-8
-k=\0355\0240\0200|no characters of XML in UTF-8
-k=\0357\0277\0277|no characters of XML in UTF-8
+k= a|its value begins with whitespace
+k=\ta|its value begins with whitespace
+k=a\0377|not XML characters in UTF-8
+k=\0355\0240\0200|not XML characters in UTF-8
+k=\0357\0277\0277|not XML characters in UTF-8
 END_OF_CASES
 
 # What can be kept is.
