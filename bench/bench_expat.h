@@ -9,6 +9,8 @@
 #include <memory>
 #include <string>
 
+#include "expat_handlers.h"
+
 namespace bench {
 
 using Parser = std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)>;
@@ -27,21 +29,19 @@ inline void parseFile(XML_Parser parser, const std::string& file) {
   }
 }
 
-/// Functions that count what the parser reports.
-struct Counter {
-  static void XMLCALL start(void* counter, const XML_Char*, const XML_Char**) {
-    ++static_cast<Counter*>(counter)->elements;
-  }
-  static void XMLCALL end(void*, const XML_Char*) {}
-  static void XMLCALL text(void* counter, const XML_Char*, int length) {
-    static_cast<Counter*>(counter)->bytes += length;
-  }
+/// Parses `file` and reports to `handler` as `setHandlers` says.
+template <class Handler>
+void parseFile(const std::string& file, Handler& handler) {
+  const Parser parser = makeParser();
+  setHandlers(parser.get(), handler);
+  parseFile(parser.get(), file);
+}
 
-  static void countFor(XML_Parser parser, Counter* counter) {
-    XML_SetUserData(parser, counter);
-    XML_SetElementHandler(parser, &start, &end);
-    XML_SetCharacterDataHandler(parser, &text);
-  }
+/// Counts what the parser reports.
+struct Counter {
+  void start(const XML_Char*, const XML_Char**) { ++elements; }
+  void end(const XML_Char*) {}
+  void text(const XML_Char*, int length) { bytes += length; }
 
   long elements = 0;
   long bytes = 0;
@@ -50,9 +50,7 @@ struct Counter {
 /// Parses `file` and keeps none of it: the limit of whatever reads it with this parser.
 inline long countOfFile(const std::string& file) {
   Counter counter;
-  const Parser parser = makeParser();
-  Counter::countFor(parser.get(), &counter);
-  parseFile(parser.get(), file);
+  parseFile(file, counter);
   return counter.elements + counter.bytes;
 }
 

@@ -5,39 +5,15 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
+#include <cstddef>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <memory>
-#include <stdexcept>
 #include <string>
-#include <system_error>
+
+#include "files.h"
 
 namespace bench {
-
-/// A directory that is gone, with all that is in it, when the object is.
-class TemporaryDirectory {
- public:
-  TemporaryDirectory() {
-    std::string pattern = std::filesystem::temp_directory_path() / "zn_udf_bench.XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary directory");
-    path_ = pattern;
-  }
-  ~TemporaryDirectory() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  TemporaryDirectory(const TemporaryDirectory&) = delete;
-  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-  std::string path() const { return path_; }
-  std::string file(const std::string& name) const { return path_ / name; }
-
- private:
-  std::filesystem::path path_;
-};
 
 /// A directory of empty files. Half of the names end in ".txt", the others in ".csv".
 class FullDirectory : public TemporaryDirectory {
@@ -65,22 +41,12 @@ class MadeOnce {
   std::map<std::size_t, std::unique_ptr<Object>> objects_;
 };
 
-/// Writes `bytes` to `file`, in place of what it held.
-inline void writeFile(const std::string& file, const std::string& bytes) {
-  std::ofstream(file, std::ios_base::binary) << bytes;
-}
-
 /// Waits until the data of `file` are on the disk.
 inline bool synchronise(const std::string& file) {
   const int descriptor = open(file.c_str(), O_RDONLY);
   const bool isOnDisk = fsync(descriptor) == 0;
   close(descriptor);
   return isOnDisk;
-}
-
-inline std::string bytesOf(const std::string& file) {
-  std::ifstream in(file, std::ios_base::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 /// `bytes` bytes in lines of 64 characters, the line feed among them.

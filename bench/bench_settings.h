@@ -54,41 +54,31 @@ inline void writeSettings(const std::string& directory, const std::string& name,
   out << "</CONFIGURATION>\n";
 }
 
-/// Settings as a program reads them that has the parser and nothing else.
-class BareReader {
- public:
-  Settings read(const std::string& file) {
-    const Parser parser = makeParser();
-    XML_SetUserData(parser.get(), this);
-    XML_SetElementHandler(parser.get(), &start, &end);
-    XML_SetCharacterDataHandler(parser.get(), &text);
-    parseFile(parser.get(), file);
-    return std::move(settings_);
-  }
-
- private:
-  static void XMLCALL start(void* reader, const XML_Char* name, const XML_Char** attributes) {
-    auto* const self = static_cast<BareReader*>(reader);
+/// Builds the map of settings from what expat reports.
+struct SettingsHandler {
+  void start(const XML_Char* name, const XML_Char** attributes) {
     if (attributes[0] == nullptr || attributes[2] == nullptr) return;
-    self->current_ = &self->settings_[name];
-    self->current_->type = attributes[1];
-    self->current_->describe = attributes[3];
+    current = &settings[name];
+    current->type = attributes[1];
+    current->describe = attributes[3];
   }
 
-  static void XMLCALL end(void* reader, const XML_Char*) {
-    static_cast<BareReader*>(reader)->current_ = nullptr;
+  void end(const XML_Char*) { current = nullptr; }
+
+  void text(const XML_Char* bytes, int length) {
+    if (current != nullptr) current->value.append(bytes, static_cast<std::size_t>(length));
   }
 
-  static void XMLCALL text(void* reader, const XML_Char* text, int length) {
-    auto* const self = static_cast<BareReader*>(reader);
-    if (self->current_ != nullptr) {
-      self->current_->value.append(text, static_cast<std::size_t>(length));
-    }
-  }
-
-  Settings settings_;
-  zn_lib::ConfigElement* current_ = nullptr;
+  Settings settings;
+  zn_lib::ConfigElement* current = nullptr;
 };
+
+/// Reads settings by expat, without the library.
+inline Settings readByExpat(const std::string& file) {
+  SettingsHandler handler;
+  parseFile(file, handler);
+  return std::move(handler.settings);
+}
 
 #ifdef ZN_UDF_HAVE_PUGIXML
 inline Settings readByPugixml(const std::string& file) {

@@ -29,7 +29,7 @@ void addPeakRow(const std::string& row, const std::string& name, const std::stri
 }  // namespace
 
 int main(int argc, char** argv) {
-  const bench::TemporaryDirectory directory;
+  const TemporaryDirectory directory;
   addPeakRow("memory_nothing/zn_udf", "nothing", "", 0);
 
   bench::writeSettings(directory.path(), memory_case::kStore, memory_case::kSettings, 1);

@@ -49,9 +49,7 @@ std::string fileOfStore(const std::string& directory) {
   return bench::storeIn(directory, memory_case::kStore)->getConfigurationFile();
 }
 
-void loadByExpat(const std::string& directory) {
-  keep(bench::BareReader().read(fileOfStore(directory)));
-}
+void loadByExpat(const std::string& directory) { keep(bench::readByExpat(fileOfStore(directory))); }
 
 /// The map alone, filled with what the file holds.
 void settingsAlone(const std::string&) {

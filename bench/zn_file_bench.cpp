@@ -141,7 +141,7 @@ void addDumpRows(const std::string& file, const std::string& out) {
 
 // ---- Growth
 
-void addGrowthRows(const bench::TemporaryDirectory& directory) {
+void addGrowthRows(const TemporaryDirectory& directory) {
   const auto nameOfSize = [](std::size_t size) {
     return "/usr/" + bench::randomText("abcdefgh/.", size - 9) + ".cpp";
   };
@@ -149,7 +149,7 @@ void addGrowthRows(const bench::TemporaryDirectory& directory) {
                    [](std::string& n) { return zn_lib::splitFileName(n); });
 
   const auto file = [path = directory.file("growing")](std::size_t size) {
-    bench::writeFile(path, bench::linesOf(size));
+    writeFile(path, bench::linesOf(size));
     return Copy{path, path + "_out"};
   };
   constexpr int smallestFile = 1024;
@@ -167,7 +167,7 @@ void addGrowthRows(const bench::TemporaryDirectory& directory) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const bench::TemporaryDirectory directory;
+  const TemporaryDirectory directory;
   addSplitRows("splitFileName_21B", "/usr/local/lib/libz.a");
   addSplitRows(
       "splitFileName_84B",

@@ -61,9 +61,9 @@ auto printing(Cat cat) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const bench::TemporaryDirectory directory;
+  const TemporaryDirectory directory;
   const Print print = {directory.file("printed"), directory.file("out")};
-  bench::writeFile(print.source, bench::linesOf(std::size_t{8} << 20));
+  writeFile(print.source, bench::linesOf(std::size_t{8} << 20));
   bench::addClockRow("cat_8MiB/zn_udf", print, printing(catByLibrary));
   bench::addClockRow("cat_8MiB/fgets", print, printing(catByFgets));
   bench::addClockRow("cat_8MiB/getline", print, printing(catByGetline));
@@ -76,7 +76,7 @@ int main(int argc, char** argv) {
 
   const Print growing = {directory.file("growing"), directory.file("growing_out")};
   const auto ofSize = [growing](std::size_t size) {
-    bench::writeFile(growing.source, bench::linesOf(size));
+    writeFile(growing.source, bench::linesOf(size));
     return growing;
   };
   constexpr int smallestFile = 1024;

@@ -29,8 +29,7 @@ void addLoadRows(const std::string& row, const std::string& directory, const std
   });
   const std::string file = storeIn(directory, name)->getConfigurationFile();
   bench::addClockRow(row + "/limit:expat_alone", file, &bench::countOfFile);
-  bench::addClockRow(row + "/expat_and_map", file,
-                     [](const std::string& f) { return bench::BareReader().read(f); });
+  bench::addClockRow(row + "/expat_and_map", file, &bench::readByExpat);
 #ifdef ZN_UDF_HAVE_PUGIXML
   bench::addClockRow(row + "/pugixml", file, &bench::readByPugixml);
 #endif
@@ -48,10 +47,10 @@ void addSaveRows(const std::string& directory) {
   store->save();
   bench::addClockRow("save_10000/zn_udf", store, [](const auto& s) { return s->save(); });
   // The bytes that the library writes, over those of the last time, on the disk as they are there.
-  const std::string bytes = bench::bytesOf(store->getConfigurationFile());
+  const std::string bytes = readFile(store->getConfigurationFile());
   const std::string plain = directory + "/written";
   bench::addClockRow("save_10000/limit:write_and_fsync", bytes, [plain](const std::string& b) {
-    bench::writeFile(plain, b);
+    writeFile(plain, b);
     return bench::synchronise(plain);
   });
 #ifdef ZN_UDF_HAVE_PUGIXML
@@ -95,7 +94,7 @@ void addGrowthRows(const std::string& directory) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const bench::TemporaryDirectory directory;
+  const TemporaryDirectory directory;
   bench::writeSettings(directory.path(), kSorted, kSettings, 1);
   addLoadRows("load_10000", directory.path(), kSorted);
   constexpr int shuffle = 3571;

@@ -47,7 +47,7 @@ bool writeAtOnce(const std::string& name, const std::string& bytes) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const bench::TemporaryDirectory directory;
+  const TemporaryDirectory directory;
   const std::string name = directory.file("written");
   constexpr std::size_t size = std::size_t{8} << 20;
   const std::string line = bench::linesOf(kLineLength);

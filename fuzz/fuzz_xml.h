@@ -3,6 +3,7 @@
 #define FUZZ_XML_H
 
 #include <expat.h>
+#include <fuzzer/FuzzedDataProvider.h>
 
 #include <algorithm>
 #include <climits>
@@ -11,25 +12,19 @@
 #include <map>
 #include <string>
 
+#include "expat_handlers.h"
+#include "whitespace.h"
+
 namespace fuzz {
 
 constexpr std::size_t kBlock = 8192;
 
-/// Feeds `bytes` to an expat parser in the blocks in which the library reads a file. `State` has
-/// start(name, attributes), end(name) and text(bytes).
+/// Feeds `bytes` to an expat parser in the blocks in which the library reads a file. The parser
+/// reports to `state` as `setHandlers` says.
 template <class State>
 void parse(const std::string& bytes, State& state) {
   const XML_Parser parser = XML_ParserCreate("UTF-8");
-  XML_SetUserData(parser, &state);
-  XML_SetElementHandler(
-      parser,
-      [](void* data, const XML_Char* name, const XML_Char** attributes) {
-        static_cast<State*>(data)->start(name, attributes);
-      },
-      [](void* data, const XML_Char* name) { static_cast<State*>(data)->end(name); });
-  XML_SetCharacterDataHandler(parser, [](void* data, const XML_Char* text, int length) {
-    static_cast<State*>(data)->text(std::string(text, static_cast<std::size_t>(length)));
-  });
+  setHandlers(parser, state);
   std::size_t at = 0;
   bool isLast = false;
   XML_Status status = XML_STATUS_OK;
@@ -41,10 +36,6 @@ void parse(const std::string& bytes, State& state) {
     at += count;
   }
   XML_ParserFree(parser);
-}
-
-inline std::string withoutLeadingBlanks(const std::string& text) {
-  return text.substr(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
 }
 
 struct Setting {
@@ -70,11 +61,11 @@ class SettingsReader {
 
   void end(const std::string&) { open_.clear(); }
 
-  void text(const std::string& bytes) {
-    if (open_.empty() || bytes.empty()) return;
+  void text(const XML_Char* bytes, int length) {
+    if (open_.empty() || length == 0) return;
     std::string& value = settings[open_].value;
     if (!hasText_) value.clear();
-    value += withoutLeadingBlanks(bytes);
+    value += withoutLeadingWhitespace({bytes, static_cast<std::size_t>(length)});
     hasText_ = true;
   }
 
@@ -99,8 +90,8 @@ class CatalogReader {
     if (name == "ERROR") catalog[id_] = message_;
   }
 
-  void text(const std::string& bytes) {
-    const std::string piece = withoutLeadingBlanks(bytes);
+  void text(const XML_Char* bytes, int length) {
+    const std::string piece = withoutLeadingWhitespace({bytes, static_cast<std::size_t>(length)});
     if (tag_ == "ID") id_ = leadingNumber(piece);
     if (tag_ == "MESSAGE") message_ = piece;
   }
@@ -132,6 +123,12 @@ inline std::string padded(const std::string& document, std::size_t count) {
   const std::size_t end = document.find('>');
   if (end == std::string::npos) return document;
   return document.substr(0, end + 1) + std::string(count, ' ') + document.substr(end + 1);
+}
+
+/// Returns all remaining bytes of the input, padded.
+inline std::string consumeDocument(FuzzedDataProvider& input) {
+  const std::size_t padding = input.ConsumeIntegralInRange<std::size_t>(0, 3 * kBlock);
+  return padded(input.ConsumeRemainingBytesAsString(), padding);
 }
 
 }  // namespace fuzz

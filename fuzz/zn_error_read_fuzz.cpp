@@ -26,12 +26,10 @@ void compare(const Catalog& actual, const fuzz::Catalog& expected) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   FuzzedDataProvider input(data, size);
-  const std::size_t padding = input.ConsumeIntegralInRange<std::size_t>(0, 3 * fuzz::kBlock);
-  const std::string xml = fuzz::padded(input.ConsumeRemainingBytesAsString(), padding);
-
+  const std::string xml = fuzz::consumeDocument(input);
   static const fuzz::TemporaryDirectory directory;
-  std::string name = directory / "errors";
-  fuzz::writeFile(name, xml);
+  std::string name = directory.file("errors");
+  writeFile(name, xml);
   zn_lib::ReadXml<zn_lib::ErrorEvent> reader;
   reader.setFileName(name);
   fuzz::expectSame("parseFile", reader.parseFile(), true);
@@ -42,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Catalog catalog = {{0, "of before"}, {1, "of before"}};
   fuzz::Catalog merged = expected;
   merged.insert({{0, "of before"}, {1, "of before"}});
-  fuzz::expectSame("readErrorFile", zn_lib::readErrorFile(directory / "errors", catalog), true);
+  fuzz::expectSame("readErrorFile", zn_lib::readErrorFile(directory.file("errors"), catalog), true);
   compare(catalog, merged);
   return 0;
 }

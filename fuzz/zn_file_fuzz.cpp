@@ -1,6 +1,5 @@
 /// File names against a model without patterns, against the patterns on short names, and numbered
 /// names in a directory with a few files.
-#include <dirent.h>
 #include <fuzzer/FuzzedDataProvider.h>
 #include <zn_file.h>
 #include <zn_readfile.h>
@@ -80,16 +79,6 @@ void expands(const std::string& name, const std::string& home) {
   expectSame("addEndSlash", dir, isClosed ? name : name + "/");
 }
 
-/// The names in `dir` in the system's order; none where it cannot be opened.
-std::vector<std::string> entriesOf(const std::string& dir) {
-  std::vector<std::string> entries;
-  DIR* const directory = opendir(dir.empty() ? "." : dir.c_str());
-  if (directory == nullptr) return entries;
-  while (const dirent* const entry = readdir(directory)) entries.push_back(entry->d_name);
-  closedir(directory);
-  return entries;
-}
-
 bool isPlain(const std::string& base) {
   using namespace std::string_literals;
   return base.find_first_of("^$\\.*+?()[]{}|\0"s) == std::string::npos;
@@ -121,7 +110,7 @@ std::string numbered(const std::string& name) try {
   const reference::Parts parts = reference::split(name);
   const std::string stem = reference::beforeNumber(parts.name);
   std::string base = stem.empty() ? parts.name : stem;
-  const std::vector<std::string> entries = entriesOf(parts.path);
+  const std::vector<std::string> entries = namesInSystemOrder(parts.path);
   if (entries.empty()) return reference::withSlashes(name);
   for (const std::string& entry : selected(entries, parts.path, base)) {
     const std::string text = reference::stripExtension(entry);
@@ -135,7 +124,7 @@ std::string numbered(const std::string& name) try {
 /// Only what lies in `directory` keeps still while two look at it.
 void sequence(const std::string& tail, const fuzz::TemporaryDirectory& directory) {
   if (tail.find("..") != std::string::npos || tail.find('~') != std::string::npos) return;
-  std::string name = directory / tail;
+  std::string name = directory.file(tail);
   const reference::Parts parts = reference::split(name);
   // A dot behind the last slash, or a line break, makes another directory the place to look.
   if (parts.path.compare(0, directory.path().size() + 1, directory.path() + "/") != 0) return;
@@ -153,10 +142,10 @@ const fuzz::TemporaryDirectory& directoryWithFiles() {
   static const fuzz::TemporaryDirectory directory;
   static bool isEmpty = true;
   if (isEmpty) {
-    std::filesystem::create_directory(directory / "out");
+    std::filesystem::create_directory(directory.file("out"));
     for (const char* file : {"run.log", "rerun.log", "run-12.log", "report-7.txt", "report.txt",
                              "a.b.c", ".run", "x\n-3", "run\\x.log", "out/run.log", "out/r-.x"}) {
-      fuzz::writeFile(directory / file, "");
+      writeFile(directory.file(file), "");
     }
     isEmpty = false;
   }

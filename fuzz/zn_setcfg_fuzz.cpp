@@ -14,9 +14,11 @@
 #include <sstream>
 #include <string>
 
+#include "captured_stream.h"
 #include "fuzz_check.h"
 #include "fuzz_files.h"
 #include "fuzz_xml.h"
+#include "whitespace.h"
 
 namespace {
 
@@ -24,8 +26,7 @@ using fuzz::expectSame;
 using zn_lib::Configuration;
 
 std::string trimmed(const std::string& key) {
-  const std::string text = fuzz::withoutLeadingBlanks(key);
-  return text.substr(0, text.find_last_not_of(" \t\n\v\f\r") + 1);
+  return withoutTrailingWhitespace(withoutLeadingWhitespace(key));
 }
 
 std::string now() {
@@ -112,8 +113,8 @@ class Model {
   }
 
  private:
-  std::string file() const { return directory_ / "config.xml"; }
-  std::string path() const { return isMissing_ ? directory_ / "missing" : directory_.path(); }
+  std::string file() const { return directory_.file("config.xml"); }
+  std::string path() const { return isMissing_ ? directory_.file("missing") : directory_.path(); }
   bool isWritable() const { return !name_.empty() && !isMissing_; }
 
   std::string text() { return input_.ConsumeRandomLengthString(64); }
@@ -221,7 +222,7 @@ class Model {
   void saved(const std::string& before) {
     if (!isWritable()) return;
     if (elements_.count("UPDATE") == 0) {
-      const bool isSameSecond = fuzz::readFile(file()).find(before) != std::string::npos;
+      const bool isSameSecond = readFile(file()).find(before) != std::string::npos;
       elements_["UPDATE"] = {isSameSecond ? before : now(), "DATE", "Date of update in ISO9601"};
     }
     if (backup_ && content_) backupContent_ = content_;
@@ -244,7 +245,7 @@ class Model {
   }
 
   void damage(const std::string& bytes) {
-    fuzz::writeFile(file(), bytes);
+    writeFile(file(), bytes);
     content_ = bytes;
   }
 
@@ -254,11 +255,10 @@ class Model {
   }
 
   void list() {
-    std::ostringstream actual, expected;
-    std::streambuf* const screen = std::cout.rdbuf(actual.rdbuf());
+    CapturedStream actual(std::cout);
     store_->listConfiguration();
-    std::cout.rdbuf(screen);
 
+    std::ostringstream expected;
     std::size_t width = 0;
     for (const auto& [key, setting] : elements_) width = std::max(width, setting.describe.size());
     const auto row = [&](const std::string& left, const std::string& right) {
@@ -271,7 +271,7 @@ class Model {
     row("-----------", "-----");
     for (const auto& [key, setting] : elements_) row(setting.describe, setting.value);
     expected << '\n';
-    expectSame("listConfiguration", actual.str(), expected.str());
+    expectSame("listConfiguration", actual.text(), expected.str());
   }
 
   static void compare(const zn_lib::ConfigElement& actual, const fuzz::Setting& expected) {
@@ -303,7 +303,7 @@ class Model {
   static void checkFile(const char* what, const std::string& name,
                         const std::optional<std::string>& content) {
     expectSame(what, std::filesystem::exists(name), content.has_value());
-    if (content) expectSame(what, fuzz::readFile(name), *content);
+    if (content) expectSame(what, readFile(name), *content);
   }
 
   FuzzedDataProvider& input_;

@@ -28,12 +28,10 @@ void compare(const zn_lib::config_map& actual, const fuzz::Settings& expected) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   FuzzedDataProvider input(data, size);
-  const std::size_t padding = input.ConsumeIntegralInRange<std::size_t>(0, 3 * fuzz::kBlock);
-  const std::string xml = fuzz::padded(input.ConsumeRemainingBytesAsString(), padding);
-
+  const std::string xml = fuzz::consumeDocument(input);
   static const fuzz::TemporaryDirectory directory;
-  std::string name = directory / "settings";
-  fuzz::writeFile(name, xml);
+  std::string name = directory.file("settings");
+  writeFile(name, xml);
   zn_lib::ReadXml<zn_lib::ConfigEvent> reader;
   reader.setFileName(name);
   expectSame("parseFile", reader.parseFile(), true);

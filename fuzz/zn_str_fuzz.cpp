@@ -18,6 +18,7 @@
 
 #include "fuzz_check.h"
 #include "reference_engine.h"
+#include "whitespace.h"
 
 namespace {
 
@@ -25,25 +26,17 @@ namespace definitions = zn_lib::internal::definitions;
 
 using fuzz::expectSame;
 
-const char* const kBlanks = " \t\n\v\f\r";
 constexpr int kLongest = 2000;
 
 const reference::Engine isBool = reference::engine(definitions::isBool);
 const reference::Engine validNumber = reference::engine(definitions::validNumber);
 const reference::Engine quote = reference::engine(definitions::quote);
 
-std::string withoutLeading(const std::string& text) {
-  return text.substr(std::min(text.find_first_not_of(kBlanks), text.size()));
-}
-
-std::string withoutTrailing(const std::string& text) {
-  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
-
 void trims(const std::string& text) {
-  expectSame("leftTrim", zn_lib::leftTrim(text), withoutLeading(text));
-  expectSame("rightTrim", zn_lib::rightTrim(text), withoutTrailing(text));
-  expectSame("allTrim", zn_lib::allTrim(text), withoutTrailing(withoutLeading(text)));
+  expectSame("leftTrim", zn_lib::leftTrim(text), withoutLeadingWhitespace(text));
+  expectSame("rightTrim", zn_lib::rightTrim(text), withoutTrailingWhitespace(text));
+  expectSame("allTrim", zn_lib::allTrim(text),
+             withoutTrailingWhitespace(withoutLeadingWhitespace(text)));
 }
 
 void cases(const std::string& text) {

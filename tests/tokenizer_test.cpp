@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "reference_engine.h"
+#include "reference_splits.h"
 #include "samples.h"
 
 namespace {
@@ -65,45 +65,18 @@ TEST(Split, Examples) {
   }
 }
 
-/// What the engine makes of `pattern`.
-Tokens splitByEngine(const std::string& text, const std::string& pattern) {
-  return reference::split(text, reference::engine(pattern));
-}
-
-Tokens splitMulti(const std::string& text, const std::string& pattern) {
-  zn_lib::Tokenizer tokenizer;
-  tokenizer.splitMulti(text, pattern);
-  return tokenizer.tokens;
-}
-
-/// The tokens that `split` gives, or the code of the error that it throws.
-template <class Split>
-Tokens outcome(Split split) {
-  try {
-    return split();
-  } catch (const std::regex_error& error) {
-    return {"error", reference::errorCode(error)};
-  }
-}
-
-/// `split` gives what the engine makes of the bracket expression, errors included.
-void expectBracketSplit(const std::string& text, const std::string& set) {
-  ASSERT_EQ(outcome([&] { return zn_lib::Tokenizer(text, set).tokens; }),
-            outcome([&] { return splitByEngine(text, "[" + set + "]"); }))
-      << text << " at " << set;
-}
-
 TEST(Split, AgreesWithTheEngineOnEverySmallSet) {
   const std::string text = everyByte() + "ab--]]^^[[\\\\";
-  forEveryText(everyByte(), 1, [&](const std::string& set) { expectBracketSplit(text, set); });
+  forEveryText(everyByte(), 1, [&](const std::string& set) { reference::expectSplit(text, set); });
   // Sets of characters that have a meaning inside brackets, and strangers.
   const std::string special = "-^\\][:=ad9\0\xFF"s;
-  forEveryText(special, 3, [&](const std::string& set) { expectBracketSplit(text, set); });
+  forEveryText(special, 3, [&](const std::string& set) { reference::expectSplit(text, set); });
 }
 
 TEST(Split, AgreesWithTheEngineOnEveryShortText) {
   for (const std::string& set : {",;"s, "-,"s, ",-"s, "a-c"s, "^,"s, "\\d,"s, ",\0"s, ""s, "-"s}) {
-    forEveryText(",;-ab5\0"s, 5, [&](const std::string& text) { expectBracketSplit(text, set); });
+    forEveryText(",;-ab5\0"s, 5,
+                 [&](const std::string& text) { reference::expectSplit(text, set); });
   }
 }
 
@@ -112,7 +85,7 @@ TEST(Split, AgreesWithTheEngineOnRandomTexts) {
   for (std::size_t length = 10; length < 2000; length += 7) {
     const std::string set = randomText(random, "-/.,:; abc\xFF", 1 + length % 6);
     const std::string text = randomText(random, everyByte() + set + set, length);
-    expectBracketSplit(text, set);
+    reference::expectSplit(text, set);
   }
 }
 
@@ -162,20 +135,19 @@ TEST(SplitMulti, Examples) {
 }
 
 TEST(SplitMulti, AgreesWithTheEngine) {
-  const auto agrees = [](const std::string& text, const std::string& pattern) {
-    ASSERT_EQ(outcome([&] { return splitMulti(text, pattern); }),
-              outcome([&] { return splitByEngine(text, pattern); }))
-        << text << " at " << pattern;
-  };
+  using reference::expectSplitMulti;
   // Every single byte, and every pair with a meaning in it.
   const std::string text = everyByte() + "ab--^^$$..||";
-  forEveryText(everyByte(), 1, [&](const std::string& pattern) { agrees(text, pattern); });
-  forEveryText("a-^$\\.*+?()[]{}|,\n\0\xFF"s, 2, [&](const std::string& p) { agrees(text, p); });
+  forEveryText(everyByte(), 1,
+               [&](const std::string& pattern) { expectSplitMulti(text, pattern); });
+  forEveryText("a-^$\\.*+?()[]{}|,\n\0\xFF"s, 2,
+               [&](const std::string& p) { expectSplitMulti(text, p); });
   // The characters that are equal but for their case.
-  forEveryText(everyByte(), 1, [&](const std::string& p) { agrees(text, "[[=" + p + "=]]"); });
+  forEveryText(everyByte(), 1,
+               [&](const std::string& p) { expectSplitMulti(text, "[[=" + p + "=]]"); });
   // Plain patterns that overlap themselves.
   for (const char* pattern : {"a", "aa", "ab", "aba", "aab", "bb"}) {
-    forEveryText("ab", 9, [&](const std::string& t) { agrees(t, pattern); });
+    forEveryText("ab", 9, [&](const std::string& t) { expectSplitMulti(t, pattern); });
   }
 }
 
@@ -204,12 +176,13 @@ TEST(SplitMulti, AnswersTheSameWithAnyStandardLibrary) {
       {"abc", "b|", {"", "a", "", "c"}},
   };
   for (const auto& c : cases) {
-    EXPECT_EQ(splitMulti(c.text, c.pattern), c.tokens) << c.text << " at " << c.pattern;
+    EXPECT_EQ(reference::tokensOfSplitMulti(c.text, c.pattern), c.tokens)
+        << c.text << " at " << c.pattern;
   }
   for (const char* pattern :
        {"[b-a]", "[^xb-a]", "[a-\xE4]", "[a-[:digit:]]", "[\\1]", "[\\B]", "[\\x4]", "[[:digit]",
         "[a", "[a-", "[a\\", "a{2", "a{,2}", "^*", "(*)", "a|+", "*.txt", "\\"}) {
-    EXPECT_THROW(splitMulti("a", pattern), std::regex_error) << pattern;
+    EXPECT_THROW(reference::tokensOfSplitMulti("a", pattern), std::regex_error) << pattern;
   }
 }
 

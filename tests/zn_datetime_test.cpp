@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "reference_dates.h"
 #include "reference_engine.h"
 #include "samples.h"
 
@@ -489,28 +490,12 @@ TEST_F(DateTime, ParseISOdate) {
   }
 }
 
-/// What the pattern itself makes of a text.
-std::string fieldsByPattern(const std::string& text) {
-  static const reference::Engine isoDateTime = reference::engine(definitions::isoDateTime);
-  std::smatch match;
-  int field[] = {0, 0, 0, 12, 0, 0};
-  if (std::regex_match(text, match, isoDateTime)) {
-    for (std::size_t i = 0; i < 6; ++i) {
-      if (match[i + 1].length() > 0) field[i] = std::stoi(match[i + 1].str());
-    }
-  }
-  std::string fields = std::to_string(field[0]);
-  fields += "-" + std::to_string(field[1] == 0 ? 1 : field[1]);
-  fields += "-" + std::to_string(field[2] == 0 ? 1 : field[2]);
-  for (std::size_t i = 3; i < 6; ++i) fields += (i == 3 ? ' ' : ':') + std::to_string(field[i]);
-  return fields;
-}
-
 TEST_F(DateTime, ParseISOdateAgreesWithItsPattern) {
+  static const reference::Engine isoDateTime = reference::engine(definitions::isoDateTime);
   const auto agrees = [](const std::string& text) {
     zn_lib::date_time_record record;
     zn_lib::parseISOdate(text, record);
-    ASSERT_EQ(fieldsOf(record), fieldsByPattern(text)) << text;
+    ASSERT_EQ(reference::fieldsOf(record), reference::fieldsByPattern(text, isoDateTime)) << text;
   };
   forEveryText("2-T :\t", 6, agrees);
   forEveryText("0-T:x\n\0\xB2"s, 5, agrees);

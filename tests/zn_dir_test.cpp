@@ -1,5 +1,4 @@
 #include <dirent.h>
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "next_definition.h"
 #include "output_capture.h"
 #include "reference_engine.h"
 #include "samples.h"
@@ -36,7 +36,7 @@ constexpr const char* kReaddir = sizeof(long) == 4 ? "readdir64" : "readdir";
 /// Stands in for the C library's function of this name, in the library under test too, so that it
 /// can be made to give no entry types, or to fail.
 extern "C" __attribute__((visibility("default"))) dirent* readdir(DIR* directory) {
-  static const auto next = reinterpret_cast<dirent* (*)(DIR*)>(dlsym(RTLD_NEXT, kReaddir));
+  static const auto next = nextDefinition<dirent* (*)(DIR*)>(kReaddir);
   if (entriesUntilError == 0) {
     errno = EIO;
     return nullptr;
@@ -182,11 +182,7 @@ TEST_F(Directories, ListSelectsDirectoriesWhereTheSystemGivesNoTypes) {
 
 TEST_F(Directories, ListKeepsTheOrderOfTheSystem) {
   for (int i = 0; i < 40; ++i) writeFile(std::to_string(i * 7919 % 1000), "");
-  Names inOrder;
-  DIR* const here = opendir(".");
-  ASSERT_NE(here, nullptr);
-  while (const dirent* const entry = readdir(here)) inOrder.push_back(entry->d_name);
-  closedir(here);
+  const Names inOrder = namesInSystemOrder(".");
   ASSERT_FALSE(std::is_sorted(inOrder.begin(), inOrder.end())) << "this file system sorts";
   Names names;
   EXPECT_TRUE(zn_lib::listDir("", "", false, names));

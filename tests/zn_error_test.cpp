@@ -13,12 +13,12 @@
 
 #include "output_capture.h"
 #include "samples.h"
+#include "stored_xml.h"
 #include "temporary_files.h"
 
 namespace {
 
 using namespace std::string_literals;
-using Catalog = std::map<int, std::string, zn_lib::error_order>;
 
 class ErrorCatalog : public InTemporaryDirectory {
  protected:
@@ -31,11 +31,6 @@ Catalog catalogOf(const std::string& xml) {
   Catalog catalog;
   EXPECT_TRUE(zn_lib::readErrorFile("errors.xml", catalog));
   return catalog;
-}
-
-/// One error in the form that is read without loss.
-std::string error(const std::string& id, const std::string& message) {
-  return "<ERROR><ID>" + id + "</ID><MESSAGE>" + message + "</MESSAGE></ERROR>";
 }
 
 TEST_F(ErrorCatalog, HeaderExamples) {
@@ -60,30 +55,32 @@ TEST_F(ErrorCatalog, Reads) {
     Catalog catalog;
   } cases[] = {
       {"no error", "<E></E>", {}},
-      {"any root", "<x>" + error("7", "seven") + "</x>", {{7, "seven"}}},
-      {"any depth", "<x><y>" + error("7", "seven") + "</y></x>", {{7, "seven"}}},
+      {"any root", "<x>" + errorXml("7", "seven") + "</x>", {{7, "seven"}}},
+      {"any depth", "<x><y>" + errorXml("7", "seven") + "</y></x>", {{7, "seven"}}},
       {"blanks around",
        "<E><ERROR><ID> 7 </ID><MESSAGE> a b </MESSAGE></ERROR></E>",
        {{7, "a b "}}},
-      {"no number", "<E>" + error("x", "m") + "</E>", {{0, "m"}}},
+      {"no number", "<E>" + errorXml("x", "m") + "</E>", {{0, "m"}}},
       {"a negative number",
-       "<E>" + error("-3", "m") + error("2", "n") + "</E>",
+       "<E>" + errorXml("-3", "m") + errorXml("2", "n") + "</E>",
        {{-3, "m"}, {2, "n"}}},
-      {"a sign", "<E>" + error("+3x", "m") + "</E>", {{3, "m"}}},
-      {"a huge number", "<E>" + error(std::string(400, '9'), "m") + "</E>", {{-1, "m"}}},
+      {"a sign", "<E>" + errorXml("+3x", "m") + "</E>", {{3, "m"}}},
+      {"a huge number", "<E>" + errorXml(std::string(400, '9'), "m") + "</E>", {{-1, "m"}}},
       {"numbers beyond 32 bits",
-       "<E>" + error("4294967298", "a") + error("-2147483649", "b") + error("8589934591", "c") +
-           "</E>",
+       "<E>" + errorXml("4294967298", "a") + errorXml("-2147483649", "b") +
+           errorXml("8589934591", "c") + "</E>",
        {{2, "a"}, {2147483647, "b"}, {-1, "c"}}},
       {"a huge negative number",
-       "<E>" + error("-" + std::string(400, '9'), "m") + "</E>",
+       "<E>" + errorXml("-" + std::string(400, '9'), "m") + "</E>",
        {{0, "m"}}},
-      {"the later message wins", "<E>" + error("1", "a") + error("1", "b") + "</E>", {{1, "b"}}},
+      {"the later message wins",
+       "<E>" + errorXml("1", "a") + errorXml("1", "b") + "</E>",
+       {{1, "b"}}},
       {"line breaks between the elements",
        "<E><ERROR><ID>1</ID>\n<MESSAGE>a</MESSAGE>\n</ERROR></E>",
        {{0, ""}}},
       {"text behind the error",
-       "<E>" + error("1", "a") + "\n text " + error("2", "b") + "</E>",
+       "<E>" + errorXml("1", "a") + "\n text " + errorXml("2", "b") + "</E>",
        {{1, "a"}, {2, "b"}}},
       {"text behind the number counts for it",
        "<E><ERROR><ID>1</ID>5<MESSAGE>a</MESSAGE></ERROR></E>",
@@ -91,28 +88,30 @@ TEST_F(ErrorCatalog, Reads) {
       {"text behind the message counts for it",
        "<E><ERROR><ID>1</ID><MESSAGE>a</MESSAGE>b</ERROR></E>",
        {{1, "b"}}},
-      {"an empty number", "<E>" + error("1", "a") + error("", "b") + "</E>", {{1, "b"}}},
-      {"an empty message", "<E>" + error("1", "a") + error("2", "") + "</E>", {{1, "a"}, {2, "a"}}},
+      {"an empty number", "<E>" + errorXml("1", "a") + errorXml("", "b") + "</E>", {{1, "b"}}},
+      {"an empty message",
+       "<E>" + errorXml("1", "a") + errorXml("2", "") + "</E>",
+       {{1, "a"}, {2, "a"}}},
       {"a message of blanks",
-       "<E>" + error("1", "a") + error("2", " ") + "</E>",
+       "<E>" + errorXml("1", "a") + errorXml("2", " ") + "</E>",
        {{1, "a"}, {2, ""}}},
       {"neither", "<E><ERROR/></E>", {{0, ""}}},
       {"the number behind the message",
        "<E><ERROR><MESSAGE>a</MESSAGE><ID>1</ID></ERROR></E>",
        {{1, "a"}}},
-      {"a reference at the end", "<E>" + error("1", "less than &lt;") + "</E>", {{1, "<"}}},
-      {"the last piece of a number", "<E>" + error("1&#50;", "a") + "</E>", {{2, "a"}}},
-      {"a comment within a message", "<E>" + error("1", "a<!-- -->b") + "</E>", {{1, "b"}}},
-      {"a CDATA section", "<E>" + error("1", "<![CDATA[ a & b ]]>") + "</E>", {{1, "a & b "}}},
+      {"a reference at the end", "<E>" + errorXml("1", "less than &lt;") + "</E>", {{1, "<"}}},
+      {"the last piece of a number", "<E>" + errorXml("1&#50;", "a") + "</E>", {{2, "a"}}},
+      {"a comment within a message", "<E>" + errorXml("1", "a<!-- -->b") + "</E>", {{1, "b"}}},
+      {"a CDATA section", "<E>" + errorXml("1", "<![CDATA[ a & b ]]>") + "</E>", {{1, "a & b "}}},
       {"text and a CDATA section",
-       "<E>" + error("1", "one <![CDATA[& two]]>") + error("2", "<![CDATA[a]]> b") + "</E>",
+       "<E>" + errorXml("1", "one <![CDATA[& two]]>") + errorXml("2", "<![CDATA[a]]> b") + "</E>",
        {{1, "& two"}, {2, "b"}}},
       {"an ampersand of an ampersand",
-       "<E>" + error("1", "Tom &amp; Jerry") + error("2", "Tom &amp;amp; Jerry") +
-           error("3", "<![CDATA[Tom & Jerry]]>") + "</E>",
+       "<E>" + errorXml("1", "Tom &amp; Jerry") + errorXml("2", "Tom &amp;amp; Jerry") +
+           errorXml("3", "<![CDATA[Tom & Jerry]]>") + "</E>",
        {{1, "Jerry"}, {2, "amp; Jerry"}, {3, "Tom & Jerry"}}},
       {"an end tag on a line of its own",
-       "<E>" + error("1", "a") + error("2", "\n  b\n") + "</E>",
+       "<E>" + errorXml("1", "a") + errorXml("2", "\n  b\n") + "</E>",
        {{1, "a"}, {2, ""}}},
       {"a line for each element",
        "<E>\n <ERROR>\n  <ID>1</ID>\n  <MESSAGE>a</MESSAGE>\n </ERROR>\n</E>",
@@ -120,38 +119,39 @@ TEST_F(ErrorCatalog, Reads) {
       {"an element within a message",
        "<E><ERROR><ID>1</ID><MESSAGE>a<b>c</b>d</MESSAGE></ERROR></E>",
        {{1, "a"}}},
-      {"the root is an error", error("1", "a"), {{1, "a"}}},
+      {"the root is an error", errorXml("1", "a"), {{1, "a"}}},
       {"an error within an error",
-       "<ERROR><ID>1</ID><MESSAGE>a</MESSAGE>" + error("2", "b") + "</ERROR>",
+       "<ERROR><ID>1</ID><MESSAGE>a</MESSAGE>" + errorXml("2", "b") + "</ERROR>",
        {{2, "b"}}},
       {"text before the number",
        "<E><ERROR>\n<ID>1</ID><MESSAGE>a</MESSAGE></ERROR></E>",
        {{1, "a"}}},
       {"the last piece",
-       "<E>" + error("1", "a &amp; b") + error("2", "a\n  b") + error("3", "a&lt;") + "</E>",
+       "<E>" + errorXml("1", "a &amp; b") + errorXml("2", "a\n  b") + errorXml("3", "a&lt;") +
+           "</E>",
        {{1, "b"}, {2, "b"}, {3, "<"}}},
       {"no message",
-       "<E>" + error("1", "a") + "<ERROR><ID>2</ID></ERROR></E>",
+       "<E>" + errorXml("1", "a") + "<ERROR><ID>2</ID></ERROR></E>",
        {{1, "a"}, {2, "a"}}},
       {"no number of its own",
-       "<E>" + error("1", "a") + "<ERROR><MESSAGE>b</MESSAGE></ERROR></E>",
+       "<E>" + errorXml("1", "a") + "<ERROR><MESSAGE>b</MESSAGE></ERROR></E>",
        {{1, "b"}}},
       {"other case", "<E><error><id>1</id><message>a</message></error></E>", {}},
       {"attributes",
        "<E><ERROR x='1'><ID y='2'>1</ID><MESSAGE>a</MESSAGE></ERROR></E>",
        {{1, "a"}}},
-      {"broken behind an error", "<E>" + error("1", "a") + "<ERROR><ID>2</MESSAGE>", {{1, "a"}}},
+      {"broken behind an error", "<E>" + errorXml("1", "a") + "<ERROR><ID>2</MESSAGE>", {{1, "a"}}},
       {"an empty file", "", {}},
       {"no XML", "\x01\xFF\0"s, {}},
       {"another encoding declared",
-       "<?xml version='1.0' encoding='ISO-8859-1'?><E>" + error("1", "\xC3\xA4") + "</E>",
+       "<?xml version='1.0' encoding='ISO-8859-1'?><E>" + errorXml("1", "\xC3\xA4") + "</E>",
        {{1, "\xC3\xA4"}}},
   };
   for (const auto& c : cases) EXPECT_EQ(catalogOf(c.xml), c.catalog) << c.what;
 }
 
 TEST_F(ErrorCatalog, MergesIntoWhatIsThere) {
-  writeFile("errors.xml", "<E>" + error("1", "new") + "</E>");
+  writeFile("errors.xml", "<E>" + errorXml("1", "new") + "</E>");
   Catalog catalog = {{1, "old"}, {2, "kept"}};
   EXPECT_TRUE(zn_lib::readErrorFile("errors.xml", catalog));
   EXPECT_EQ(catalog, (Catalog{{1, "new"}, {2, "kept"}}));
@@ -162,7 +162,7 @@ TEST_F(ErrorCatalog, MergesIntoWhatIsThere) {
 
 TEST_F(ErrorCatalog, ExpandsTheHomeDirectory) {
   const Home home(directory.c_str());
-  writeFile("errors.xml", "<E>" + error("1", "a") + "</E>");
+  writeFile("errors.xml", "<E>" + errorXml("1", "a") + "</E>");
   Catalog catalog;
   zn_lib::readErrorFile("~/errors.xml", catalog);
   EXPECT_EQ(catalog.size(), 1u);
@@ -172,13 +172,7 @@ TEST_F(ErrorCatalog, ExpandsTheHomeDirectory) {
 }
 
 TEST_F(ErrorCatalog, StopsAtAnEntityBomb) {
-  std::string xml = "<!DOCTYPE E [<!ENTITY a '" + std::string(1000, 'x') + "'>";
-  for (char c = 'b'; c < 'j'; ++c) {
-    xml += std::string("<!ENTITY ") + c + " '";
-    for (int i = 0; i < 100; ++i) xml += std::string("&") + static_cast<char>(c - 1) + ";";
-    xml += "'>";
-  }
-  EXPECT_EQ(catalogOf(xml + "]><E>" + error("1", "a") + error("2", "&i;") + "</E>"),
+  EXPECT_EQ(catalogOf(entityBomb("E") + "<E>" + errorXml("1", "a") + errorXml("2", "&i;") + "</E>"),
             (Catalog{{1, "a"}}));
 }
 
@@ -243,11 +237,11 @@ TEST_F(ErrorCatalog, ReaderTakesFilesOfEverySize) {
   // The end of the file and the blocks in which it is read fall on every place of the document.
   for (int padding = 8192 - 120; padding < 8192 + 20; ++padding) {
     const std::string xml =
-        "<E>" + std::string(static_cast<std::size_t>(padding), ' ') + error("1", "a") + "</E>";
+        "<E>" + std::string(static_cast<std::size_t>(padding), ' ') + errorXml("1", "a") + "</E>";
     ASSERT_EQ(catalogOf(xml), (Catalog{{1, "a"}})) << padding;
   }
   for (const std::size_t size : {std::size_t{8192}, std::size_t{16384}}) {
-    std::string xml = "<E>" + error("1", "a") + "</E>";
+    std::string xml = "<E>" + errorXml("1", "a") + "</E>";
     xml.resize(size, '\n');
     EXPECT_EQ(catalogOf(xml), (Catalog{{1, "a"}})) << size;
   }
@@ -257,7 +251,7 @@ TEST_F(ErrorCatalog, ReaderTakesDeepAndLongDocuments) {
   std::string deep;
   for (int i = 0; i < 300000; ++i) deep += "<a>";
   EXPECT_EQ(catalogOf(deep), Catalog());
-  EXPECT_EQ(catalogOf("<E>" + error("1", std::string(kLongText, 'm')) + "</E>").size(), 1u);
+  EXPECT_EQ(catalogOf("<E>" + errorXml("1", std::string(kLongText, 'm')) + "</E>").size(), 1u);
 }
 
 TEST(XmlEvent, SkipWhiteSpace) {

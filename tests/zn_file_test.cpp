@@ -1,11 +1,9 @@
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <zn_file.h>
 #include <zn_output.h>
 
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <limits>
@@ -16,6 +14,7 @@
 #include "output_capture.h"
 #include "reference_engine.h"
 #include "reference_names.h"
+#include "resource_limits.h"
 #include "samples.h"
 #include "temporary_files.h"
 #include "unprivileged.h"
@@ -233,12 +232,6 @@ TEST(CheckHomePath, ReplacesTheFirstTilde) {
 /// A file object, which is what names are kept in.
 class Named : public zn_lib::FileName {};
 
-template <class Split>
-bool isSame(const Split& parts, const reference::Parts& expected) {
-  return parts.path == expected.path && parts.name == expected.name &&
-         parts.extension == expected.extension;
-}
-
 // Comparing with EXPECT_EQ would print both texts where they differ.
 TEST(LongNames, AreAnswered) {
   const std::string home = "/home/ada";
@@ -279,7 +272,7 @@ TEST(LongNames, AreAnswered) {
     const std::string homed = reference::withHome(c.text, home);
     const reference::Parts parts = reference::split(slashed);
     std::string name = c.text;
-    EXPECT_TRUE(isSame(zn_lib::splitFileName(name), parts));
+    EXPECT_TRUE(reference::isSame(zn_lib::splitFileName(name), parts));
     EXPECT_TRUE(name == slashed);
     name = c.text;
     EXPECT_TRUE(zn_lib::stripExtension(name) == reference::stripExtension(slashed));
@@ -291,7 +284,7 @@ TEST(LongNames, AreAnswered) {
     name = c.text;
     file.setFileName(name);
     EXPECT_TRUE(name == slashed);
-    EXPECT_TRUE(isSame(file.nameParts, parts));
+    EXPECT_TRUE(reference::isSame(file.nameParts, parts));
     EXPECT_TRUE(file.getFileName() == reference::withHome(reference::join(parts, home), home));
 
     name = c.text;
@@ -481,9 +474,7 @@ TEST_F(Files, CopyIsTrueThoughTheDiskIsFull) {
   writeFile("a", std::string(100000, 'x'));
   ASSERT_EQ(chmod(".", 0777), 0);
   const int result = withoutPrivileges([] {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit size = {5000, 5000};
-    if (setrlimit(RLIMIT_FSIZE, &size) != 0) return 98;
+    if (!limitFileSize(5000)) return kCannotPrepare;
     return zn_lib::fileCopy("a", "b", true) ? 1 : 0;
   });
   EXPECT_EQ(result, 1);

@@ -2,13 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pty.h>
-#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 #include <zn_output.h>
 
 #include <array>
-#include <cerrno>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -18,6 +16,8 @@
 #include <sstream>
 #include <string>
 
+#include "captured_stream.h"
+#include "child_status.h"
 #include "output_capture.h"
 
 namespace {
@@ -115,15 +115,13 @@ TEST_F(Output, FlushesLinesAndNothingElse) {
     int overflow(int c) override { return c; }
     int sync() override { return ++flushes, 0; }
   } counter;
-  std::streambuf* const console = std::cout.rdbuf(&counter);
+  const RedirectedStream redirected(std::cout, &counter);
   zn_lib::setVerbose(true);
   zn_lib::display("a");
-  const int afterDisplay = counter.flushes;
+  EXPECT_EQ(counter.flushes, 0);
   zn_lib::message("a");
   zn_lib::debugMessage("a");
   zn_lib::processTitle("a");
-  std::cout.rdbuf(console);
-  EXPECT_EQ(afterDisplay, 0);
   EXPECT_EQ(counter.flushes, 3);
 }
 
@@ -151,13 +149,6 @@ std::string readUntil(int descriptor, const std::string& end) {
   std::string text;
   for (char c; text.find(end) == std::string::npos && read(descriptor, &c, 1) == 1;) text += c;
   return text;
-}
-
-int exitStatus(pid_t child) {
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
 }
 
 using Prompt = std::function<int()>;
@@ -207,7 +198,7 @@ Answer atTerminal(const Prompt& prompt, const std::string& shown, const std::str
   writeAll(terminal, typed);
   screen += readAll(terminal);
   close(terminal);
-  return {exitStatus(child), screen};
+  return {waitForExit(child), screen};
 }
 
 TEST(Prompts, ShowTheirTextAndReadOneLine) {
@@ -333,7 +324,7 @@ int whenTheTerminalHangsUp(const Prompt& prompt, const std::string& shown) {
   readUntil(terminal, shown);
   awaitEditing(terminal);
   close(terminal);
-  return exitStatus(child);
+  return waitForExit(child);
 }
 
 TEST(Prompts, EndWhenTheTerminalHangsUp) {
@@ -342,7 +333,8 @@ TEST(Prompts, EndWhenTheTerminalHangsUp) {
     return 10 + askMore();
   };
   EXPECT_EQ(whenTheTerminalHangsUp(ignoring, "continue "), 11) << "as at the end of input";
-  EXPECT_EQ(whenTheTerminalHangsUp(askMore, "continue "), 1000 + SIGHUP) << "as the system does it";
+  EXPECT_EQ(whenTheTerminalHangsUp(askMore, "continue "), kSignalled + SIGHUP)
+      << "as the system does it";
 }
 
 /// Runs `prompt` with `input` behind a pipe as standard input, then reads what is left of it.
@@ -375,7 +367,7 @@ PipedAnswer throughPipe(const Prompt& prompt, const std::string& input) {
   PipedAnswer answer{0, readAll(out[0]), readAll(rest[0])};
   close(out[0]);
   close(rest[0]);
-  answer.result = exitStatus(child);
+  answer.result = waitForExit(child);
   return answer;
 }
 
@@ -431,11 +423,9 @@ TEST(Prompts, ComeAfterTheOutputBeforeThem) {
       const Prompt ask = [&] {
         if (std::setlocale(LC_ALL, "C.UTF-8") == nullptr) return 99;
         Unsynchronized buffer;
-        std::streambuf* const console = std::cout.rdbuf(&buffer);
+        const RedirectedStream redirected(std::cout, &buffer);
         c.print();
-        const int result = zn_lib::yesOrNo(prompt);
-        std::cout.rdbuf(console);
-        return result;
+        return int{zn_lib::yesOrNo(prompt)};
       };
       const Answer answer = atTerminal(ask, prompt, "y\n");
       EXPECT_EQ(answer.result, 1) << c.what << ' ' << prompt;
@@ -444,11 +434,9 @@ TEST(Prompts, ComeAfterTheOutputBeforeThem) {
   }
   const Prompt askQuietly = [] {
     Unsynchronized buffer;
-    std::streambuf* const console = std::cout.rdbuf(&buffer);
+    const RedirectedStream redirected(std::cout, &buffer);
     std::cout << "Before.";
-    const int result = zn_lib::more();
-    std::cout.rdbuf(console);
-    return result;
+    return zn_lib::more();
   };
   EXPECT_EQ(throughPipe(askQuietly, "q\n").out, "Before.") << "where no prompt is shown, too";
 }
@@ -496,7 +484,7 @@ TEST(Prompts, EndWithAnEmptyAnswerAtAHandledSignal) {
   const std::string interrupt = "q\x03";
   EXPECT_EQ(atTerminal(asking(takeNoNotice), "continue ", interrupt).result, 1);
   EXPECT_EQ(atTerminal(asking(SIG_IGN), "continue ", interrupt).result, 1);
-  EXPECT_EQ(atTerminal(asking(SIG_DFL), "continue ", interrupt).result, 1000 + SIGINT);
+  EXPECT_EQ(atTerminal(asking(SIG_DFL), "continue ", interrupt).result, kSignalled + SIGINT);
 }
 
 TEST(Prompts, SendASignalAgainToTheWholeGroup) {
@@ -515,7 +503,7 @@ TEST(Prompts, SendASignalAgainToTheWholeGroup) {
       _exit(sigtimedwait(&interrupt, nullptr, &patience) == SIGINT ? 7 : 8);
     }
     const int result = askMore();
-    return 10 * result + exitStatus(other);
+    return 10 * result + waitForExit(other);
   };
   EXPECT_EQ(atTerminal(ask, "continue ", "", Editor::kTerminal).result, 17);
 }

@@ -10,6 +10,7 @@
 #include <limits>
 #include <string>
 
+#include "captured_stream.h"
 #include "output_capture.h"
 
 namespace {
@@ -88,9 +89,10 @@ TEST_F(Platform, FlushesEachLine) {
       return 0;
     }
   } terminal;
-  std::streambuf* const console = std::cout.rdbuf(&terminal);
-  zn_lib::platformInfo();
-  std::cout.rdbuf(console);
+  {
+    const RedirectedStream redirected(std::cout, &terminal);
+    zn_lib::platformInfo();
+  }
   EXPECT_EQ(terminal.lines, 6);
   EXPECT_EQ(terminal.flushes, 6);
 }

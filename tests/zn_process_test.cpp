@@ -1,12 +1,10 @@
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <zn_output.h>
 #include <zn_process.h>
 
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -16,33 +14,23 @@
 #include <string>
 
 #include "alarms.h"
+#include "child_status.h"
 #include "output_capture.h"
 #include "temporary_files.h"
+#include "unprivileged.h"
 
 namespace {
 
 using namespace std::string_literals;
 
 constexpr pid_t kAnyChild = -1;
-constexpr int kNoSuchChild = -1;
-constexpr int kSignalled = 1000;
-
-/// Waits for `child` and reaps it. Its exit status, or `kSignalled` and the signal's number.
-int reap(pid_t child) {
-  int status = 0;
-  pid_t reaped;
-  while ((reaped = waitpid(child, &status, 0)) < 0 && errno == EINTR) {
-  }
-  if (reaped < 0) return kNoSuchChild;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
-}
 
 /// Ends `child`, which is still running, and reaps it; gives `kSignalled + SIGKILL`.
 int killAndReap(pid_t child) {
   // A process that is no child of ours any more must not be hit.
   if (child <= 0 || waitpid(child, nullptr, WNOHANG) != 0) return kNoSuchChild;
   kill(child, SIGKILL);
-  return reap(child);
+  return waitForExit(child);
 }
 
 /// The process that the message about waiting names; 0 where there is no such message.
@@ -54,7 +42,7 @@ pid_t namedChild(const std::string& out) {
 /// Runs `childProcess` without waiting and gives the exit status of the child.
 int childStatus(const std::string& program, const std::string& argument) {
   zn_lib::childProcess(program, argument, false);
-  return reap(kAnyChild);
+  return waitForExit(kAnyChild);
 }
 
 /// Gives the program `name` in the working directory this text, and its absolute path.
@@ -149,7 +137,7 @@ TEST_F(Process, ReturnsZeroWhateverTheProgramsStatus) {
   for (const auto& c : cases) {
     EXPECT_EQ(zn_lib::childProcess(c.program, "", true), 0) << c.program;
     EXPECT_EQ(zn_lib::childProcess(c.program, "", false), 0) << c.program;
-    EXPECT_EQ(reap(kAnyChild), c.status) << c.program;
+    EXPECT_EQ(waitForExit(kAnyChild), c.status) << c.program;
   }
 }
 
@@ -237,7 +225,7 @@ TEST_F(Process, LeavesAChildUnreapedUnlessItWaits) {
   siginfo_t zombie{};
   EXPECT_EQ(waitid(P_ALL, 0, &zombie, WEXITED | WNOWAIT), 0);
   EXPECT_GT(zombie.si_pid, 0);
-  EXPECT_EQ(reap(zombie.si_pid), 0);
+  EXPECT_EQ(waitForExit(zombie.si_pid), 0);
 }
 
 TEST_F(Process, MayReapAnotherChildThanItsOwn) {
@@ -250,7 +238,7 @@ TEST_F(Process, MayReapAnotherChildThanItsOwn) {
   zn_lib::setVerbose(true);
   const Written text = written([] { zn_lib::childProcess("/bin/sleep", "10", true); });
   EXPECT_EQ(killAndReap(namedChild(text.out)), kSignalled + SIGKILL);
-  EXPECT_EQ(reap(other), kNoSuchChild);
+  EXPECT_EQ(waitForExit(other), kNoSuchChild);
 }
 
 TEST_F(Process, WaitsOnAfterASignalWhoseHandlerRestartsCalls) {
@@ -261,7 +249,7 @@ TEST_F(Process, WaitsOnAfterASignalWhoseHandlerRestartsCalls) {
   });
   EXPECT_GT(alarms, 0);
   ASSERT_GT(namedChild(text.out), 0);
-  EXPECT_EQ(reap(namedChild(text.out)), kNoSuchChild) << "the child was not waited for";
+  EXPECT_EQ(waitForExit(namedChild(text.out)), kNoSuchChild) << "the child was not waited for";
 }
 
 TEST_F(Process, StopsWaitingAtASignalWhoseHandlerDoesNotRestartCalls) {
@@ -286,7 +274,7 @@ TEST_F(Process, WaitsForAllChildrenWhereTheirSignalIsIgnored) {
   EXPECT_TRUE(isThere("ended")) << "another child is still running";
 
   EXPECT_EQ(zn_lib::childProcess("/bin/true", "", false), 0);
-  EXPECT_EQ(reap(kAnyChild), kNoSuchChild) << "a zombie was left";
+  EXPECT_EQ(waitForExit(kAnyChild), kNoSuchChild) << "a zombie was left";
   std::signal(SIGCHLD, before);
 }
 
@@ -312,22 +300,10 @@ TEST_F(Process, WritesBufferedOutputOnce) {
         std::cout << "of the stream,";
         std::fputs("of the file", stdout);
         zn_lib::childProcess(program, "", wait);
-        if (!wait) reap(kAnyChild);
+        if (!wait) waitForExit(kAnyChild);
       });
       EXPECT_EQ(text.out, "of the stream,of the file") << program;
     }
-  }
-}
-
-constexpr int kCannotForbidForks = 99;
-
-/// Lets this process create no further ones, for good.
-void forbidForks() {
-  // The limit does not bind root.
-  constexpr uid_t kNobody = 65534;
-  const rlimit none{0, 0};
-  if ((getuid() == 0 && setuid(kNobody) != 0) || setrlimit(RLIMIT_NPROC, &none) != 0) {
-    _exit(kCannotForbidForks);
   }
 }
 
@@ -338,7 +314,7 @@ TEST_F(Process, EndsTheCallerWhenNoChildCanBeCreated) {
       const Written text = written([&] {
         const pid_t caller = fork();
         if (caller == 0) {
-          forbidForks();
+          if (!forbidForks()) _exit(kCannotPrepare);
           zn_lib::setVerbose(verbose);
           std::atexit([] { std::cout << "exit handler" << std::endl; });
           // A buffer of its own, which the message does not flush.
@@ -347,7 +323,7 @@ TEST_F(Process, EndsTheCallerWhenNoChildCanBeCreated) {
           zn_lib::childProcess("/bin/true", "", wait);
           _exit(2);
         }
-        status = reap(caller);
+        status = waitForExit(caller);
       });
       EXPECT_EQ(status, 1);
       EXPECT_EQ(text.out, verbose ? "of the stream" : "");

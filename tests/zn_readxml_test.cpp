@@ -1,4 +1,3 @@
-#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -13,16 +12,18 @@
 #include <vector>
 
 #include "emulation.h"
+#include "next_definition.h"
 #include "output_capture.h"
+#include "stored_xml.h"
 #include "temporary_files.h"
 #include "unprivileged.h"
+#include "xml_outline.h"
 
 namespace {
 
 using namespace std::string_literals;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using Catalog = std::map<int, std::string, zn_lib::error_order>;
 using Call = std::pair<int, bool>;  // length, and whether it is the last one
 
 /// What the library asked of expat.
@@ -32,13 +33,6 @@ struct ExpatCalls {
   std::string encoding, separator;
   std::vector<Call> parsed;
 } expatCalls;
-
-std::string textOf(const XML_Char* text) { return text == nullptr ? "-" : text; }
-
-template <class Function>
-Function expatsOwn(Function, const char* name) {
-  return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
-}
 
 }  // namespace
 
@@ -51,17 +45,18 @@ XML_Parser XML_ParserCreate_MM(const XML_Char* encoding, const XML_Memory_Handli
   expatCalls.encoding = textOf(encoding);
   expatCalls.separator = textOf(separator);
   if (expatCalls.creationFails) return nullptr;
-  return expatsOwn(&XML_ParserCreate_MM, "XML_ParserCreate_MM")(encoding, suite, separator);
+  return nextDefinition<decltype(&XML_ParserCreate_MM)>("XML_ParserCreate_MM")(encoding, suite,
+                                                                               separator);
 }
 
 void XML_ParserFree(XML_Parser parser) {
   ++expatCalls.freed;
-  expatsOwn(&XML_ParserFree, "XML_ParserFree")(parser);
+  nextDefinition<decltype(&XML_ParserFree)>("XML_ParserFree")(parser);
 }
 
 XML_Status XML_Parse(XML_Parser parser, const char* text, int length, int isFinal) {
   expatCalls.parsed.emplace_back(length, isFinal != 0);
-  return expatsOwn(&XML_Parse, "XML_Parse")(parser, text, length, isFinal);
+  return nextDefinition<decltype(&XML_Parse)>("XML_Parse")(parser, text, length, isFinal);
 }
 }
 
@@ -87,7 +82,7 @@ auto read(const std::string& xml) {
 }
 
 TEST_F(ReadXml, HeaderExample) {
-  writeFile("errors.xml", "<E><ERROR><ID>1</ID><MESSAGE>one</MESSAGE></ERROR></E>");
+  writeFile("errors.xml", "<E>" + errorXml("1", "one") + "</E>");
   Catalog catalog;
   zn_lib::ReadXml<zn_lib::ErrorEvent> reader;
   std::string name = "errors.xml";
@@ -241,7 +236,7 @@ TEST_F(ReadXml, AddsToWhatItHasRead) {
   zn_lib::ReadXml<zn_lib::ErrorEvent> reader;
   for (const std::string id : {"1", "2"}) {
     std::string name = id + ".xml";
-    writeFile(name, "<E><ERROR><ID>" + id + "</ID><MESSAGE>m</MESSAGE></ERROR></E>");
+    writeFile(name, "<E>" + errorXml(id, "m") + "</E>");
     reader.setFileName(name);
     EXPECT_TRUE(reader.parseFile());
   }

@@ -1,4 +1,3 @@
-#include <dirent.h>
 #include <gtest/gtest.h>
 #include <zn_dir.h>
 #include <zn_output.h>
@@ -142,16 +141,6 @@ TEST_F(SequentialFile, AgreesWithItsPattern) {
   });
 }
 
-/// The names in `dir` in the system's order; none where it cannot be opened.
-std::vector<std::string> entriesOf(const std::string& dir) {
-  std::vector<std::string> entries;
-  DIR* const directory = opendir(dir.empty() ? "." : dir.c_str());
-  if (directory == nullptr) return entries;
-  while (const dirent* const entry = readdir(directory)) entries.push_back(entry->d_name);
-  closedir(directory);
-  return entries;
-}
-
 const reference::Engine lastExt = reference::engine(definitions::lastExt);
 const reference::Engine fileSplit = reference::engine(definitions::fileSplit);
 const reference::Engine fileseq = reference::engine(definitions::fileseq);
@@ -168,7 +157,7 @@ std::string byPatterns(const std::string& text) {
   std::string base = match.str(2);
   std::smatch number;
   if (std::regex_match(base, number, fileseq)) base = std::string(number[1]);
-  const std::vector<std::string> entries = entriesOf(path);
+  const std::vector<std::string> entries = namesInSystemOrder(path);
   if (entries.empty()) return name;
   const reference::Engine filter = reference::engine(base);
   for (const std::string& entry : entries) {
@@ -220,7 +209,7 @@ TEST_F(SequentialFile, AnswersForNamesOfAnyLength) {
   std::string mixture = "x";
   while (mixture.size() < kLongText) mixture += part;
   // A base without name selects all there is, which is "." and "..".
-  const std::string lastDots = entriesOf(".").back();
+  const std::string lastDots = namesInSystemOrder(".").back();
   const struct {
     const char* what;
     std::string name, result;

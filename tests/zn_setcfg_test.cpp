@@ -1,17 +1,13 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/ptrace.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <zn_datetime.h>
 #include <zn_output.h>
 #include <zn_setcfg.h>
 
 #include <algorithm>
-#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <functional>
@@ -21,10 +17,15 @@
 #include <utility>
 #include <vector>
 
+#include "child_status.h"
 #include "emulation.h"
 #include "output_capture.h"
+#include "resource_limits.h"
 #include "samples.h"
+#include "split_document.h"
+#include "stored_xml.h"
 #include "temporary_files.h"
+#include "tracee.h"
 
 namespace {
 
@@ -48,11 +49,6 @@ class Settings : public InTemporaryDirectory {
   Settings() { zn_lib::setUseTime(false); }
 };
 
-/// Value, type and description of a setting in one text.
-std::string fieldsOf(const zn_lib::ConfigElement& element) {
-  return element.value + "|" + element.type + "|" + element.describe;
-}
-
 /// What a store reads from a file that holds `xml`.
 zn_lib::config_map loaded(const std::string& xml) {
   writeFile("config.xml", xml);
@@ -61,11 +57,7 @@ zn_lib::config_map loaded(const std::string& xml) {
   return store.elements;
 }
 
-std::size_t entriesHere() {
-  std::size_t count = 0;
-  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(".")) ++count;
-  return count;
-}
+std::size_t entriesHere() { return namesIn(".").size(); }
 
 TEST_F(Settings, HeaderExamples) {
   {
@@ -462,37 +454,29 @@ TEST_F(Settings, TheTextIsTheSameHoweverItIsWritten) {
 }
 
 TEST_F(Settings, SaveWithoutStandardInput) {
-  const pid_t child = fork();
-  if (child == 0) {
-    // The next file that is opened gets its number.
+  const int status = statusOfChild([] {
+    // The next file to be opened gets its number.
     close(STDIN_FILENO);
     Configuration store;
     store.set("a", "1");
-    const bool isAlone = store.save() && entriesHere() == 1;
-    const bool isClosed = fcntl(STDIN_FILENO, F_GETFD) == -1;
-    _exit(isAlone && isClosed ? 0 : 1);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
+    EXPECT_TRUE(store.save());
+    EXPECT_EQ(entriesHere(), 1u);
+    EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1);
+  });
   EXPECT_EQ(status, 0);
   EXPECT_EQ(loaded(readFile("config.xml")).at("a").value, "1");
 }
 
 TEST_F(Settings, ASaveThatFailsWithoutStandardInput) {
-  const pid_t child = fork();
-  if (child == 0) {
+  const int status = statusOfChild([] {
     close(STDIN_FILENO);
-    signal(SIGXFSZ, SIG_IGN);
-    const rlimit size = {1, 1};
-    setrlimit(RLIMIT_FSIZE, &size);
+    ASSERT_TRUE(limitFileSize(1));
     Configuration store;
     store.set("a", "1");
-    const bool leavesNothing = store.save() && entriesHere() == 0;
-    const bool isClosed = fcntl(STDIN_FILENO, F_GETFD) == -1;
-    _exit(leavesNothing && isClosed ? 0 : 1);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
+    EXPECT_TRUE(store.save());
+    EXPECT_EQ(entriesHere(), 0u);
+    EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1);
+  });
   EXPECT_EQ(status, 0);
 }
 
@@ -613,32 +597,6 @@ TEST_F(Settings, LongNamesAreWrittenInPlace) {
 
 // ---- Nothing is lost
 
-/// Runs `run` in a child, killed as it enters its `number`th system call. False when it ended
-/// before that.
-bool killedAtCall(int number, const std::function<void()>& run) {
-  const pid_t child = fork();
-  if (child == 0) {
-    ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
-    raise(SIGSTOP);
-    run();
-    _exit(0);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  // The child stops as it enters a call and as it leaves it.
-  for (int stops = 0;; ++stops) {
-    const bool isReached = stops == 2 * number - 1;
-    if (isReached || ptrace(PTRACE_SYSCALL, child, nullptr, nullptr) != 0) {
-      if (!isReached) ADD_FAILURE() << "the child cannot be traced";
-      kill(child, SIGKILL);
-      waitpid(child, &status, 0);
-      return isReached;
-    }
-    waitpid(child, &status, 0);
-    if (WIFEXITED(status) || WIFSIGNALED(status)) return false;
-  }
-}
-
 /// A store of `count` settings, besides the stamp.
 void makeStore(int count) {
   Configuration store;
@@ -665,7 +623,7 @@ TEST_F(Settings, ASaveKilledAtAnySystemCallLosesNothing) {
       changeStore();
       Configuration before;
       before.load();
-      wasKilled = killedAtCall(kills + 1, changeStore);
+      wasKilled = isKilledAtCall(kills + 1, changeStore);
       changeStore();
       Configuration after;
       after.load();
@@ -684,23 +642,17 @@ TEST_F(Settings, SavesThatCannotBeWrittenWholeLeaveFileAndBackup) {
   const std::string file = readFile("config.xml");
   const std::string backup = readFile("config.xml~");
   for (const rlim_t limit : {rlim_t{0}, rlim_t{1}, rlim_t{4096}, rlim_t{file.size() - 1}}) {
-    const pid_t child = fork();
-    if (child == 0) {
-      signal(SIGXFSZ, SIG_IGN);
-      const rlimit size = {limit, limit};
-      setrlimit(RLIMIT_FSIZE, &size);
-      bool isTrue = true;
+    const int status = statusOfChild([limit] {
+      ASSERT_TRUE(limitFileSize(limit));
       for (int i = 0; i < 20; ++i) {
         Configuration store;
         store.load();
         store.set("changed", "yes");
-        isTrue = store.save() && !store.changed && isTrue;
+        EXPECT_TRUE(store.save());
+        EXPECT_FALSE(store.changed);
       }
-      _exit(isTrue ? 7 : 8);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(WEXITSTATUS(status), 7) << limit;
+    });
+    EXPECT_EQ(status, 0) << limit;
     EXPECT_EQ(readFile("config.xml"), file) << limit;
     EXPECT_EQ(readFile("config.xml~"), backup) << limit;
     EXPECT_EQ(entriesHere(), 2u) << limit;
@@ -818,6 +770,49 @@ TEST(ConfigEvent, MembersMayBeChangedBetweenEvents) {
   event.element.clear();
   addText(event, "between elements");
   EXPECT_EQ(event.data.at("k").value, "");
+}
+
+std::string withoutWhitespace(const std::string& text) {
+  std::string kept;
+  for (const char c : text) {
+    if (c != ' ' && c != '\n') kept += c;
+  }
+  return kept;
+}
+
+// A piece loses its leading whitespace. Nothing else depends on the size of the pieces.
+TEST(ConfigEvent, ReadsTheSameFromPiecesOfAnySize) {
+  SplitDocument expected = splitDocument();
+  for (auto& [key, setting] : expected.settings) setting = withoutWhitespace(setting);
+  for (std::size_t size = 1; size <= 8192; size += size < 512 ? 1 : 13) {
+    zn_lib::ConfigEvent event;
+    XMLParser parser(&event);
+    ASSERT_TRUE(parser.Create(nullptr, nullptr));
+    parser.EnableElementHandler(true);
+    parser.EnableCharacterDataHandler(true);
+    ASSERT_TRUE(parseInPieces(parser, expected.document, size)) << size;
+    std::map<std::string, std::string> settings;
+    for (const auto& [key, element] : event.data) {
+      settings[key] =
+          withoutWhitespace(element.value) + "|" + element.type + "|" + element.describe;
+    }
+    ASSERT_EQ(settings, expected.settings) << size;
+  }
+}
+
+TEST(ConfigEvent, DropsWhitespaceInFrontOfEachPiece) {
+  const std::string document = "<r><k a='t'>a b</k></r>";
+  const std::size_t space = document.find(" b");
+  for (const auto& [size, value] :
+       {std::pair{document.size(), "a b"}, {space, "ab"}, {space + 1, "a b"}}) {
+    zn_lib::ConfigEvent event;
+    XMLParser parser(&event);
+    ASSERT_TRUE(parser.Create(nullptr, nullptr));
+    parser.EnableElementHandler(true);
+    parser.EnableCharacterDataHandler(true);
+    ASSERT_TRUE(parseInPieces(parser, document, size));
+    EXPECT_EQ(event.data["k"].value, value) << size;
+  }
 }
 
 TEST_F(Settings, DocumentsOfAnySize) {

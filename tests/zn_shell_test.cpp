@@ -1,6 +1,4 @@
-#include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <zn_output.h>
@@ -13,8 +11,11 @@
 #include <string>
 
 #include "alarms.h"
+#include "child_status.h"
+#include "next_definition.h"
 #include "output_capture.h"
 #include "temporary_files.h"
+#include "unprivileged.h"
 
 namespace {
 
@@ -28,7 +29,7 @@ bool commandsFail = false;
 /// can be made to fail for commands.
 extern "C" __attribute__((visibility("default"))) int system(const char* command) {
   if (commandsFail && command != nullptr) return -1;
-  static const auto next = reinterpret_cast<int (*)(const char*)>(dlsym(RTLD_NEXT, "system"));
+  static const auto next = nextDefinition<int (*)(const char*)>("system");
   return next(command);
 }
 
@@ -131,8 +132,6 @@ TEST_F(Shell, WritesBufferedOutputOnce) {
 
 // ---- Failures, each in a child process that spoils something for itself.
 
-constexpr int kCannotPrepare = 99;
-
 /// What `execShell(command)` gives and writes in a child process that ran `prepare` first.
 struct Outcome {
   int result;
@@ -147,18 +146,9 @@ Outcome after(const std::function<bool()>& prepare, const std::string& command, 
       zn_lib::setVerbose(verbose);
       _exit(prepare() ? int{zn_lib::execShell(command)} : kCannotPrepare);
     }
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
+    status = waitForExit(child);
   });
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status), text};
-}
-
-/// Lets this process create no further ones, for good.
-bool forbidForks() {
-  // The limit does not bind root.
-  constexpr uid_t kNobody = 65534;
-  const rlimit none{0, 0};
-  return (getuid() != 0 || setuid(kNobody) == 0) && setrlimit(RLIMIT_NPROC, &none) == 0;
+  return {status, text};
 }
 
 /// Ignoring the signal lets the system reap the shell, unseen by the process that started it.

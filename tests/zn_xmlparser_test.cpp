@@ -1,8 +1,6 @@
-#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
-#include <zn_setcfg.h>
 #include <zn_xmlparser.h>
 
 #include <climits>
@@ -11,7 +9,6 @@
 #include <cstring>
 #include <functional>
 #include <locale>
-#include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -20,7 +17,11 @@
 
 #include "../src/udf/internal/expat.h"
 #include "emulation.h"
+#include "next_definition.h"
+#include "output_capture.h"
 #include "samples.h"
+#include "split_document.h"
+#include "xml_outline.h"
 
 namespace {
 
@@ -38,13 +39,6 @@ struct ExpatCalls {
   void* encodingData = nullptr;
 } expatCalls;
 
-std::string textOf(const XML_Char* text) { return text == nullptr ? "-" : text; }
-
-template <class Function>
-Function expatsOwn(Function, const char* name) {
-  return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
 // These stand before expat's own functions and call them.
@@ -56,19 +50,21 @@ XML_Parser XML_ParserCreate_MM(const XML_Char* encoding, const XML_Memory_Handli
   expatCalls.separator = textOf(separator);
   expatCalls.hasSuite = suite != nullptr;
   if (expatCalls.creationFails) return nullptr;
-  return expatsOwn(&XML_ParserCreate_MM, "XML_ParserCreate_MM")(encoding, suite, separator);
+  return nextDefinition<decltype(&XML_ParserCreate_MM)>("XML_ParserCreate_MM")(encoding, suite,
+                                                                               separator);
 }
 
 void XML_ParserFree(XML_Parser parser) {
   ++expatCalls.freed;
-  expatsOwn(&XML_ParserFree, "XML_ParserFree")(parser);
+  nextDefinition<decltype(&XML_ParserFree)>("XML_ParserFree")(parser);
 }
 
 void XML_SetUnknownEncodingHandler(XML_Parser parser, XML_UnknownEncodingHandler handler,
                                    void* data) {
   expatCalls.encodingHandler = handler;
   expatCalls.encodingData = data;
-  expatsOwn(&XML_SetUnknownEncodingHandler, "XML_SetUnknownEncodingHandler")(parser, handler, data);
+  nextDefinition<decltype(&XML_SetUnknownEncodingHandler)>("XML_SetUnknownEncodingHandler")(
+      parser, handler, data);
 }
 }
 
@@ -366,22 +362,21 @@ TEST(Create, SeparatorTurnsNamespacesOn) {
 TEST(Create, FailureLeavesNoParser) {
   Recorder recorder;
   XMLParser parser(&recorder);
-  testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr();
-  expatCalls.creationFails = true;
-  EXPECT_FALSE(parser.Create("UTF-8", "|"));
-  EXPECT_EQ(parser.m_parser, nullptr);
+  const Written text = written([&] {
+    expatCalls.creationFails = true;
+    EXPECT_FALSE(parser.Create("UTF-8", "|"));
+    EXPECT_EQ(parser.m_parser, nullptr);
 
-  expatCalls.creationFails = false;
-  ASSERT_TRUE(parser.Create(nullptr, nullptr));
-  expatCalls.creationFails = true;
-  const int freed = expatCalls.freed;
-  EXPECT_FALSE(parser.Create(nullptr, nullptr));
-  EXPECT_EQ(parser.m_parser, nullptr);
-  EXPECT_EQ(expatCalls.freed, freed + 1);
-  expatCalls.creationFails = false;
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    expatCalls.creationFails = false;
+    ASSERT_TRUE(parser.Create(nullptr, nullptr));
+    expatCalls.creationFails = true;
+    const int freed = expatCalls.freed;
+    EXPECT_FALSE(parser.Create(nullptr, nullptr));
+    EXPECT_EQ(parser.m_parser, nullptr);
+    EXPECT_EQ(expatCalls.freed, freed + 1);
+    expatCalls.creationFails = false;
+  });
+  EXPECT_EQ(text.out + text.err, "");
 
   EXPECT_EQ(recorder.log, "created\n") << "for the one that was created";
   EXPECT_TRUE(parser.Create(nullptr, nullptr));
@@ -906,11 +901,8 @@ TEST(Parse, ErrorsAreDescribedAndStay) {
     XMLEvtHandler handler;
     XMLParser parser(&handler);
     ASSERT_TRUE(parser.Create(nullptr, nullptr));
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    EXPECT_FALSE(parser.Parse(c.document, true));
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    const Written text = written([&] { EXPECT_FALSE(parser.Parse(c.document, true)); });
+    EXPECT_EQ(text.out + text.err, "");
     EXPECT_EQ(parser.GetErrorCode(), c.code);
     EXPECT_STREQ(parser.GetErrorString(), c.text);
     EXPECT_STREQ(XMLParser::GetErrorString(c.code), c.text);
@@ -1279,100 +1271,15 @@ TEST(LongText, StopsAtTheFirstPieceThatFails) {
 
 // ---- Any splitting
 
-/// A document of more than 8 KiB, and what is to be read of it.
-struct Splittable {
-  std::string document = "<?xml version='1.0' encoding='UTF-8'?>\r\n<r>";
-  std::string text;
-  std::map<std::string, std::string> settings;
-};
-
-Splittable splittable() {
-  Splittable made;
-  for (int i = 0; made.document.size() <= 8192; ++i) {
-    const std::string key = "k" + std::to_string(i);
-    const std::string number = std::to_string(i);
-    made.document +=
-        "<" + key + " a='t&lt;" + number + "' b='d'>v\xC3\xBC" + number +
-        "&amp;\xE2\x82\xAC<![CDATA[<c>&]]]]><!-- - -->&#x1F600;\r\nwords of some length\r</" + key +
-        ">";
-    const std::string value =
-        "v\xC3\xBC" + number + "&\xE2\x82\xAC<c>&]]\xF0\x9F\x98\x80\nwords of some length\n";
-    made.text += value;
-    made.settings[key] = value + "|t<" + number + "|d";
-  }
-  made.document += "</r>\n";
-  return made;
-}
-
-/// Feeds `document` to `parser` in pieces of `size` bytes.
-bool parseInPieces(XMLParser& parser, const std::string& document, std::size_t size) {
-  for (std::size_t at = 0; at < document.size(); at += size) {
-    // A copy of its own: to read behind it would be found.
-    const std::string piece = document.substr(at, size);
-    if (!parser.Parse(piece.data(), piece.size(), at + size >= document.size())) return false;
-  }
-  return true;
-}
-
-class Joiner : public XMLEvtHandler {
- public:
-  void OnCharacterData(const XML_Char* text, int length) override {
-    joined.append(text, static_cast<std::size_t>(length));
-  }
-  std::string joined;
-};
-
 TEST(Splitting, GivesTheSameTextAtAnySize) {
-  const Splittable expected = splittable();
+  const SplitDocument expected = splitDocument();
   for (std::size_t size = 1; size <= 8192; ++size) {
-    Joiner joiner;
-    XMLParser parser(&joiner);
+    XmlOutline outline;
+    XMLParser parser(&outline);
     ASSERT_TRUE(parser.Create(nullptr, nullptr));
     parser.EnableCharacterDataHandler(true);
     ASSERT_TRUE(parseInPieces(parser, expected.document, size)) << size;
-    ASSERT_EQ(joiner.joined, expected.text) << size;
-  }
-}
-
-std::string withoutBlanks(const std::string& text) {
-  std::string kept;
-  for (const char c : text) {
-    if (c != ' ' && c != '\n') kept += c;
-  }
-  return kept;
-}
-
-// A piece that begins with a blank loses it: that is all that a size may change.
-TEST(Splitting, GivesTheSameSettingsAtAnySize) {
-  Splittable expected = splittable();
-  for (auto& [key, setting] : expected.settings) setting = withoutBlanks(setting);
-  for (std::size_t size = 1; size <= 8192; size += size < 512 ? 1 : 13) {
-    zn_lib::ConfigEvent event;
-    XMLParser parser(&event);
-    ASSERT_TRUE(parser.Create(nullptr, nullptr));
-    parser.EnableElementHandler(true);
-    parser.EnableCharacterDataHandler(true);
-    ASSERT_TRUE(parseInPieces(parser, expected.document, size)) << size;
-    std::map<std::string, std::string> settings;
-    for (const auto& [key, element] : event.data) {
-      settings[key] = withoutBlanks(element.value) + "|" + element.type + "|" + element.describe;
-    }
-    ASSERT_EQ(settings, expected.settings) << size;
-  }
-}
-
-TEST(Splitting, TakesBlanksInFrontOfAPieceFromSettings) {
-  const std::string document = "<r><k a='t'>a b</k></r>";
-  const std::size_t blank = document.find(" b");
-  for (const auto& [size, value] :
-       {std::pair{document.size(), "a b"}, {blank, "ab"}, {blank + 1, "a b"}}) {
-    zn_lib::ConfigEvent event;
-    XMLParser parser(&event);
-    ASSERT_TRUE(parser.Create(nullptr, nullptr));
-    parser.EnableElementHandler(true);
-    parser.EnableCharacterDataHandler(true);
-    ASSERT_TRUE(parseInPieces(parser, document, size));
-    EXPECT_EQ(event.data["k"].value, value) << size;
+    ASSERT_EQ(outline.text, expected.text) << size;
   }
 }
 

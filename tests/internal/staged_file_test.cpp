@@ -2,11 +2,8 @@
 /// place where its name cannot be given to another file.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sched.h>
 #include <sys/file.h>
 #include <sys/mount.h>
-#include <sys/ptrace.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
@@ -36,8 +33,14 @@
 
 #include "child_status.h"
 #include "long_run.h"
+#include "own_mounts.h"
+#include "resource_limits.h"
+#include "stored_xml.h"
 #include "temporary_files.h"
 #include "unprivileged.h"
+#ifdef __linux__
+#include "tracee.h"
+#endif
 
 namespace {
 
@@ -52,14 +55,6 @@ class StagedFile : public InTemporaryDirectory {
  private:
   const mode_t umaskBefore_ = umask(0022);
 };
-
-Names namesIn(const std::string& directory) {
-  Names names;
-  for (const auto& entry : std::filesystem::directory_iterator(directory)) {
-    names.insert(entry.path().filename());
-  }
-  return names;
-}
 
 mode_t modeOf(const std::string& name) {
   struct stat status;
@@ -83,15 +78,13 @@ bool savesValue(const std::string& directory, const std::string& value) {
 }
 
 /// What a save of that setting writes.
-std::string xmlOf(const std::string& value) {
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CONFIGURATION type='SYSTEM'>\n"
-         "<UPDATE data_type='DATE' describe=''>2024-03-05 14:07:09</UPDATE>\n"
-         "<key data_type='TEXT' describe='key'>" +
-         value + "</key>\n</CONFIGURATION>\n";
+std::string savedXml(const std::string& value) {
+  Configuration store;
+  fill(store, "", value);
+  store.changed = false;
+  return xmlOf(store);
 }
 
-constexpr int kImpossibleHere = 77;
-constexpr uid_t kNobody = 65534;
 constexpr uid_t kSomebody = 65533;
 
 // ---- Permissions, owner and group
@@ -158,7 +151,7 @@ TEST_F(StagedFile, AnotherUsersFileIsReplacedWithTheOwnGroup) {
   writeFile("config.xml", "old");
   ASSERT_EQ(chmod("config.xml", 0664), 0);
   const int status = statusOfChild([] {
-    if (setgid(kNobody) != 0 || setuid(kNobody) != 0) _exit(kImpossibleHere);
+    if (setgid(kNobody) != 0 || !dropPrivileges()) _exit(kCannotPrepare);
     EXPECT_TRUE(savesValue("", "new"));
   });
   EXPECT_EQ(status, 0);
@@ -169,89 +162,11 @@ TEST_F(StagedFile, AnotherUsersFileIsReplacedWithTheOwnGroup) {
   EXPECT_EQ(after.st_mode & 07777, mode_t{0664});
 }
 
-#ifdef __linux__
-
-// ---- The calls of a save
-
-/// A system call that a child has made.
-struct Call {
-  long number;
-  std::vector<unsigned long long> arguments;
-  long long result;
-
-  bool isLink() const {
-#ifdef SYS_link
-    if (number == SYS_link) return true;
-#endif
-    return number == SYS_linkat;
-  }
-};
-
-/// Follows the system calls of a child that does some work.
-class Tracer {
- public:
-  /// Calls `atCall` after each of them, while the child is stopped. Returns false where no process
-  /// can be traced, or none tells its calls.
-  bool run(const std::function<void()>& work, const std::function<void(const Call&)>& atCall) {
-    std::fflush(nullptr);
-    child_ = fork();
-    if (child_ == 0) {
-      if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(1);
-      raise(SIGSTOP);
-      work();
-      _exit(0);
-    }
-    int status = 0;
-    waitpid(child_, &status, 0);
-    if (!WIFSTOPPED(status)) return false;
-    ptrace(PTRACE_SETOPTIONS, child_, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
-    Call call{};
-    bool isTold = false;
-    while (ptrace(PTRACE_SYSCALL, child_, nullptr, nullptr) == 0 &&
-           waitpid(child_, &status, 0) == child_ && WIFSTOPPED(status)) {
-      __ptrace_syscall_info info{};
-      if (ptrace(PTRACE_GET_SYSCALL_INFO, child_, sizeof(info), &info) <= 0) continue;
-      isTold = true;
-      if (info.op == PTRACE_SYSCALL_INFO_ENTRY) {
-        call.number = static_cast<long>(info.entry.nr);
-        call.arguments.assign(std::begin(info.entry.args), std::end(info.entry.args));
-      } else if (info.op == PTRACE_SYSCALL_INFO_EXIT) {
-        call.result = info.exit.rval;
-        atCall(call);
-      }
-    }
-    return isTold;
-  }
-
-  /// `size` bytes of the child's memory.
-  std::string bytesAt(unsigned long long address, std::size_t size) const {
-    std::string bytes(size, '\0');
-    iovec local{bytes.data(), bytes.size()};
-    iovec remote{reinterpret_cast<void*>(address), size};
-    EXPECT_EQ(process_vm_readv(child_, &local, 1, &remote, 1, 0), static_cast<ssize_t>(size));
-    return bytes;
-  }
-
-  /// The text in the child's memory that ends with a NUL.
-  std::string textAt(unsigned long long address) const {
-    std::string text;
-    for (char c; (c = bytesAt(address + text.size(), 1).front()) != '\0';) text += c;
-    return text;
-  }
-
- private:
-  pid_t child_ = -1;
-};
-
-#endif
-
 // ---- Names that cannot be given to another file
 
 /// Bind-mounts `file` onto itself, for this process alone.
 bool makeMountPoint(const char* file) {
-  return unshare(CLONE_NEWNS) == 0 &&
-         mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-         mount(file, file, nullptr, MS_BIND, nullptr) == 0;
+  return unshareMounts() && mount(file, file, nullptr, MS_BIND, nullptr) == 0;
 }
 
 TEST_F(StagedFile, AMountPointIsWrittenInPlace) {
@@ -259,16 +174,15 @@ TEST_F(StagedFile, AMountPointIsWrittenInPlace) {
   writeFile("config.xml~", "older");
   ASSERT_EQ(chmod("config.xml", 0600), 0);
   const int status = statusOfChild([] {
-    if (!makeMountPoint("config.xml")) _exit(kImpossibleHere);
+    if (!makeMountPoint("config.xml")) _exit(kCannotPrepare);
     for (const char* value : {"a longer value", "new"}) {
       EXPECT_TRUE(savesValue("", value));
-      EXPECT_EQ(readFile("config.xml"), xmlOf(value));
+      EXPECT_EQ(readFile("config.xml"), savedXml(value));
     }
   });
-  if (WIFEXITED(status) && WEXITSTATUS(status) == kImpossibleHere)
-    GTEST_SKIP() << "nothing can be mounted here";
+  if (status == kCannotPrepare) GTEST_SKIP() << "nothing can be mounted here";
   EXPECT_EQ(status, 0);
-  EXPECT_EQ(readFile("config.xml"), xmlOf("new"));
+  EXPECT_EQ(readFile("config.xml"), savedXml("new"));
   EXPECT_EQ(readFile("config.xml~"), "older") << "kept, since the file could not be moved there";
   EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
   EXPECT_EQ(modeOf("config.xml"), mode_t{0600});
@@ -283,11 +197,11 @@ TEST_F(StagedFile, AnotherUsersFileInAStickyDirectoryIsWrittenInPlace) {
     ASSERT_EQ(chown(name, kSomebody, kSomebody), 0);
   }
   const int status = statusOfChild([] {
-    if (setgid(kNobody) != 0 || setuid(kNobody) != 0) _exit(kImpossibleHere);
+    if (setgid(kNobody) != 0 || !dropPrivileges()) _exit(kCannotPrepare);
     EXPECT_TRUE(savesValue("", "new"));
   });
   EXPECT_EQ(status, 0);
-  EXPECT_EQ(readFile("config.xml"), xmlOf("new"));
+  EXPECT_EQ(readFile("config.xml"), savedXml("new"));
   EXPECT_EQ(readFile("config.xml~"), "config.xml~");
   EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
 }
@@ -296,13 +210,13 @@ TEST_F(StagedFile, TheOwnFileInAStickyDirectoryIsReplaced) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may change its user";
   ASSERT_EQ(chmod(".", 01777), 0);
   const int status = statusOfChild([] {
-    if (setgid(kNobody) != 0 || setuid(kNobody) != 0) _exit(kImpossibleHere);
+    if (setgid(kNobody) != 0 || !dropPrivileges()) _exit(kCannotPrepare);
     EXPECT_TRUE(savesValue("", "old"));
     EXPECT_TRUE(savesValue("", "new"));
   });
   EXPECT_EQ(status, 0);
-  EXPECT_EQ(readFile("config.xml"), xmlOf("new"));
-  EXPECT_EQ(readFile("config.xml~"), xmlOf("old"));
+  EXPECT_EQ(readFile("config.xml"), savedXml("new"));
+  EXPECT_EQ(readFile("config.xml~"), savedXml("old"));
   EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
 }
 
@@ -336,7 +250,7 @@ TEST_F(StagedFile, AFileInAnAppendOnlyDirectoryIsWrittenInPlace) {
   const Attribute appendOnly("d", FS_APPEND_FL);
   if (!appendOnly.isSet) GTEST_SKIP() << "no directory can be made append-only here";
   EXPECT_TRUE(savesValue("d", "new"));
-  EXPECT_EQ(readFile("d/config.xml"), xmlOf("new"));
+  EXPECT_EQ(readFile("d/config.xml"), savedXml("new"));
   EXPECT_EQ(readFile("d/config.xml~"), "older");
   EXPECT_EQ(namesIn("d"), (Names{"config.xml", "config.xml~"}));
 }
@@ -346,7 +260,7 @@ TEST_F(StagedFile, AFirstSaveInAnAppendOnlyDirectory) {
   const Attribute appendOnly("d", FS_APPEND_FL);
   if (!appendOnly.isSet) GTEST_SKIP() << "no directory can be made append-only here";
   EXPECT_TRUE(savesValue("d", "new"));
-  EXPECT_EQ(readFile("d/config.xml"), xmlOf("new"));
+  EXPECT_EQ(readFile("d/config.xml"), savedXml("new"));
   EXPECT_EQ(namesIn("d"), Names{"config.xml"});
 }
 
@@ -371,6 +285,15 @@ TEST_F(StagedFile, ASaveThatFailsLeavesTheStoreAsItWas) {
 }
 #endif
 
+#ifdef __linux__
+bool isLink(const SystemCall& call) {
+#ifdef SYS_link
+  if (call.number == SYS_link) return true;
+#endif
+  return call.number == SYS_linkat;
+}
+#endif
+
 TEST_F(StagedFile, RootReplacesNoOtherUsersFileInAStickyDirectory) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
   // In a container root may lack the right to remove what it puts there.
@@ -380,13 +303,13 @@ TEST_F(StagedFile, RootReplacesNoOtherUsersFileInAStickyDirectory) {
   ASSERT_EQ(chown("config.xml", kNobody, kNobody), 0);
   int links = 0;
 #ifdef __linux__
-  const auto look = [&](const Call& call) { links += call.isLink() ? 1 : 0; };
-  Tracer tracer;
+  const auto look = [&](const SystemCall& call) { links += isLink(call) ? 1 : 0; };
+  CallTracer tracer;
   const auto work = [] { savesValue("", "new"); };
   if (!tracer.run(work, look)) GTEST_SKIP() << "no process can be traced here";
 #endif
   EXPECT_EQ(links, 0);
-  EXPECT_EQ(readFile("config.xml"), xmlOf("new"));
+  EXPECT_EQ(readFile("config.xml"), savedXml("new"));
   EXPECT_EQ(readFile("config.xml~"), "old");
 }
 
@@ -394,7 +317,7 @@ TEST_F(StagedFile, ADanglingLinkStays) {
   std::filesystem::create_symlink("target", "config.xml");
   EXPECT_TRUE(savesValue("", "new"));
   EXPECT_EQ(std::filesystem::read_symlink("config.xml"), "target");
-  EXPECT_EQ(readFile("target"), xmlOf("new"));
+  EXPECT_EQ(readFile("target"), savedXml("new"));
   EXPECT_EQ(namesIn("."), (Names{"config.xml", "target"}));
   std::filesystem::remove("config.xml");
   std::filesystem::create_symlink("missing/target", "config.xml");
@@ -417,7 +340,7 @@ TEST_F(StagedFile, WithoutABackupAFileThatMayNotBeWrittenStays) {
   EXPECT_EQ(withoutPrivileges([&] { return saves(false); }), 0);
   EXPECT_EQ(readFile("config.xml"), "old");
   EXPECT_EQ(withoutPrivileges([&] { return saves(true); }), 1) << "it is moved aside";
-  EXPECT_EQ(readFile("config.xml"), xmlOf("new"));
+  EXPECT_EQ(readFile("config.xml"), savedXml("new"));
   EXPECT_EQ(readFile("config.xml~"), "old");
   EXPECT_EQ(modeOf("config.xml"), mode_t{0444});
 }
@@ -428,13 +351,10 @@ TEST_F(StagedFile, WithoutDescriptorsTheFileStays) {
     const std::string file = store.getConfigurationFile();
     writeFile(file, "old");
     store.set("a", "1");
-    rlimit before;
-    getrlimit(RLIMIT_NOFILE, &before);
-    const rlimit none = {0, before.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &none);
-    const bool isSaved = store.save();
-    setrlimit(RLIMIT_NOFILE, &before);
-    EXPECT_FALSE(isSaved);
+    {
+      const DescriptorLimit none(0);
+      EXPECT_FALSE(store.save());
+    }
     EXPECT_EQ(readFile(file), "old");
     store.changed = false;
   }
@@ -446,7 +366,7 @@ TEST_F(StagedFile, AFileThatIsItsOwnBackupKeepsItsText) {
   std::filesystem::create_hard_link("config.xml", "config.xml~");
   EXPECT_TRUE(savesValue("", "new"));
   EXPECT_EQ(readFile("config.xml~"), "old");
-  EXPECT_EQ(readFile("config.xml"), xmlOf("new"));
+  EXPECT_EQ(readFile("config.xml"), savedXml("new"));
   EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
 
   Configuration store("T", std::string(250, 'n'));
@@ -465,17 +385,17 @@ TEST_F(StagedFile, IsNeverOpenToOthersThanTheFileWas) {
   writeFile("config.xml", "old");
   ASSERT_EQ(chmod("config.xml", 0600), 0);
   int looks = 0;
-  const auto look = [&](const Call&) {
+  const auto look = [&](const SystemCall&) {
     ++looks;
     for (const std::string& name : namesIn(".")) {
       EXPECT_EQ(modeOf(name) & ~mode_t{0600}, mode_t{0}) << name;
     }
   };
-  Tracer tracer;
+  CallTracer tracer;
   const auto work = [] { savesValue("", "new"); };
   if (!tracer.run(work, look)) GTEST_SKIP() << "no process can be traced here";
   EXPECT_GT(looks, 8);
-  EXPECT_EQ(readFile("config.xml"), xmlOf("new"));
+  EXPECT_EQ(readFile("config.xml"), savedXml("new"));
 }
 
 // ---- Power cuts
@@ -495,7 +415,7 @@ class Disk {
     atFirst_ = directory_;
   }
 
-  void apply(const Tracer& tracer, const Call& call) {
+  void apply(const CallTracer& tracer, const SystemCall& call) {
     if (call.result < 0) return;
     const auto& arguments = call.arguments;
     const auto text = [&](std::size_t i) { return tracer.textAt(arguments[i]); };
@@ -601,7 +521,7 @@ class Disk {
     if (file != opened_.end()) files_[file->second].written += bytes;
   }
 
-  void writeParts(const Tracer& tracer, const Call& call) {
+  void writeParts(const CallTracer& tracer, const SystemCall& call) {
     std::size_t left = static_cast<std::size_t>(call.result);
     for (std::size_t i = 0; i < call.arguments[2]; ++i) {
       iovec part;
@@ -640,16 +560,16 @@ class Disk {
 };
 
 TEST_F(StagedFile, IsWholeAfterAPowerCut) {
-  const Names whole = {xmlOf("old"), xmlOf("first"), xmlOf("second")};
+  const Names whole = {savedXml("old"), savedXml("first"), savedXml("second")};
   const struct {
     const char* what;
     std::map<std::string, std::string> files;
     bool backup;
   } cases[] = {
       {"no file", {}, true},
-      {"a file", {{"config.xml", xmlOf("old")}}, true},
-      {"a file and its backup", {{"config.xml", xmlOf("old")}, {"config.xml~", "older"}}, true},
-      {"without a backup", {{"config.xml", xmlOf("old")}}, false},
+      {"a file", {{"config.xml", savedXml("old")}}, true},
+      {"a file and its backup", {{"config.xml", savedXml("old")}, {"config.xml~", "older"}}, true},
+      {"without a backup", {{"config.xml", savedXml("old")}}, false},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
@@ -658,7 +578,7 @@ TEST_F(StagedFile, IsWholeAfterAPowerCut) {
     for (const auto& [name, text] : c.files) writeFile(name, text);
     Disk disk(c.files);
     std::set<std::map<std::string, std::string>> states;
-    Tracer tracer;
+    CallTracer tracer;
     const auto saveTwice = [&] {
       for (const char* value : {"first", "second"}) {
         Configuration store;
@@ -667,7 +587,7 @@ TEST_F(StagedFile, IsWholeAfterAPowerCut) {
         store.save();
       }
     };
-    const auto follow = [&](const Call& call) {
+    const auto follow = [&](const SystemCall& call) {
       disk.apply(tracer, call);
       disk.forEachCut([&](const auto& state) { states.insert(state); });
     };
@@ -677,7 +597,7 @@ TEST_F(StagedFile, IsWholeAfterAPowerCut) {
     std::map<std::string, std::string> found;
     for (const std::string& name : namesIn(".")) found[name] = readFile(name);
     ASSERT_EQ(disk.files(), found);
-    ASSERT_EQ(found.at("config.xml"), xmlOf("second"));
+    ASSERT_EQ(found.at("config.xml"), savedXml("second"));
 
     int torn = 0, lost = 0;
     for (const auto& state : states) {
@@ -756,7 +676,7 @@ constexpr std::size_t kValueLength = 20000;
 /// The whole texts that these saves write.
 Names textsOfSavers() {
   Names texts;
-  for (char c = 'a'; c <= 'z'; ++c) texts.insert(xmlOf(std::string(kValueLength, c)));
+  for (char c = 'a'; c <= 'z'; ++c) texts.insert(savedXml(std::string(kValueLength, c)));
   return texts;
 }
 

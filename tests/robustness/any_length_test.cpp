@@ -36,10 +36,15 @@
 #include <string>
 #include <vector>
 
+#include "captured_stream.h"
+#include "default_date_format.h"
 #include "long_run.h"
 #include "reference_names.h"
 #include "sanitizers.h"
+#include "stored_xml.h"
 #include "temporary_files.h"
+#include "whitespace.h"
+#include "xml_outline.h"
 
 namespace {
 
@@ -166,21 +171,19 @@ std::string without(const std::string& text, const std::string& bytes) {
   return kept;
 }
 
-const std::string kBlanks = " \t\n\v\f\r";
-
 // ---- Strings
 
 TEST(AnyLength, Trimming) {
   forEveryClass(longText(), [](const std::string& text, const TextClass& c) {
-    const bool isBlank = kBlanks.find(c.unit.front()) != std::string::npos;
-    const std::size_t kept = text.find_last_not_of(kBlanks) + 1;
-    EXPECT_TRUE(zn_lib::leftTrim(text) == (isBlank ? "" : text));
+    const bool isWhitespace = withoutLeadingWhitespace(c.unit.substr(0, 1)).empty();
+    const std::size_t kept = text.find_last_not_of(kWhitespace) + 1;
+    EXPECT_TRUE(zn_lib::leftTrim(text) == (isWhitespace ? "" : text));
     EXPECT_TRUE(zn_lib::rightTrim(text) == text.substr(0, kept));
     EXPECT_TRUE(zn_lib::allTrim(text) == text.substr(0, kept));
-    EXPECT_TRUE(zn_lib::leftTrim(text + "x") == (isBlank ? "x" : text + "x"));
+    EXPECT_TRUE(zn_lib::leftTrim(text + "x") == (isWhitespace ? "x" : text + "x"));
     EXPECT_TRUE(zn_lib::rightTrim("x" + text) == ("x" + text).substr(0, kept + 1));
     EXPECT_TRUE(zn_lib::allTrim(text + "x" + text).size() ==
-                (isBlank ? 1 : text.size() + 1 + kept));
+                (isWhitespace ? 1 : text.size() + 1 + kept));
   });
 }
 
@@ -327,12 +330,6 @@ TEST(AnyLength, TokensThemselves) {
 
 class Named : public zn_lib::FileName {};
 
-template <class Split>
-bool isSame(const Split& parts, const reference::Parts& expected) {
-  return parts.path == expected.path && parts.name == expected.name &&
-         parts.extension == expected.extension;
-}
-
 class AnyLengthOfName : public InTemporaryDirectory {
  protected:
   static constexpr const char* kHome = "/home/ada";
@@ -344,7 +341,7 @@ TEST_F(AnyLengthOfName, TakingApart) {
     const std::string slashed = reference::withSlashes(text);
     const reference::Parts parts = reference::split(text);
     std::string name = text;
-    EXPECT_TRUE(isSame(zn_lib::splitFileName(name), parts));
+    EXPECT_TRUE(reference::isSame(zn_lib::splitFileName(name), parts));
     EXPECT_TRUE(name == slashed);
     name = text;
     EXPECT_TRUE(zn_lib::stripExtension(name) == reference::stripExtension(text));
@@ -354,7 +351,7 @@ TEST_F(AnyLengthOfName, TakingApart) {
     name = text;
     file.setFileName(name);
     EXPECT_TRUE(name == slashed);
-    EXPECT_TRUE(isSame(file.nameParts, parts));
+    EXPECT_TRUE(reference::isSame(file.nameParts, parts));
     EXPECT_TRUE(file.getFileName() == reference::withHome(reference::join(parts, kHome), kHome));
   });
 }
@@ -365,7 +362,7 @@ TEST_F(AnyLengthOfName, TakingApartWithTheEngine) {
   forEveryClass(longestName - 1, [](const std::string& text, const TextClass&) {
     for (const std::string& whole : {text + "\n", "\n" + text}) {
       std::string name = whole;
-      EXPECT_TRUE(isSame(zn_lib::splitFileName(name), {}));
+      EXPECT_TRUE(reference::isSame(zn_lib::splitFileName(name), {}));
       EXPECT_EQ(zn_lib::stripExtension(name), reference::withSlashes(whole));
     }
   });
@@ -397,7 +394,7 @@ TEST_F(AnyLengthOfName, Files) {
     EXPECT_FALSE(zn_lib::hexDump(text, 16));
   });
   EXPECT_EQ(readFile("file"), "x");
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), {}), 1);
+  EXPECT_EQ(namesIn("."), std::set<std::string>{"file"});
 }
 
 TEST_F(AnyLengthOfName, FileObjects) {
@@ -413,7 +410,7 @@ TEST_F(AnyLengthOfName, FileObjects) {
     zn_lib::ReadXml<zn_lib::ConfigEvent> settings;
     settings.setFileName(name);
     EXPECT_FALSE(settings.parseFile());
-    std::map<int, std::string, zn_lib::error_order> catalog;
+    Catalog catalog;
     EXPECT_TRUE(zn_lib::readErrorFile(text, catalog));
     EXPECT_TRUE(catalog.empty());
   });
@@ -468,17 +465,7 @@ TEST_F(AnyLengthOfName, SequentialFile) {
 
 // ---- Dates and addresses
 
-class AnyLengthOfDate : public testing::Test {
- protected:
-  AnyLengthOfDate() : before_(zn_lib::getDateTimeFormat()) { zn_lib::defaultDateTimeFormat(); }
-  ~AnyLengthOfDate() override {
-    zn_lib::setDateTimeFormat(before_.dateFormat, before_.monthFormat, before_.dateSeparator,
-                              before_.dateTimeSeparator, before_.timeSeparator, before_.useTime);
-  }
-
- private:
-  const zn_lib::date_time_set before_;
-};
+class AnyLengthOfDate : public WithDefaultDateFormat {};
 
 TEST_F(AnyLengthOfDate, ThatAreNoDates) {
   constexpr unsigned long long noDate = 148699584000000;
@@ -545,27 +532,6 @@ TEST(AnyLength, Addresses) {
 
 // ---- Output and programs
 
-/// What is written to `stream`, for the time of a scope.
-class Captured {
- public:
-  explicit Captured(std::ostream& stream) : stream_(stream), before_(stream.rdbuf(text_.rdbuf())) {}
-  ~Captured() { stream_.rdbuf(before_); }
-  Captured(const Captured&) = delete;
-  Captured& operator=(const Captured&) = delete;
-
-  /// What has been written since the last call.
-  std::string text() {
-    std::string written = text_.str();
-    text_.str("");
-    return written;
-  }
-
- private:
-  std::ostringstream text_;
-  std::ostream& stream_;
-  std::streambuf* const before_;
-};
-
 class AnyLengthOfOutput : public testing::Test {
  protected:
   AnyLengthOfOutput() { zn_lib::setVerbose(true); }
@@ -575,8 +541,8 @@ class AnyLengthOfOutput : public testing::Test {
 TEST_F(AnyLengthOfOutput, IsWrittenUpToItsFirstNul) {
   forEveryClass(longText(), [](const std::string& text, const TextClass&) {
     const std::string printed = upToNul(text);
-    Captured out(std::cout);
-    Captured err(std::cerr);
+    CapturedStream out(std::cout);
+    CapturedStream err(std::cerr);
     zn_lib::display(text);
     EXPECT_TRUE(out.text() == printed);
     zn_lib::message(text);
@@ -594,9 +560,9 @@ TEST_F(AnyLengthOfOutput, ErrorCatalogs) {
   forEveryClass(longText(), [](const std::string& text, const TextClass&) {
     const std::string printed = upToNul(text);
     const std::string line(70, '-');
-    std::map<int, std::string, zn_lib::error_order> catalog = {{1, text}};
-    Captured out(std::cout);
-    Captured err(std::cerr);
+    Catalog catalog = {{1, text}};
+    CapturedStream out(std::cout);
+    CapturedStream err(std::cerr);
     zn_lib::showErrorMessage(catalog, 1);
     EXPECT_TRUE(err.text() == "ERROR: #1\t" + printed + "\n");
     zn_lib::showErrorList(catalog);
@@ -618,7 +584,7 @@ TEST(AnyLength, Programs) {
 // start.
 TEST(AnyLength, Commands) {
   forEveryClass(longText(), [](const std::string& text, const TextClass&) {
-    Captured err(std::cerr);
+    CapturedStream err(std::cerr);
     const bool isRun = zn_lib::execShell(text);
     EXPECT_EQ(err.text(), isRun ? "" : "Problem executing command\n");
   });
@@ -640,20 +606,12 @@ TEST_F(AnyLengthOfName, Settings) {
     EXPECT_TRUE(key == trimmed);
 
     store.type = text;
-    Captured out(std::cout);
+    CapturedStream out(std::cout);
     store.listConfiguration();
     // The longest description sets the width, NULs counted; each of the four lines ends in it.
     EXPECT_GE(out.text().size(), 4 * text.size());
     store.changed = false;
   });
-}
-
-/// The file of a store that holds `element` alone.
-std::string fileOf(const std::string& type, const zn_lib::ConfigElement& element) {
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CONFIGURATION type='" + upToNul(type) +
-         "'>\n<UPDATE data_type='" + upToNul(element.type) + "' describe='" +
-         upToNul(element.describe) + "'>" + upToNul(element.value) +
-         "</UPDATE>\n</CONFIGURATION>\n";
 }
 
 /// Whether XML has a text like this as it is.
@@ -670,13 +628,13 @@ TEST_F(AnyLengthOfName, SavedSettings) {
     store.backup = false;
     store.set("UPDATE", element);
     EXPECT_TRUE(store.save());
-    EXPECT_TRUE(readFile("store.cfg") == fileOf("", element));
+    EXPECT_TRUE(readFile("store.cfg") == xmlOf("", {{"UPDATE", element}}));
 
     zn_lib::Configuration loaded("", "store");
     EXPECT_TRUE(loaded.load());
     // Pieces begin at the ends of blocks, too, and each loses its leading blanks.
     EXPECT_TRUE(!isXmlText(text) ||
-                without(loaded.get("UPDATE").value, kBlanks) == without(text, kBlanks));
+                without(loaded.get("UPDATE").value, kWhitespace) == without(text, kWhitespace));
   });
 }
 
@@ -694,18 +652,9 @@ TEST_F(AnyLengthOfName, StoresOfThatName) {
   });
 }
 
-/// Keeps the text of a document.
-class TextHandler : public XMLEvtHandler {
- public:
-  void OnCharacterData(const XML_Char* text, int length) override {
-    joined.append(text, static_cast<std::size_t>(length));
-  }
-  std::string joined;
-};
-
 TEST(AnyLength, Xml) {
   forEveryClass(longText(), [](const std::string& text, const TextClass& c) {
-    TextHandler handler;
+    XmlOutline handler;
     XMLParser parser(&handler);
     ASSERT_TRUE(parser.Create("UTF-8", nullptr));
     EXPECT_FALSE(parser.Parse(text.data(), text.size(), true)) << "no document";
@@ -718,7 +667,7 @@ TEST(AnyLength, Xml) {
     const std::string document = "<a>" + text + "</a>";
     EXPECT_EQ(parser.Parse(document.data(), document.size(), true), isXmlText(text));
     const std::string expected = zn_lib::replaceChar(text, '\r', '\n');
-    EXPECT_TRUE(!isXmlText(text) || handler.joined == expected);
+    EXPECT_TRUE(!isXmlText(text) || handler.text == expected);
 
     // An expat with its security updates refuses to copy names of tens of MiB.
     if (parser.Create(text.c_str(), nullptr)) {

@@ -8,9 +8,9 @@
 
 #include <ctime>
 #include <filesystem>
-#include <map>
 #include <string>
 
+#include "stored_xml.h"
 #include "temporary_files.h"
 
 namespace {
@@ -68,8 +68,8 @@ TEST_F(LargeFiles, SettingsAreLoadedAndKept) {
 }
 
 TEST_F(LargeFiles, CatalogsAreRead) {
-  writeLargeFile("errors.xml", "<E><ERROR><ID>1</ID><MESSAGE>m</MESSAGE></ERROR></E>");
-  std::map<int, std::string, zn_lib::error_order> catalog;
+  writeLargeFile("errors.xml", "<E>" + errorXml("1", "m") + "</E>");
+  Catalog catalog;
   EXPECT_TRUE(zn_lib::readErrorFile("errors.xml", catalog));
   EXPECT_EQ(catalog[1], "m");
 }

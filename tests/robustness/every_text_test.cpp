@@ -18,8 +18,10 @@
 #include <vector>
 
 #include "long_run.h"
+#include "reference_dates.h"
 #include "reference_engine.h"
 #include "reference_names.h"
+#include "reference_splits.h"
 #include "samples.h"
 #include "temporary_files.h"
 
@@ -34,30 +36,6 @@ std::chrono::milliseconds timeForPattern() {
   return std::chrono::milliseconds(isLongRun() ? 60000 : 300);
 }
 
-/// The texts over an alphabet, counted like numbers: the first character moves fastest.
-class Counter {
- public:
-  Counter(const std::string& alphabet, std::size_t length)
-      : alphabet_(alphabet), positions_(length), text_(length, alphabet.front()) {}
-
-  const std::string& text() const { return text_; }
-
-  /// Goes on to the next text; false behind the last one.
-  bool next() {
-    for (std::size_t i = 0; i < text_.size(); ++i) {
-      positions_[i] = (positions_[i] + 1) % alphabet_.size();
-      text_[i] = alphabet_[positions_[i]];
-      if (positions_[i] != 0) return true;
-    }
-    return false;
-  }
-
- private:
-  const std::string& alphabet_;
-  std::vector<std::size_t> positions_;
-  std::string text_;
-};
-
 struct Reached {
   std::size_t length = 0;  // of the longest texts, all of which agree
   std::size_t texts = 0;
@@ -71,7 +49,7 @@ void forEveryTextInTime(const std::string& what, const std::string& alphabet, Ag
   const Clock::time_point end = Clock::now() + timeForPattern();
   Reached reached;
   for (std::size_t length = 0;; ++length) {
-    Counter counter(alphabet, length);
+    TextCounter counter(alphabet, length);
     std::size_t texts = 0;
     do {
       agrees(counter.text());
@@ -128,32 +106,12 @@ TEST(EveryText, ValidFormat) {
 
 // ---- Dates
 
-/// The six numbers of a date.
-std::vector<int> fieldsOf(const zn_lib::date_time_record& record) {
-  return {record.year, record.month,  record.day,
-          record.hour, record.minute, static_cast<int>(record.second)};
-}
-
-/// What the pattern itself makes of a text; a month or a day of 0 counts as left out.
-std::vector<int> fieldsByPattern(const std::string& text, const reference::Engine& pattern) {
-  std::vector<int> fields = {0, 0, 0, 12, 0, 0};
-  std::smatch match;
-  if (std::regex_match(text, match, pattern)) {
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-      if (match[i + 1].length() > 0) fields[i] = std::stoi(match[i + 1].str());
-    }
-  }
-  if (fields[1] == 0) fields[1] = 1;
-  if (fields[2] == 0) fields[2] = 1;
-  return fields;
-}
-
 TEST(EveryText, ParseISOdate) {
   const reference::Engine isoDateTime = reference::engine(definitions::isoDateTime);
   const auto agrees = [&](const std::string& text) {
     zn_lib::date_time_record record = {};
     zn_lib::parseISOdate(text, record);
-    ASSERT_EQ(fieldsOf(record), fieldsByPattern(text, isoDateTime)) << text;
+    ASSERT_EQ(reference::fieldsOf(record), reference::fieldsByPattern(text, isoDateTime)) << text;
   };
   forEveryTextInTime("isoDateTime", "02-T: \tx\n\0\xB2"s, agrees);
   // Few texts of that alphabet have a year in front.
@@ -209,34 +167,6 @@ TEST_F(EveryName, SequentialFile) {
 
 // ---- Tokens
 
-/// What a split gives, or that it throws.
-template <class Split>
-std::vector<std::string> outcomeOf(Split split) {
-  try {
-    return split();
-  } catch (const std::regex_error& error) {
-    return {"error", reference::errorCode(error)};
-  }
-}
-
-void agreesOnSplit(const std::string& text, const std::string& set) {
-  const auto ours = outcomeOf([&] { return zn_lib::Tokenizer(text, set).tokens; });
-  const auto engines =
-      outcomeOf([&] { return reference::split(text, reference::engine("[" + set + "]")); });
-  ASSERT_EQ(ours, engines) << text << " at " << set;
-}
-
-void agreesOnSplitMulti(const std::string& text, const std::string& pattern) {
-  const auto ours = outcomeOf([&] {
-    zn_lib::Tokenizer tokenizer;
-    tokenizer.splitMulti(text, pattern);
-    return tokenizer.tokens;
-  });
-  const auto engines =
-      outcomeOf([&] { return reference::split(text, reference::engine(pattern)); });
-  ASSERT_EQ(ours, engines) << text << " at " << pattern;
-}
-
 TEST(EveryText, Split) {
   const reference::Engine separators = reference::engine("[-,; ]");
   forEveryTextInTime("texts to split", "-,; a\n\0\xFF"s, [&](const std::string& text) {
@@ -247,7 +177,7 @@ TEST(EveryText, Split) {
 TEST(EveryText, SetsOfDelimiters) {
   const std::string text = everyByte() + "ab--]]^^[[\\\\";
   forEveryTextInTime("sets of delimiters", "-^\\][:=.ad9,\0\xFF"s,
-                     [&](const std::string& set) { agreesOnSplit(text, set); });
+                     [&](const std::string& set) { reference::expectSplit(text, set); });
 }
 
 TEST(EveryText, SplitMulti) {
@@ -264,8 +194,9 @@ TEST(EveryText, PatternsToSplitAt) {
   const std::string text =
       "aab-^$.|,\n\xFF"
       "a";
-  forEveryTextInTime("patterns to split at", "a-,^$.*+?|()\\\n\xFF",
-                     [&](const std::string& pattern) { agreesOnSplitMulti(text, pattern); });
+  forEveryTextInTime(
+      "patterns to split at", "a-,^$.*+?|()\\\n\xFF",
+      [&](const std::string& pattern) { reference::expectSplitMulti(text, pattern); });
 }
 
 // ---- Filters

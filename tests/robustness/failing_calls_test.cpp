@@ -3,9 +3,7 @@
 /// is on the disk, and a store's settings survive.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sched.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <zn_dir.h>
@@ -32,10 +30,14 @@
 #include <vector>
 
 #include "child_status.h"
+#include "directory_contents.h"
 #include "output_capture.h"
+#include "own_mounts.h"
+#include "resource_limits.h"
+#include "stored_xml.h"
 #include "temporary_files.h"
 #if defined(__linux__) && defined(__x86_64__)
-#include "traced_child.h"
+#include "fault_injection.h"
 #endif
 
 namespace {
@@ -43,44 +45,8 @@ namespace {
 using zn_lib::Configuration;
 
 using Names = std::vector<std::string>;
-using Catalog = std::map<int, std::string, zn_lib::error_order>;
-
-/// What a directory holds by name: the bytes of files, "/" for directories.
-using Contents = std::map<std::string, std::string>;
-
-Contents contents() {
-  Contents all;
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(".")) {
-    all[entry.path().lexically_normal()] = entry.is_directory() ? "/" : readFile(entry.path());
-  }
-  return all;
-}
-
-/// Makes the working directory hold these and nothing else.
-void makeContents(const Contents& all) {
-  for (const auto& entry : std::filesystem::directory_iterator(".")) {
-    std::filesystem::remove_all(entry);
-  }
-  for (const auto& [name, bytes] : all) {
-    if (bytes == "/") {
-      std::filesystem::create_directory(name);
-    } else {
-      writeFile(name, bytes);
-    }
-  }
-}
 
 // ---- Stores
-
-/// The file of a store, written as the header shows it.
-std::string xmlOf(const Configuration& store) {
-  std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CONFIGURATION type='SYSTEM'>\n";
-  for (const auto& [key, element] : store.elements) {
-    xml += "<" + key + " data_type='" + element.type + "' describe='" + element.describe + "'>";
-    xml += element.value + "</" + key + ">\n";
-  }
-  return xml + "</CONFIGURATION>\n";
-}
 
 /// Settings whose file takes more than one read.
 void fill(Configuration& store) {
@@ -113,124 +79,6 @@ bool isPartOf(const zn_lib::config_map& part, const zn_lib::config_map& whole) {
   });
 }
 
-/// The calls that may fail, by what they are for.
-std::string purposeOf(long call) {
-  static const std::map<long, std::string> purposes = {
-      {SYS_open, "open"},          {SYS_openat, "open"},
-      {SYS_creat, "open"},         {SYS_read, "read"},
-      {SYS_readv, "read"},         {SYS_pread64, "read"},
-      {SYS_write, "write"},        {SYS_writev, "write"},
-      {SYS_pwrite64, "write"},     {SYS_rename, "rename"},
-      {SYS_renameat, "rename"},    {SYS_renameat2, "rename"},
-      {SYS_link, "link"},          {SYS_linkat, "link"},
-      {SYS_unlink, "unlink"},      {SYS_unlinkat, "unlink"},
-      {SYS_rmdir, "unlink"},       {SYS_close, "close"},
-      {SYS_lseek, "lseek"},        {SYS_stat, "stat"},
-      {SYS_fstat, "stat"},         {SYS_lstat, "stat"},
-      {SYS_newfstatat, "stat"},    {SYS_statx, "stat"},
-      {SYS_getdents64, "list"},    {SYS_access, "access"},
-      {SYS_faccessat, "access"},   {SYS_faccessat2, "access"},
-      {SYS_mkdir, "mkdir"},        {SYS_mkdirat, "mkdir"},
-      {SYS_chdir, "chdir"},        {SYS_getcwd, "getcwd"},
-      {SYS_ftruncate, "truncate"}, {SYS_fsync, "sync"},
-      {SYS_fdatasync, "sync"},     {SYS_flock, "lock"},
-      {SYS_fchown, "chown"},       {SYS_fchmod, "chmod"},
-      {SYS_sendfile, "send"},      {SYS_copy_file_range, "send"},
-      {SYS_clone, "clone"},        {SYS_clone3, "clone"},
-      {SYS_fork, "clone"},         {SYS_vfork, "clone"},
-      {SYS_wait4, "wait"},         {SYS_pipe2, "pipe"},
-      {SYS_uname, "uname"},
-  };
-  const auto found = purposes.find(call);
-  return found == purposes.end() ? "" : found->second;
-}
-
-using Purposes = std::set<std::string>;
-
-struct Fault {
-  const char* what;
-  int error;
-  Share share;
-  Purposes calls;
-  bool mayLast;  // whether it may go on for good: nobody gets past interruptions without end
-};
-
-/// Those of single purposes are for systems that lack one thing and have the others.
-const std::vector<Fault>& faults() {
-  static const std::vector<Fault> all = {
-      {"EIO",
-       EIO,
-       Share::kAll,
-       {"open",     "read", "write", "rename", "link",  "unlink", "close",
-        "lseek",    "stat", "list",  "access", "mkdir", "chdir",  "getcwd",
-        "truncate", "send", "uname", "sync",   "lock",  "chown",  "chmod"},
-       true},
-      {"ENOSPC",
-       ENOSPC,
-       Share::kAll,
-       {"open", "write", "rename", "link", "close", "mkdir", "truncate", "send", "sync"},
-       true},
-      // Not for "access": who may not look a file up cannot open it either.
-      {"EACCES",
-       EACCES,
-       Share::kAll,
-       {"open", "rename", "link", "unlink", "stat", "mkdir", "chdir", "getcwd"},
-       true},
-      {"EMFILE", EMFILE, Share::kAll, {"open", "pipe"}, true},
-      {"EINTR", EINTR, Share::kAll, {"open", "read", "write", "close", "wait"}, false},
-      {"ENOMEM",
-       ENOMEM,
-       Share::kAll,
-       {"open", "stat", "list", "access", "mkdir", "chdir", "getcwd", "clone"},
-       true},
-      {"ECHILD", ECHILD, Share::kAll, {"wait"}, true},
-      {"EPERM for links", EPERM, Share::kAll, {"link"}, true},
-      {"EIO for renaming", EIO, Share::kAll, {"rename"}, true},
-      {"EBUSY for renaming", EBUSY, Share::kAll, {"rename"}, true},
-      {"EPERM for changing names", EPERM, Share::kAll, {"rename", "link"}, true},
-      {"EPERM for owners and modes", EPERM, Share::kAll, {"chown", "chmod"}, true},
-      {"EIO for synchronising", EIO, Share::kAll, {"sync"}, true},
-      {"EINVAL for synchronising", EINVAL, Share::kAll, {"sync"}, true},
-      {"ENOLCK for locks", ENOLCK, Share::kAll, {"lock"}, true},
-      {"EIO for removing", EIO, Share::kAll, {"unlink"}, true},
-      {"EIO for closing", EIO, Share::kAll, {"close"}, true},
-      {"ENOSPC for writing", ENOSPC, Share::kAll, {"write"}, true},
-      {"half of it", 0, Share::kHalf, {"read", "write"}, true},
-      {"one byte of it", 0, Share::kOneByte, {"read", "write"}, false},
-  };
-  return all;
-}
-
-/// What came of a run.
-struct Outcome {
-  Ended ended;
-  std::string output;  // on both standard streams
-  const Fault* fault;
-  Purposes failed;  // what the calls were for that did not go through
-  int count = 0;    // how many there were
-
-  const std::string& answer() const { return ended.answer; }
-  bool hasFailed(const std::string& purpose) const { return failed.count(purpose) != 0; }
-
-  /// Whether nothing was refused: all went through, be it in parts.
-  bool isHarmless() const { return count == 0 || fault->error == 0; }
-
-  /// As `isHarmless`, with calls that can be made again and that the caller does make again.
-  bool isRepeatable(const Purposes& calls) const {
-    return isHarmless() || (fault->error == EINTR && std::includes(calls.begin(), calls.end(),
-                                                                   failed.begin(), failed.end()));
-  }
-};
-
-/// Something to be done in spite of faults. `check` looks at what is in the directory.
-struct Operation {
-  const char* what;
-  Contents before;
-  Work run;
-  std::function<void(const Outcome&)> check;
-  Purposes lacking = {};  // what the system cannot do at all
-};
-
 /// Whether a file that was written through a stream may lack a part in its midst: libc++'s streams
 /// go on behind a write that failed.
 bool mayMissAPart(const Outcome& outcome) {
@@ -242,105 +90,9 @@ bool mayMissAPart(const Outcome& outcome) {
 #endif
 }
 
-std::string joined(const Purposes& purposes) {
-  std::string text;
-  for (const std::string& purpose : purposes) text += purpose + " ";
-  return text;
-}
-
 std::string trueOrFalse(bool result) { return result ? "true" : "false"; }
 
-class FailingCalls : public InTemporaryDirectory {
- protected:
-  void SetUp() override {
-    if (!canTrace()) GTEST_SKIP() << "no process can be traced here";
-    output_ = memfd_create("output", MFD_CLOEXEC);
-    ASSERT_NE(output_, -1);
-  }
-
-  ~FailingCalls() override {
-    if (output_ != -1) close(output_);
-  }
-
-  void TearDown() override { RecordProperty("failed_calls", failedCalls_); }
-
-  /// Fails each call of the operation, once and from there on, with every error.
-  void withEveryFault(const Operation& operation) {
-    TracedChild child(withOutput(operation.run));
-    makeContents(operation.before);
-    child.run([](long) { return Intervention(); });
-    for (const Fault& fault : faults()) {
-      withFault(child, operation, fault, false);
-      if (fault.mayLast) withFault(child, operation, fault, true);
-    }
-  }
-
-  void withFault(TracedChild& child, const Operation& operation, const Fault& fault,
-                 bool isForGood) {
-    Outcome outcome;
-    int number = 0;
-    do {
-      ++number;
-      SCOPED_TRACE(std::string(operation.what) + ": " + fault.what + " at call " +
-                   std::to_string(number) + (isForGood ? " and all that follow" : ""));
-      makeContents(operation.before);
-      outcome = outcomeOf(child, operation.lacking, fault, number, isForGood);
-      EXPECT_TRUE(WIFEXITED(outcome.ended.status)) << outcome.ended.status;
-      EXPECT_NE(outcome.answer(), "another exception");
-      operation.check(outcome);
-      failedCalls_ += outcome.count;
-      if (hasNewFailure()) {
-        ADD_FAILURE() << "refused: " << joined(outcome.failed);
-        hasNewFailure();
-      }
-    } while (outcome.count != 0);
-  }
-
-  Outcome outcomeOf(TracedChild& child, const Purposes& lacking, const Fault& fault, int number,
-                    bool isForGood) {
-    Outcome outcome;
-    outcome.fault = &fault;
-    EXPECT_EQ(ftruncate(output_, 0) + lseek(output_, 0, SEEK_SET), 0);
-    int calls = 0;
-    const auto intervene = [&](long call) -> Intervention {
-      const std::string purpose = purposeOf(call);
-      if (lacking.count(purpose) != 0) return {EPERM};
-      if (fault.calls.count(purpose) == 0) return {};
-      ++calls;
-      if (isForGood ? calls < number : calls != number) return {};
-      outcome.failed.insert(purpose);
-      ++outcome.count;
-      return {fault.error, purpose == "close", fault.share};
-    };
-    outcome.ended = child.run(intervene);
-    outcome.output = readFile("/proc/self/fd/" + std::to_string(output_));
-    return outcome;
-  }
-
-  /// `work` with its standard streams where the test reads them.
-  Work withOutput(const Work& work) const {
-    return [this, work](Report& report) {
-      report.watch(false);
-      dup2(output_, STDOUT_FILENO);
-      dup2(output_, STDERR_FILENO);
-      report.watch(true);
-      return work(report);
-    };
-  }
-
- private:
-  /// Whether an expectation failed since this was asked last.
-  bool hasNewFailure() {
-    const auto* const result = testing::UnitTest::GetInstance()->current_test_info()->result();
-    const int before = parts_;
-    parts_ = result->total_part_count();
-    return parts_ != before;
-  }
-
-  int parts_ = 0;
-  int output_ = -1;
-  int failedCalls_ = 0;
-};
+class FailingCalls : public FaultInjection {};
 
 // ---- Settings
 
@@ -905,7 +657,7 @@ TEST_F(FailingCalls, CatalogsKeepWhatTheyHad) {
   std::string xml = "<ERRORS>";
   for (int i = 1; i <= 100; ++i) {
     const std::string number = std::to_string(i);
-    xml += "<ERROR><ID>" + number + "</ID><MESSAGE>Text of " + number + "</MESSAGE></ERROR>\n";
+    xml += errorXml(number, "Text of " + number) + "\n";
   }
   xml += "</ERRORS>";
   withEveryFault({"readErrorFile",
@@ -999,19 +751,16 @@ TEST(FailingCalls, AreMadeOnX8664Linux) {
 /// A file system of its own for a test, small and gone with the process.
 class FullDisk : public InTemporaryDirectory {};
 
-constexpr int kNoDisk = 77;
-
 /// Mounts a file system of 64 KiB on the working directory, for this process alone.
 bool mountSmallDisk() {
   const std::string here = std::filesystem::current_path();
-  return unshare(CLONE_NEWNS) == 0 &&
-         mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-         mount("none", here.c_str(), "tmpfs", 0, "size=64k") == 0 && chdir(here.c_str()) == 0;
+  return unshareMounts() && mount("none", here.c_str(), "tmpfs", 0, "size=64k") == 0 &&
+         chdir(here.c_str()) == 0;
 }
 
 TEST_F(FullDisk, TwentySavesLeaveFileAndBackup) {
   const int status = statusOfChild([] {
-    if (!mountSmallDisk()) _exit(kNoDisk);
+    if (!mountSmallDisk()) _exit(kCannotPrepare);
     const Contents before = {{"config.xml", filledXml()}, {"config.xml~", "older"}};
     makeContents(before);
     for (int i = 0; i < 20; ++i) {
@@ -1028,29 +777,11 @@ TEST_F(FullDisk, TwentySavesLeaveFileAndBackup) {
     EXPECT_TRUE(store.save());
     EXPECT_TRUE(readFile("config.xml") == xmlOf(store)) << "what fits is saved as ever";
   });
-  if (WIFEXITED(status) && WEXITSTATUS(status) == kNoDisk) {
-    GTEST_SKIP() << "no file system can be mounted here";
-  }
+  if (status == kCannotPrepare) GTEST_SKIP() << "no file system can be mounted here";
   EXPECT_EQ(status, 0);
 }
 
 // ---- No descriptors
-
-/// The soft limit of descriptors, lowered so far that no further one can be had.
-class NoDescriptors {
- public:
-  NoDescriptors() {
-    getrlimit(RLIMIT_NOFILE, &before_);
-    const rlimit none = {0, before_.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &none);
-  }
-  ~NoDescriptors() { setrlimit(RLIMIT_NOFILE, &before_); }
-  NoDescriptors(const NoDescriptors&) = delete;
-  NoDescriptors& operator=(const NoDescriptors&) = delete;
-
- private:
-  rlimit before_;
-};
 
 /// A sanitizer looks at memory by means of a pipe, and takes an object for none where it gets none.
 #if defined(__has_feature)
@@ -1064,7 +795,7 @@ class Descriptors : public InTemporaryDirectory {};
 const Contents kFiles = {{"config.xml", "<C><a x='t'>1</a></C>"},
                          {"dir", "/"},
                          {"dir/f", "text"},
-                         {"errors.xml", "<E><ERROR><ID>1</ID><MESSAGE>m</MESSAGE></ERROR></E>"},
+                         {"errors.xml", "<E>" + errorXml("1", "m") + "</E>"},
                          {"script", "echo line >trace\n"}};
 
 /// `kFiles` with one more.
@@ -1175,7 +906,7 @@ TEST_F(Descriptors, OfWhichNoneIsLeft) {
       makeContents(kFiles);
       bool succeeds;
       {
-        const NoDescriptors none;
+        const DescriptorLimit none(0);
         succeeds = opening.run();
       }
       EXPECT_EQ(succeeds, opening.succeedsWithout);

@@ -1,6 +1,5 @@
 /// Files that cannot be read to their end: a device that vanishes, an error of the disk. What reads
 /// them returns, and takes the failure for the end of the file.
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -17,7 +16,9 @@
 #include <map>
 #include <string>
 
+#include "next_definition.h"
 #include "output_capture.h"
+#include "stored_xml.h"
 #include "temporary_files.h"
 
 namespace {
@@ -33,11 +34,6 @@ struct Reads {
   int calls = 0;
 } reads;
 
-template <class Function>
-Function libcsOwn(const char* name) {
-  return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
 // These stand before the C library's functions of these names, for the streams of the C++ library
@@ -46,7 +42,7 @@ extern "C" {
 
 __attribute__((visibility("default"))) ssize_t read(int descriptor, void* buffer,
                                                     std::size_t size) {
-  static const auto next = libcsOwn<ssize_t (*)(int, void*, std::size_t)>("read");
+  static const auto next = nextDefinition<ssize_t (*)(int, void*, std::size_t)>("read");
   if (!reads.areWatched) return next(descriptor, buffer, size);
   ++reads.calls;
   if (reads.interruptions > 0) {
@@ -71,7 +67,7 @@ __attribute__((visibility("default"))) ssize_t read(int descriptor, void* buffer
 __attribute__((visibility("default"))) std::size_t fread(void* buffer, std::size_t size,
                                                          std::size_t count, std::FILE* stream) {
   static const auto next =
-      libcsOwn<std::size_t (*)(void*, std::size_t, std::size_t, std::FILE*)>("fread");
+      nextDefinition<std::size_t (*)(void*, std::size_t, std::size_t, std::FILE*)>("fread");
   if (!reads.areWatched) return next(buffer, size, count, stream);
   ++reads.calls;
   const std::size_t bytes = std::min(size * count, static_cast<std::size_t>(reads.left));
@@ -149,16 +145,10 @@ std::string printed(const std::string& name, const Reads& behaviour = {}) {
   return text.out;
 }
 
-using Catalog = std::map<int, std::string, zn_lib::error_order>;
-
-std::string error(int id) {
-  return "<ERROR><ID>" + std::to_string(id) + "</ID><MESSAGE>m</MESSAGE></ERROR>\n";
-}
-
 /// A catalog of `count` errors.
 std::string catalogFile(int count) {
   std::string xml = "<E>";
-  for (int id = 1; id <= count; ++id) xml += error(id);
+  for (int id = 1; id <= count; ++id) xml += errorXml(std::to_string(id), "m") + "\n";
   return xml + "</E>";
 }
 

@@ -22,13 +22,14 @@
 #include "output_capture.h"
 #include "samples.h"
 #include "sanitizers.h"
+#include "stored_xml.h"
 #include "temporary_files.h"
+#include "whitespace.h"
 
 namespace {
 
 using namespace std::string_literals;
 using Fields = std::map<std::string, std::string>;  // key to value|type|description
-using Catalog = std::map<int, std::string, zn_lib::error_order>;
 
 class HostileXml : public InTemporaryDirectory {};
 
@@ -38,11 +39,7 @@ Fields settingsOf(const std::string& xml) {
   zn_lib::Configuration store;
   EXPECT_TRUE(store.load());
   EXPECT_FALSE(store.changed);
-  Fields fields;
-  for (const auto& [key, element] : store.elements) {
-    fields[key] = element.value + "|" + element.type + "|" + element.describe;
-  }
-  return fields;
+  return fieldsOf(store.elements);
 }
 
 Catalog catalogOf(const std::string& xml) {
@@ -52,20 +49,8 @@ Catalog catalogOf(const std::string& xml) {
   return catalog;
 }
 
-/// `<!DOCTYPE r [...]>` with the entities a to i: each but the first is its predecessor a hundred
-/// times.
-std::string entityBomb() {
-  std::string xml = "<!DOCTYPE r [<!ENTITY a '" + std::string(1000, 'x') + "'>";
-  for (char c = 'b'; c < 'j'; ++c) {
-    xml += "<!ENTITY "s + c + " '";
-    for (int i = 0; i < 100; ++i) xml += "&"s + static_cast<char>(c - 1) + ";";
-    xml += "'>";
-  }
-  return xml + "]>";
-}
-
 TEST_F(HostileXml, EntityBombsEndInTheParsersRefusal) {
-  const std::string before = entityBomb() + "<r><k a='t'>v</k>";
+  const std::string before = entityBomb("r") + "<r><k a='t'>v</k>";
   const std::string behind = "<n a='t'>lost</n></r>";
 
   Fields fields = settingsOf(before + "<m a='u'>w&i;</m>" + behind);
@@ -205,8 +190,8 @@ TEST_F(HostileXml, LongTokensStayWithinTheirCost) {
 
 TEST_F(HostileXml, BombsAndDepthStayWithinTheirCost) {
   expectWithin(5.0, 400.0, [] {
-    settingsOf(entityBomb() + "<r><m a='u'>w&i;</m></r>");
-    settingsOf(entityBomb() + "<r><m a='&i;'>w</m></r>");
+    settingsOf(entityBomb("r") + "<r><m a='u'>w&i;</m></r>");
+    settingsOf(entityBomb("r") + "<r><m a='&i;'>w</m></r>");
   });
   expectWithin(10.0, 400.0, [] {
     std::string deep = "<r><k a='t'>v</k>";
@@ -246,11 +231,6 @@ Tokens cut(const Tokens& tokens, std::size_t length) {
   return whole;
 }
 
-std::string withoutLeadingBlanks(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(" \n");
-  return first == std::string::npos ? "" : text.substr(first);
-}
-
 /// What the settings in `tokens` are; each key has three letters.
 Fields settingsIn(const Tokens& tokens) {
   Fields values;
@@ -262,7 +242,7 @@ Fields settingsIn(const Tokens& tokens) {
       key = token.substr(1, 3);
       values[key];
     } else if (token.front() != '<' && !key.empty()) {
-      values[key] += token == "&amp;" ? "&" : withoutLeadingBlanks(token);
+      values[key] += token == "&amp;" ? "&" : withoutLeadingWhitespace(token);
     }
   }
   for (auto& [name, value] : values) value += "|t|d";
@@ -431,9 +411,8 @@ TEST_F(HostileXml, BytesThatAreNoCharacters) {
               (Fields{{"k", "v|t|"}, {"m", "so far|u|"}}));
     EXPECT_EQ(settingsOf("<r><k a='t'>v</k><m" + c.bytes + " a='u'>w</m>" + behind), before);
     EXPECT_EQ(settingsOf("<r><k a='t'>v</k><m a='u" + c.bytes + "'>w</m>" + behind), before);
-    EXPECT_EQ(catalogOf("<E><ERROR><ID>1</ID><MESSAGE>a</MESSAGE></ERROR>"
-                        "<ERROR><ID>2</ID><MESSAGE>b" +
-                        c.bytes + "c</MESSAGE></ERROR></E>"),
+    EXPECT_EQ(catalogOf("<E>" + errorXml("1", "a") + "<ERROR><ID>2</ID><MESSAGE>b" + c.bytes +
+                        "c</MESSAGE></ERROR></E>"),
               (Catalog{{1, "a"}}));
   }
 }

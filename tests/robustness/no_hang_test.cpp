@@ -37,13 +37,15 @@
 #include <string>
 #include <vector>
 
+#include "captured_stream.h"
+#include "default_date_format.h"
+#include "stored_xml.h"
 #include "temporary_files.h"
 #include "unprivileged.h"
 
 namespace {
 
 using namespace std::string_literals;
-using Catalog = std::map<int, std::string, zn_lib::error_order>;
 
 void expectAtOnce(const std::function<void()>& run) {
   const auto start = std::chrono::steady_clock::now();
@@ -60,7 +62,7 @@ void expectToEnd(const std::function<void()>& test) {
               return testing::Test::HasFailure() ? 1 : 0;
             }),
             0)
-      << "1014: it hangs";
+      << kSignalled + SIGALRM << ": it hangs";
 }
 
 // ---- Files
@@ -260,11 +262,8 @@ TEST_F(NoHang, OperationsOnWhatIsNoFile) {
   for (const Operation& operation : kOperations) {
     SCOPED_TRACE(operation.what);
     expectToEnd([&] {
-      std::ostringstream output;
-      std::streambuf* const before = std::cout.rdbuf(output.rdbuf());
-      const std::string answers = answersOf(operation);
-      std::cout.rdbuf(before);
-      EXPECT_EQ(answers, operation.answers);
+      const CapturedStream output(std::cout);
+      EXPECT_EQ(answersOf(operation), operation.answers);
     });
   }
   EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
@@ -274,7 +273,7 @@ TEST_F(NoHang, OperationsOnWhatIsNoFile) {
 // A pipe without a writer keeps whoever opens it waiting: that is its nature. It ends when one
 // comes.
 TEST_F(NoHang, PipesAreReadOnceThereIsAWriter) {
-  const std::string catalog = "<E><ERROR><ID>1</ID><MESSAGE>one</MESSAGE></ERROR></E>";
+  const std::string catalog = "<E>" + errorXml("1", "one") + "</E>";
   const struct {
     const char* what;
     std::string text;
@@ -306,10 +305,10 @@ TEST_F(NoHang, PipesAreReadOnceThereIsAWriter) {
         writeFile("pipe", c.text);
         _exit(0);
       }
-      std::ostringstream output;
-      std::streambuf* const before = std::cout.rdbuf(output.rdbuf());
-      expectAtOnce([&] { EXPECT_TRUE(c.run()); });
-      std::cout.rdbuf(before);
+      {
+        const CapturedStream output(std::cout);
+        expectAtOnce([&] { EXPECT_TRUE(c.run()); });
+      }
       waitpid(writer, nullptr, 0);
       std::filesystem::remove("pipe");
     });
@@ -356,17 +355,7 @@ constexpr unsigned long long kJulians[] = {0,
                                            ULLONG_MAX - 1,
                                            ULLONG_MAX};
 
-class Limits : public testing::Test {
- protected:
-  Limits() : before_(zn_lib::getDateTimeFormat()) { zn_lib::defaultDateTimeFormat(); }
-  ~Limits() override {
-    zn_lib::setDateTimeFormat(before_.dateFormat, before_.monthFormat, before_.dateSeparator,
-                              before_.dateTimeSeparator, before_.timeSeparator, before_.useTime);
-  }
-
- private:
-  const zn_lib::date_time_set before_;
-};
+class Limits : public WithDefaultDateFormat {};
 
 TEST_F(Limits, FormatsOfJulianValues) {
   for (const unsigned long long julian : kJulians) {
@@ -622,11 +611,9 @@ TEST_F(NoHang, WidthsOfDumps) {
   } cases[] = {{INT_MIN, 7}, {-1, 7}, {0, 7}, {1, 7}, {2, 4}, {6, 2}, {7, 1}, {100000, 1}};
   zn_lib::setVerbose(true);
   for (const auto& c : cases) {
-    std::ostringstream output;
-    std::streambuf* const before = std::cout.rdbuf(output.rdbuf());
+    CapturedStream output(std::cout);
     expectAtOnce([&] { EXPECT_TRUE(zn_lib::hexDump("five", c.width)); });
-    std::cout.rdbuf(before);
-    const std::string text = output.str();
+    const std::string text = output.text();
     constexpr std::ptrdiff_t headerLines = 2;
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), headerLines + c.lines) << c.width;
   }

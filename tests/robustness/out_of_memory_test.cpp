@@ -1,11 +1,8 @@
 /// Memory that runs out: each operation is tried with the first allocation failing, then with the
 /// second, and so on until it succeeds. std::bad_alloc may leave it. Nothing may be torn or lost by
 /// it, no file stays open, and under AddressSanitizer no memory is left behind.
-#include <dlfcn.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <tokenizer.h>
-#include <unistd.h>
 #include <zn_datetime.h>
 #include <zn_dir.h>
 #include <zn_error.h>
@@ -20,11 +17,14 @@
 #include <functional>
 #include <map>
 #include <new>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "next_definition.h"
 #include "output_capture.h"
+#include "stored_xml.h"
 #include "temporary_files.h"
 
 namespace {
@@ -76,8 +76,7 @@ void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free
 /// Stands before expat's own function, and gives each parser memory that can fail.
 extern "C" __attribute__((visibility("default"))) XML_Parser XML_ParserCreate_MM(
     const XML_Char* encoding, const XML_Memory_Handling_Suite*, const XML_Char* separator) {
-  static const auto next =
-      reinterpret_cast<decltype(&XML_ParserCreate_MM)>(dlsym(RTLD_NEXT, "XML_ParserCreate_MM"));
+  static const auto next = nextDefinition<decltype(&XML_ParserCreate_MM)>("XML_ParserCreate_MM");
   static const XML_Memory_Handling_Suite suite = {
       [](std::size_t size) { return expats.refuses() ? nullptr : std::malloc(size); },
       [](void* memory, std::size_t size) {
@@ -99,13 +98,6 @@ class OutOfMemory : public InTemporaryDirectory {
   ~OutOfMemory() override { zn_lib::setVerbose(false); }
 };
 
-/// The lowest descriptor that is free.
-int freeDescriptor() {
-  const int descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
-  close(descriptor);
-  return descriptor;
-}
-
 constexpr long kMostTries = 100000;
 
 /// Runs `run` with the first allocation of `allocator` failing, then the second, and so on, until
@@ -121,7 +113,7 @@ long failEach(Allocator& allocator, const std::function<void()>& prepare,
       SCOPED_TRACE((once ? "once, at allocation " : "for good, from allocation ") +
                    std::to_string(tries));
       prepare();
-      const int descriptor = freeDescriptor();
+      const int descriptor = nextDescriptor();
       bool wasThrown = false;
       allocator = Allocator();
       allocator.failing = tries;
@@ -134,7 +126,7 @@ long failEach(Allocator& allocator, const std::function<void()>& prepare,
       isOver = !allocator.hasFailed;
       allocator = Allocator();
       EXPECT_FALSE(isOver && wasThrown);
-      EXPECT_EQ(freeDescriptor(), descriptor) << "a file was left open";
+      EXPECT_EQ(nextDescriptor(), descriptor) << "a file was left open";
       check(!wasThrown);
       if (testing::Test::HasFailure()) return 0;
     }
@@ -182,28 +174,20 @@ std::string settingsFile(int count) {
   return xml + "</CONFIGURATION>\n";
 }
 
-using Values = std::map<std::string, std::string>;
-
-Values valuesOf(const zn_lib::config_map& elements) {
-  Values values;
-  for (const auto& [key, element] : elements) {
-    values[key] = element.value + "|" + element.type + "|" + element.describe;
-  }
-  return values;
-}
+using Fields = std::map<std::string, std::string>;  // by key
 
 TEST_F(OutOfMemory, Load) {
   writeFile("config.xml", settingsFile(4));
   zn_lib::Configuration expected;
   expected.load();
-  const Values all = valuesOf(expected.elements);
+  const Fields all = fieldsOf(expected.elements);
   ASSERT_EQ(all.size(), 4u);
   for (Allocator* const allocator : {&ours, &expats}) {
     zn_lib::Configuration store;
     const long count = failEach(
         *allocator, [&] { store.elements.clear(); }, [&] { EXPECT_TRUE(store.load()); },
         [&](bool wasLoaded) {
-          const Values values = valuesOf(store.elements);
+          const Fields values = fieldsOf(store.elements);
           if (wasLoaded && allocator == &ours) {
             EXPECT_EQ(values, all);
           }
@@ -211,20 +195,10 @@ TEST_F(OutOfMemory, Load) {
             EXPECT_EQ(all.count(key), 1u) << key;
           }
           EXPECT_TRUE(store.load()) << "and the next one works";
-          EXPECT_EQ(valuesOf(store.elements), all);
+          EXPECT_EQ(fieldsOf(store.elements), all);
         });
     EXPECT_GT(count, 1);
   }
-}
-
-/// The names in the working directory.
-std::vector<std::string> namesHere() {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(".")) {
-    names.push_back(entry.path().filename());
-  }
-  std::sort(names.begin(), names.end());
-  return names;
 }
 
 const std::string kLongFile = "a-store-with-a-name-that-takes-memory.xml";
@@ -276,7 +250,7 @@ void saveWithout(bool backup, const std::function<void(zn_lib::Configuration&)>&
         if (backup && isNew) {
           EXPECT_EQ(kept, old);
         }
-        EXPECT_EQ(namesHere(), (std::vector<std::string>{kLongFile, kLongFile + "~"}));
+        EXPECT_EQ(namesIn("."), (std::set<std::string>{kLongFile, kLongFile + "~"}));
       });
   EXPECT_GT(count, 0);
 }
@@ -315,7 +289,7 @@ TEST_F(OutOfMemory, TheFirstSave) {
         if (isThere("config.xml")) {
           EXPECT_NE(file.find("</CONFIGURATION>\n"), std::string::npos) << file;
         }
-        EXPECT_LE(namesHere().size(), 2u);
+        EXPECT_LE(namesIn(".").size(), 2u);
         std::filesystem::remove("config.xml~");
       });
 }
@@ -342,12 +316,11 @@ TEST_F(OutOfMemory, SetAndGet) {
 TEST_F(OutOfMemory, ParseFile) {
   std::string xml = "<E>";
   for (int id = 1; id <= 5; ++id) {
-    xml += "<ERROR><ID>" + std::to_string(id) + "</ID><MESSAGE>" + kLong + std::to_string(id) +
-           "</MESSAGE></ERROR>\n";
+    xml += errorXml(std::to_string(id), kLong + std::to_string(id)) + "\n";
   }
   writeFile("a_catalog_with_a_long_name.xml", xml + "</E>");
   for (Allocator* const allocator : {&ours, &expats}) {
-    std::map<int, std::string, zn_lib::error_order> catalog;
+    Catalog catalog;
     const long count = failEach(
         *allocator, [&] { catalog.clear(); },
         [&] {
@@ -371,10 +344,10 @@ TEST_F(OutOfMemory, ParseFile) {
 }
 
 TEST_F(OutOfMemory, ReadingAndShowingACatalog) {
-  writeFile("errors.xml", "<E><ERROR><ID>1</ID><MESSAGE>" + kLong + "</MESSAGE></ERROR></E>");
+  writeFile("errors.xml", "<E>" + errorXml("1", kLong) + "</E>");
   zn_lib::setVerbose(true);
   const Written text = written([] {
-    std::map<int, std::string, zn_lib::error_order> catalog;
+    Catalog catalog;
     failEach(
         ours, [&] { catalog.clear(); },
         [&] {

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <tokenizer.h>
@@ -47,10 +46,15 @@
 #include <utility>
 #include <vector>
 
+#include "child_status.h"
 #include "emulation.h"
 #include "long_run.h"
 #include "memory_in_use.h"
+#include "redirected_descriptor.h"
+#include "resource_limits.h"
+#include "stored_xml.h"
 #include "temporary_files.h"
+#include "xml_outline.h"
 
 namespace {
 
@@ -144,18 +148,12 @@ std::string complaintsAbout(const Handling& handling, const std::string& program
   return complain.text();
 }
 
-void sendTo(const char* file, int descriptor) {
-  const int target = open(file, O_WRONLY | O_CREAT | O_TRUNC, 0600);
-  dup2(target, descriptor);
-  close(target);
-}
-
 /// The same in a process of its own, with output that is buffered all the while. Ends the process.
 [[noreturn]] void runChildren(const Handling& handling, const std::string& program, int count) {
   constexpr unsigned int longestSeconds = 300;
   alarm(longestSeconds);
-  sendTo("out", STDOUT_FILENO);
-  sendTo("err", STDERR_FILENO);
+  const RedirectedDescriptor out(STDOUT_FILENO, "out", O_WRONLY | O_CREAT | O_TRUNC);
+  const RedirectedDescriptor err(STDERR_FILENO, "err", O_WRONLY | O_CREAT | O_TRUNC);
   struct sigaction action {};
   action.sa_handler = handling.handler;
   action.sa_flags = handling.flags;
@@ -191,10 +189,7 @@ TEST_F(Soak, ChildrenUnderEveryHandlingOfTheirSignal) {
     std::fflush(nullptr);
     const pid_t host = fork();
     if (host == 0) runChildren(handling, program, count);
-    int status = -1;
-    while (waitpid(host, &status, 0) < 0 && errno == EINTR) {
-    }
-    EXPECT_EQ(status, 0) << handling.what;
+    EXPECT_EQ(waitForExit(host), 0) << handling.what;
     EXPECT_TRUE(isThere("complaints")) << handling.what;
     EXPECT_EQ(readFile("complaints"), "") << handling.what;
     EXPECT_EQ(readFile("out"), "of the stream,of the file") << handling.what;
@@ -257,10 +252,7 @@ class Series {
     std::uniform_int_distribution<useconds_t> life(0, longestLife_);
     usleep(life(random));
     kill(child, SIGKILL);
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
+    return waitForExit(child) == kSignalled + SIGKILL;
   }
 
   /// Whether the file holds a generation as a whole, and none before the one that was last saved.
@@ -360,58 +352,11 @@ TEST_F(Soak, SavesThatAreKilledLoseNothing) {
 
 constexpr int kDescriptors = 32;
 
-/// No more than `kDescriptors` open files in this process, for the time of a scope.
-class FewDescriptors {
- public:
-  FewDescriptors() {
-    getrlimit(RLIMIT_NOFILE, &before_);
-    const rlimit few{kDescriptors, before_.rlim_max};
-    if (setrlimit(RLIMIT_NOFILE, &few) != 0) throw std::runtime_error("no limit");
-  }
-  ~FewDescriptors() { setrlimit(RLIMIT_NOFILE, &before_); }
-  FewDescriptors(const FewDescriptors&) = delete;
-  FewDescriptors& operator=(const FewDescriptors&) = delete;
-
- private:
-  rlimit before_;
-};
-
 int openDescriptors() {
   int open = 0;
   for (int i = 0; i < kDescriptors; ++i) open += fcntl(i, F_GETFD) >= 0 ? 1 : 0;
   return open;
 }
-
-/// Standard input that is a file, and output that goes nowhere, for the time of a scope.
-class Silence {
- public:
-  explicit Silence(const std::string& input) {
-    redirect(STDIN_FILENO, open(input.c_str(), O_RDONLY));
-    redirect(STDOUT_FILENO, open("/dev/null", O_WRONLY));
-    redirect(STDERR_FILENO, open("/dev/null", O_WRONLY));
-  }
-  ~Silence() {
-    std::cout.flush();
-    std::fflush(nullptr);
-    for (const auto& [descriptor, copy] : before_) {
-      dup2(copy, descriptor);
-      close(copy);
-    }
-  }
-  Silence(const Silence&) = delete;
-  Silence& operator=(const Silence&) = delete;
-
- private:
-  void redirect(int descriptor, int target) {
-    std::cout.flush();
-    std::fflush(nullptr);
-    before_.emplace_back(descriptor, dup(descriptor));
-    dup2(target, descriptor);
-    close(target);
-  }
-
-  std::vector<std::pair<int, int>> before_;
-};
 
 struct Call {
   const char* what;
@@ -459,8 +404,10 @@ void expectNothingLeft(const std::vector<Call>& calls, const Length& length) {
   writeFile("answer", "yes\n");
   std::vector<Usage> usages;
   {
-    const FewDescriptors limit;
-    const Silence silence("answer");
+    const DescriptorLimit limit(kDescriptors);
+    const RedirectedDescriptor input(STDIN_FILENO, "answer", O_RDONLY);
+    const RedirectedDescriptor out(STDOUT_FILENO, "/dev/null", O_WRONLY);
+    const RedirectedDescriptor err(STDERR_FILENO, "/dev/null", O_WRONLY);
     zn_lib::setVerbose(true);
     for (const Call& call : calls) usages.push_back(repeat(call, length));
     zn_lib::setVerbose(false);
@@ -628,21 +575,15 @@ TEST_F(Soak, ProcessesLeaveNothing) {
                   : Length{50, std::chrono::milliseconds(1000)});
 }
 
-class Outline final : public XMLEvtHandler {
- public:
-  void OnStartElement(const XML_Char* name, const XML_Char**) override { names += name; }
-  std::string names;
-};
-
 /// Whether a parser takes `document` for well-formed.
 bool isParsed(const std::string& document) {
-  Outline outline;
+  XmlOutline outline;
   XMLParser parser(&outline);
   parser.Create("UTF-8", "|");
   parser.EnableStartElementHandler(true);
   const bool parsed = parser.Parse(document.c_str(), true);
   parser.Destroy();
-  return parsed && outline.names == "ab";
+  return parsed && outline.text == "abv";
 }
 
 /// Whether `run` throws a `Failure`.
@@ -782,7 +723,7 @@ std::vector<Call> xmlCalls() {
       equal("XMLParser of a malformed document", false, [] { return isParsed("<a><b></a>"); }),
       {"XMLParser, created twice and destroyed with the object",
        [] {
-         Outline outline;
+         XmlOutline outline;
          XMLParser parser(&outline);
          return parser.Create(nullptr, nullptr) && parser.Create("UTF-8", nullptr) &&
                 parser.GetBuffer(100000) != nullptr;
@@ -832,7 +773,7 @@ std::vector<Call> settingsCalls() {
        }},
       {"showErrorMessage and showErrorList",
        [] {
-         std::map<int, std::string, zn_lib::error_order> catalog{{1, kText}};
+         Catalog catalog{{1, kText}};
          zn_lib::showErrorMessage(catalog, 2);
          zn_lib::showErrorList(catalog);
          return catalog.size() == 2;

@@ -41,11 +41,12 @@
 #include <vector>
 
 #include "output_capture.h"
+#include "redirected_descriptor.h"
+#include "stored_xml.h"
 #include "temporary_files.h"
+#include "xml_outline.h"
 
 namespace {
-
-using Catalog = std::map<int, std::string, zn_lib::error_order>;
 
 constexpr int kThreads = 8;
 constexpr int kRounds = 200;
@@ -234,20 +235,8 @@ std::string writeAndRead(const Own& own) {
   return answers(created, appended, opened, in.getFileName(), first, second, third);
 }
 
-class Outline final : public XMLEvtHandler {
- public:
-  void OnStartElement(const XML_Char* name, const XML_Char** attributes) override {
-    text += name;
-    if (attributes[0] != nullptr) text += attributes[1];
-  }
-  void OnCharacterData(const XML_Char* data, int length) override {
-    text.append(data, static_cast<std::size_t>(length));
-  }
-  std::string text;
-};
-
 std::string parseXml(const Own& own) {
-  Outline outline;
+  XmlOutline outline;
   XMLParser parser(&outline);
   const bool created = parser.Create("UTF-8", nullptr);
   parser.EnableStartElementHandler(true);
@@ -535,8 +524,8 @@ class Threads : public InTemporaryDirectory {
     std::filesystem::create_directories(own.file("inner"));
     writeFile(own.file("inner/note"), own.word);
     writeFile(own.file("report.txt"), "report of " + own.word);
-    writeFile(own.file("errors.xml"), "<E><ERROR><ID>" + std::to_string(own.number) +
-                                          "</ID><MESSAGE>" + own.word + "</MESSAGE></ERROR></E>");
+    writeFile(own.file("errors.xml"),
+              "<E>" + errorXml(std::to_string(own.number), own.word) + "</E>");
     zn_lib::Configuration store("TOOL", "store");
     store.path = own.directory;
     store.set("word", own.word);
@@ -564,29 +553,6 @@ TEST_F(Threads, MayCallAtTheSameTimeWhatKeepsNoState) {
   expectTheAnswersOfOneThread(kStateless, kRounds);
 }
 
-/// Standard input without a line in it, for the time of a scope.
-class EmptyInput {
- public:
-  EmptyInput() : before_(dup(STDIN_FILENO)) {
-    const int nothing = open("/dev/null", O_RDONLY);
-    dup2(nothing, STDIN_FILENO);
-    close(nothing);
-  }
-  ~EmptyInput() {
-    if (before_ >= 0) {
-      dup2(before_, STDIN_FILENO);
-      close(before_);
-    } else {
-      close(STDIN_FILENO);
-    }
-  }
-  EmptyInput(const EmptyInput&) = delete;
-  EmptyInput& operator=(const EmptyInput&) = delete;
-
- private:
-  const int before_;
-};
-
 int count(const std::string& text, const std::string& searched) {
   int found = 0;
   for (std::size_t at = 0; (at = text.find(searched, at)) != std::string::npos; ++at) ++found;
@@ -595,7 +561,7 @@ int count(const std::string& text, const std::string& searched) {
 
 TEST_F(Threads, MayCallInTurnWhatBelongsToTheProcess) {
   constexpr int rounds = 25;
-  const EmptyInput input;
+  const RedirectedDescriptor input(STDIN_FILENO, "/dev/null", O_RDONLY);
   std::mutex turn;
   std::vector<Call> inTurn;
   for (const Call& call : kSerialised) {

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "stored_xml.h"
 #include "temporary_files.h"
 
 namespace {
@@ -168,12 +169,12 @@ TEST_F(XmlExchange, ACatalog) {
                                                {30000, "a > b's \"c\""}};
   std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ERRORS>\n";
   for (const auto& [id, text] : messages) {
-    xml += "<ERROR><ID>" + std::to_string(id) + "</ID><MESSAGE>" + text + "</MESSAGE></ERROR>\n";
+    xml += errorXml(std::to_string(id), text) + "\n";
   }
   writeFile("errors.xml", xml + "</ERRORS>\n");
 
   EXPECT_EQ(xmllint("--noout errors.xml").status, 0) << readFile("messages");
-  std::map<int, std::string, zn_lib::error_order> catalog;
+  Catalog catalog;
   ASSERT_TRUE(zn_lib::readErrorFile("errors.xml", catalog));
   ASSERT_EQ(catalog.size(), messages.size());
   ASSERT_EQ(counted("errors.xml", "//ERROR"), static_cast<int>(messages.size()));

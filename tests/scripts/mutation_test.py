@@ -78,7 +78,7 @@ def faults_of(path):
 
 
 def sources():
-    files = sorted((ROOT / "src/udf").glob("*")) + [ROOT / "include/zn_readxml.h"]
+    files = sorted((ROOT / "src/udf").rglob("*.*")) + [ROOT / "include/zn_readxml.h"]
     return [file for file in files if file.stem not in ("zn_common", "zn_expat", "zn_pattern_libcxx")]
 
 
@@ -121,7 +121,7 @@ class Workshop:
         try:
             if self.run(["cmake", "--build", self.build, "--target", "zn_udf"]).returncode != 0:
                 return None
-            own = [file.stem + "_test"] if (ROOT / "tests" / (file.stem + "_test.cpp")).exists() else []
+            own = [test.stem for test in (ROOT / "tests").rglob(file.stem + "_test.cpp")]
             for test in own + MORE_TESTS.get(file.stem, []):
                 if not self.passes(test):
                     return test

@@ -1,4 +1,5 @@
-/// Whether this is a run for hours, at full lengths; otherwise a test takes its share of a daily run.
+/// Whether this is a run for hours, at full lengths; otherwise a test takes its share of a daily
+/// run.
 #ifndef LONG_RUN_H
 #define LONG_RUN_H
 

@@ -11,6 +11,13 @@ struct Parts {
   std::string path, name, extension;
 };
 
+/// Returns whether `parts`, which the library returned, are `expected`.
+template <class Split>
+bool isSame(const Split& parts, const Parts& expected) {
+  return parts.path == expected.path && parts.name == expected.name &&
+         parts.extension == expected.extension;
+}
+
 inline std::string withSlashes(std::string text) {
   std::replace(text.begin(), text.end(), '\\', '/');
   return text;

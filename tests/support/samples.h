@@ -1,35 +1,52 @@
-/// Inputs that several test files share.
+/// Inputs that several tests share.
 #ifndef SAMPLES_H
 #define SAMPLES_H
 
 #include <cstddef>
 #include <random>
 #include <string>
+#include <vector>
 
-/// Long enough to overflow any stack that something recurses on.
+/// A length at which any recursion over a text overflows the stack.
 constexpr std::size_t kLongText = 16 * 1024 * 1024;
 
-/// Calls `visit` with every text of at most `longest` characters from `alphabet`, the empty one
-/// included.
+/// Enumerates the texts of one length over an alphabet like numbers, the first character fastest.
+class TextCounter {
+ public:
+  TextCounter(const std::string& alphabet, std::size_t length)
+      : alphabet_(alphabet), positions_(length), text_(length, alphabet.front()) {}
+
+  const std::string& text() const { return text_; }
+
+  /// Advances to the next text. Returns false after the last one.
+  bool next() {
+    for (std::size_t i = 0; i < text_.size(); ++i) {
+      positions_[i] = (positions_[i] + 1) % alphabet_.size();
+      text_[i] = alphabet_[positions_[i]];
+      if (positions_[i] != 0) return true;
+    }
+    return false;
+  }
+
+ private:
+  const std::string& alphabet_;
+  std::vector<std::size_t> positions_;
+  std::string text_;
+};
+
+/// Calls `visit` with every text of at most `longest` characters from `alphabet`, beginning with
+/// the empty one.
 template <class Visit>
 void forEveryText(const std::string& alphabet, std::size_t longest, Visit visit) {
   for (std::size_t length = 0; length <= longest; ++length) {
-    std::string text(length, alphabet.front());
-    std::string positions(length, '\0');
-    for (bool more = true; more;) {
-      visit(text);
-      more = false;
-      for (std::size_t i = 0; i < length && !more; ++i) {
-        const std::size_t next = static_cast<std::size_t>(positions[i]) + 1;
-        more = next < alphabet.size();
-        positions[i] = static_cast<char>(more ? next : 0);
-        text[i] = alphabet[more ? next : 0];
-      }
-    }
+    TextCounter counter(alphabet, length);
+    do {
+      visit(counter.text());
+    } while (counter.next());
   }
 }
 
-/// A text of `length` random characters from `alphabet`.
+/// Returns a text of `length` random characters from `alphabet`.
 inline std::string randomText(std::mt19937& random, const std::string& alphabet,
                               std::size_t length) {
   std::uniform_int_distribution<std::size_t> pick(0, alphabet.size() - 1);
@@ -38,7 +55,7 @@ inline std::string randomText(std::mt19937& random, const std::string& alphabet,
   return text;
 }
 
-/// All byte values in order.
+/// Returns all byte values in order.
 inline std::string everyByte() {
   std::string bytes;
   for (int byte = 0; byte < 256; ++byte) bytes += static_cast<char>(byte);

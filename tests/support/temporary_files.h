@@ -1,4 +1,4 @@
-/// Real files for tests, each test in a fresh directory of its own.
+/// Test fixtures with real files.
 #ifndef TEMPORARY_FILES_H
 #define TEMPORARY_FILES_H
 
@@ -8,52 +8,34 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
-/// The working directory of the test, empty at first and removed with all that is in it.
+#include "files.h"
+
+/// Gives each test an empty working directory of its own.
 class InTemporaryDirectory : public testing::Test {
  protected:
   InTemporaryDirectory() : before_(std::filesystem::current_path()) {
-    std::string pattern = std::filesystem::temp_directory_path() / "zn_udf_test.XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary directory");
-    directory = pattern;
     std::filesystem::current_path(directory);
   }
-
-  ~InTemporaryDirectory() override {
-    std::filesystem::current_path(before_);
-    std::error_code ignored;
-    std::filesystem::remove_all(directory, ignored);
-  }
-
-  std::filesystem::path directory;
+  ~InTemporaryDirectory() override { std::filesystem::current_path(before_); }
 
  private:
-  std::filesystem::path before_;
+  const std::filesystem::path before_;
+  const TemporaryDirectory temporary_;
+
+ protected:
+  const std::filesystem::path directory = temporary_.path();
 };
 
-inline void writeFile(const std::string& name, const std::string& bytes) {
-  std::ofstream out(name, std::ios_base::binary);
-  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
-inline std::string readFile(const std::string& name) {
-  std::ifstream in(name, std::ios_base::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-inline bool isThere(const std::string& name) { return access(name.c_str(), F_OK) == 0; }
-
-/// The descriptor that the next file to be opened gets.
+/// Returns the lowest free descriptor, which the next file to be opened gets.
 inline int nextDescriptor() {
   const int descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
   close(descriptor);
   return descriptor;
 }
 
-/// HOME with another value, for the time of a scope.
+/// Sets HOME for the lifetime of the object. A null pointer unsets it.
 class Home {
  public:
   explicit Home(const char* value) {

@@ -1,4 +1,4 @@
-/// Code run in a child whose system calls the test sees and can make fail.
+/// Children in whose system calls a test intervenes. For Linux on x86-64: it changes registers.
 #ifndef TRACED_CHILD_H
 #define TRACED_CHILD_H
 
@@ -15,37 +15,40 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <cstdio>
-#include <cstring>
 #include <functional>
 #include <iostream>
 #include <limits>
 #include <new>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
-/// How much a call that transfers bytes may transfer.
+#include "tracee.h"
+
+/// How much of its bytes a call transfers.
 enum class Share { kAll, kHalf, kOneByte };
 
-/// What the test has the system do with a call.
+/// What happens to a system call.
 struct Intervention {
-  int error = 0;              ///< with which the call fails; 0 for one that goes through
-  bool isMade = false;        ///< whether a call that fails has its effect all the same
+  int error = 0;              ///< the error that the call returns; 0 for none
+  bool isMade = false;        ///< whether the call has its effect although it returns an error
   Share share = Share::kAll;  ///< of the bytes asked for
 };
 
-/// Asked at each call that the child makes, by its number, while it is watched.
+/// Decides about each call that a watched child makes, by the number of the call.
 using Intervene = std::function<Intervention(long call)>;
 
 /// How a child ended.
 struct Ended {
-  int status = 0;      ///< as waitpid tells it
-  std::string answer;  ///< of the code that ran; empty where it did not come to its end
-  std::string text;    ///< what else it told
+  int status = 0;      ///< as waitpid gives it
+  std::string answer;  ///< what the work returned; empty if it did not return
+  std::string text;    ///< what the work reported besides
 };
 
-/// The memory that a child has in common with the test, for what it tells: telling makes no call.
+/// Memory that a child shares with the test, so that it can report without a system call.
 class Report {
  public:
   Report() {
@@ -58,6 +61,7 @@ class Report {
   Report(const Report&) = delete;
   Report& operator=(const Report&) = delete;
 
+  /// Lets the test intervene in the calls that follow, or not.
   void watch(bool on) { memory_->isWatched = on; }
   bool isWatched() const { return memory_->isWatched; }
   void setAnswer(const std::string& answer) { copyTo(memory_->answer, answer); }
@@ -89,14 +93,14 @@ class StoppedCall {
 
   long number() const { return static_cast<long>(registers_.orig_rax); }
 
-  /// At its entry: no call is made.
-  void leaveOut() {
+  /// At the entry: suppresses the call.
+  void suppress() {
     registers_.orig_rax = std::numeric_limits<unsigned long long>::max();
     store();
   }
 
-  /// At its entry: a transfer of fewer bytes. One of several parts becomes one of the first part
-  /// that has any.
+  /// At the entry: reduces the number of bytes. A call for several buffers becomes one for the
+  /// first buffer that is not empty.
   void cutShort(Share share) {
     if (number() == SYS_writev || number() == SYS_readv) {
       unsigned long long part = registers_.rsi;
@@ -110,8 +114,8 @@ class StoppedCall {
     store();
   }
 
-  /// At its exit: what the caller sees. Its registers are those that it `entered` with, which it
-  /// counts on.
+  /// At the exit: returns `error` to the caller, unless it is 0. The caller expects the registers
+  /// with which it `entered`.
   void giveBack(const StoppedCall& entered, int error) {
     registers_.rsi = entered.registers_.rsi;
     registers_.rdx = entered.registers_.rdx;
@@ -130,69 +134,41 @@ class StoppedCall {
   user_regs_struct registers_{};
 };
 
-/// What a child does: it gives its answer.
+/// The work of a child. It returns its answer.
 using Work = std::function<std::string(Report&)>;
 
-/// A child that does the same work again and again, in which the test intervenes. It is forked
-/// anew only where the work ended it: forking is what takes the time.
+/// A child that repeats the same work while the test intervenes. It is forked again only if the
+/// work has ended it, because forking takes most of the time.
 class TracedChild {
  public:
   explicit TracedChild(Work work) : work_(std::move(work)) {}
-  ~TracedChild() {
-    if (child_ <= 0) return;
-    kill(child_, SIGKILL);
-    waitpid(child_, nullptr, 0);
-  }
-  TracedChild(const TracedChild&) = delete;
-  TracedChild& operator=(const TracedChild&) = delete;
 
-  /// Has the work done once. The first time fills caches: that of the time zone, those of a
-  /// sanitizer, which takes calls of its own for them.
+  /// Runs the work once. The first run also fills caches, such as that of the time zone and those
+  /// of sanitizers, by system calls of its own.
   Ended run(const Intervene& intervene) {
     report_.setAnswer("");
     report_.setText("");
+    if (!child_) child_.emplace([this] { repeatWork(); });
     Ended ended;
-    if (child_ <= 0 && !start()) {
-      ended.status = -1;
-      return ended;
-    }
     ended.status = follow(intervene);
-    if (WIFSTOPPED(ended.status)) {
-      ended.status = 0;
-    } else {
-      child_ = -1;
-    }
+    if (!child_->isTraced()) child_.reset();
     ended.answer = report_.answer();
     ended.text = report_.text();
     return ended;
   }
 
  private:
-  bool start() {
-    std::fflush(nullptr);  // what the child would write once more
-    child_ = fork();
-    if (child_ == 0) workForGood();
-    int status = 0;
-    if (child_ < 0 || waitpid(child_, &status, 0) != child_ || !WIFSTOPPED(status)) {
-      child_ = -1;
-      return false;
-    }
-    ptrace(PTRACE_SETOPTIONS, child_, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
-    return true;
-  }
-
-  /// In the child, which has ten seconds for each time.
-  [[noreturn]] void workForGood() {
+  /// Runs in the child. Each round takes ten seconds at most.
+  [[noreturn]] void repeatWork() {
     constexpr unsigned deadlineSeconds = 10;
-    if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(98);
     while (true) {
-      raise(SIGSTOP);
       alarm(deadlineSeconds);
-      forgetOutput();
+      discardOutput();
       report_.setAnswer(answer());
       alarm(0);
       while (wait(nullptr) > 0) {
       }
+      raise(SIGSTOP);
     }
   }
 
@@ -218,8 +194,8 @@ class TracedChild {
     Report& report_;
   };
 
-  /// Of the time before, which may have failed.
-  static void forgetOutput() {
+  /// Discards what a failed round left in the buffers, and the errors of the streams.
+  static void discardOutput() {
     __fpurge(stdout);
     std::clearerr(stdout);
     std::clearerr(stderr);
@@ -227,50 +203,52 @@ class TracedChild {
     std::cerr.clear();
   }
 
-  /// Follows the child until it has done its work, or has ended: its status as waitpid tells it.
+  /// Follows the child until the work returns or the child ends. Returns 0 or the child's status,
+  /// and -1 if there is no child.
   int follow(const Intervene& intervene) {
-    constexpr int callStop = SIGTRAP | 0x80;
-    bool isEntry = true;
+    if (!child_->isTraced()) return -1;
+    const pid_t id = child_->id();
+    StoppedCall entered(id);
     Intervention intervention;
-    StoppedCall entered(child_);
-    int status = 0;
-    for (long signal = 0; ptrace(PTRACE_SYSCALL, child_, nullptr, signal) == 0;) {
-      if (waitpid(child_, &status, 0) != child_ || !WIFSTOPPED(status)) break;
-      signal = 0;
-      if (WSTOPSIG(status) == SIGSTOP) break;
-      if (WSTOPSIG(status) != callStop) {
-        signal = WSTOPSIG(status);
-      } else if (!isEntry) {
-        if (intervention.error != 0 || intervention.share != Share::kAll) {
-          StoppedCall(child_).giveBack(entered, intervention.error);
-        }
-        isEntry = true;
-      } else {
-        isEntry = false;
-        intervention = Intervention();
-        if (!report_.isWatched()) continue;
-        entered = StoppedCall(child_);
-        intervention = intervene(entered.number());
-        StoppedCall changed = entered;
-        if (intervention.error != 0 && !intervention.isMade) changed.leaveOut();
-        if (intervention.share != Share::kAll) changed.cutShort(intervention.share);
+    while (true) {
+      switch (child_->next()) {
+        case Tracee::Stop::kEntry:
+          intervention = Intervention();
+          if (!report_.isWatched()) break;
+          entered = StoppedCall(id);
+          intervention = intervene(entered.number());
+          change(entered, intervention);
+          break;
+        case Tracee::Stop::kExit:
+          if (intervention.error != 0 || intervention.share != Share::kAll) {
+            StoppedCall(id).giveBack(entered, intervention.error);
+          }
+          break;
+        case Tracee::Stop::kPaused:
+          return 0;
+        case Tracee::Stop::kEnded:
+          return child_->status();
       }
     }
-    return status;
+  }
+
+  static void change(StoppedCall call, const Intervention& intervention) {
+    if (intervention.error != 0 && !intervention.isMade) call.suppress();
+    if (intervention.share != Share::kAll) call.cutShort(intervention.share);
   }
 
   const Work work_;
   Report report_;
-  pid_t child_ = -1;
+  std::optional<Tracee> child_;
 };
 
-/// Does `work` once in a child, intervening.
+/// Runs `work` once in a child while the test intervenes.
 inline Ended runTraced(const Work& work, const Intervene& intervene) {
   TracedChild child(work);
   return child.run(intervene);
 }
 
-/// Whether this machine lets a process trace its child, and change what it does.
+/// Returns whether this machine lets a process trace its child and change its system calls.
 inline bool canTrace() {
   const Ended ended =
       runTraced([](Report&) { return std::string(syscall(SYS_getppid) == -1 ? "changed" : "not"); },

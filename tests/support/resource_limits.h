@@ -1,0 +1,32 @@
+/// Limits on what this process may use.
+#ifndef RESOURCE_LIMITS_H
+#define RESOURCE_LIMITS_H
+
+#include <sys/resource.h>
+
+#include <csignal>
+#include <stdexcept>
+
+/// Lets this process have no descriptor from `most` on, for the lifetime of the object.
+class DescriptorLimit {
+ public:
+  explicit DescriptorLimit(rlim_t most) {
+    getrlimit(RLIMIT_NOFILE, &before_);
+    const rlimit limit = {most, before_.rlim_max};
+    if (setrlimit(RLIMIT_NOFILE, &limit) != 0) throw std::runtime_error("no limit of descriptors");
+  }
+  ~DescriptorLimit() { setrlimit(RLIMIT_NOFILE, &before_); }
+  DescriptorLimit(const DescriptorLimit&) = delete;
+  DescriptorLimit& operator=(const DescriptorLimit&) = delete;
+
+ private:
+  rlimit before_;
+};
+
+/// Makes writes behind the first `bytes` bytes of a file fail, for good. No signal is sent.
+inline bool limitFileSize(rlim_t bytes) {
+  const rlimit limit = {bytes, bytes};
+  return std::signal(SIGXFSZ, SIG_IGN) != SIG_ERR && setrlimit(RLIMIT_FSIZE, &limit) == 0;
+}
+
+#endif  // RESOURCE_LIMITS_H
