@@ -21,9 +21,9 @@ namespace zn_lib {
 /// Writes `text` up to its first NUL, as the stream writes a C string: width and fill apply.
 /// Returns `os`.
 ///
-/// Overload resolution prefers this function to the standard library's, which also writes NULs, in
-/// three cases: inside namespace zn_lib, for a `String` anywhere, and for every string in a host
-/// with `using namespace zn_lib`.
+/// The standard library's inserter writes NULs too. Overload resolution prefers this one in three
+/// cases: inside namespace zn_lib, for a `String` anywhere, and for every string in a host with
+/// `using namespace zn_lib`.
 ZN_UDF_API std::ostream& operator<<(std::ostream& os, std::string text);
 
 /// Sets the number base of a stream, and its flags `showbase` and `uppercase`.
@@ -38,7 +38,7 @@ ZN_UDF_API std::ostream& setHexadecimal(std::ostream& os);
 ZN_UDF_API std::ostream& setOctal(std::ostream& os);
 /// @}
 
-/// Holds a token. It can be used wherever a std::string can.
+/// Represents a token. It can be used wherever a std::string can.
 class ZN_UDF_API String : public std::string {
  public:
   String() = default;               ///< creates an empty text
@@ -78,17 +78,20 @@ class ZN_UDF_API Tokenizer {
   /// whole text is one token.
   ///
   /// A set of plain characters is searched in linear time, whatever the length of the text. A set
-  /// that contains any of `^ \ [ ]`, an inner hyphen or several hyphens runs on std::regex. If its
-  /// first "]" is followed by a repetition, as in "a]+b", it may exhaust the stack on long texts.
+  /// that contains any of `^ \ [ ]`, an inner hyphen or several hyphens runs on std::regex. If a
+  /// repetition follows its first "]", as in "a]+b", the search may exhaust the stack on long
+  /// texts.
   ///
-  /// Throws std::regex_error and leaves no tokens if the set is malformed, such as "z-a". Throws
-  /// the same if `delimiters` contains a "]", escaped or not, and is longer than 9,998 bytes.
+  /// Throws std::regex_error and leaves no tokens if the set is malformed, such as "z-a" and "[:".
+  /// The same happens if `delimiters` contains a "]", escaped or not, and is longer than 9,998
+  /// bytes.
   std::size_t split(const std::string& text, const std::string& delimiters);
 
   /// Splits `text` at each match of `pattern`, an ECMAScript regular expression, and returns the
   /// number of tokens.
   ///
   ///     splitMulti("one, two,three", ", ?")  ->  "one", "two", "three"
+  ///     splitMulti("abc", "")                ->  "", "a", "b", "c"
   ///
   /// A pattern of plain characters, such as ", ", is searched in linear time, whatever the length
   /// of the text. Every other pattern runs on std::regex. A pattern with repetitions may exhaust

@@ -7,15 +7,16 @@
 ///     zn_lib::julianToISO(julian)             ->  "2024-03-05 14:07:09"
 ///     zn_lib::julianToISO(julian + 86400000)  ->  "2024-03-06 14:07:09"
 ///
-/// A Julian value is a point in time: the milliseconds since Julian Day 0, noon of 1 January 4713
-/// BC. Zero means "no date". The calendar is Gregorian throughout, even before 1582. There are no
-/// time zones and no leap seconds.
+/// A Julian value is a point in time: the milliseconds since Julian Day 0, which began at noon of 1
+/// January 4713 BC in the Julian calendar. Zero means "no date". All functions except
+/// `dateToJulianDays` use the Gregorian calendar, even before 1582. There are no time zones and no
+/// leap seconds.
 ///
 /// One process-wide `date_time_set` controls how dates are read and written. It has no lock. Until
 /// a setter runs, all its fields are zero: the month comes first, the separators are NUL
 /// characters, and times are off. A program that wants "2024-03-05 14:07:09" calls
-/// `defaultDateTimeFormat` first. Functions that read the settings say so. While `useTime` is off,
-/// a date means noon of that day.
+/// `defaultDateTimeFormat` first. The comment of each function that reads the settings mentions
+/// them. While `useTime` is off, a date means noon of that day.
 ///
 /// Functions print nothing, throw only when memory runs out, and do not depend on the host's
 /// locale.
@@ -29,12 +30,12 @@
 
 namespace zn_lib {
 
-/// Holds a date and time, field by field. Any values may be stored; the ranges below are those of a
-/// valid record.
+/// Stores a date and time, field by field. Any values may be stored; the ranges below are those of
+/// a valid record.
 struct date_time_record {
   unsigned short day;     ///< 1 to 31
   unsigned short month;   ///< 1 to 12
-  unsigned short year;    ///< all digits, as in 2024; any value is valid
+  unsigned short year;    ///< the full year, as in 2024; any value is valid
   unsigned short hour;    ///< 0 to 23
   unsigned short minute;  ///< 0 to 59
   double second;          ///< below 60, with its fraction
@@ -54,7 +55,7 @@ enum MONTH_FORMAT : std::int32_t {
   MONTH_FULL_NAME    ///< March
 };
 
-/// Holds the settings for reading and writing dates.
+/// Stores the settings for reading and writing dates.
 struct date_time_set {
   DATE_FORMAT dateFormat;    ///< order of the date's fields
   MONTH_FORMAT monthFormat;  ///< form of the month
@@ -116,7 +117,8 @@ ZN_UDF_API void validDate(date_time_record& record);
 ZN_UDF_API unsigned short getMonthDays(unsigned short month);
 
 /// Returns the day of the year, 1 for 1 January. Nothing is checked: 40 March is day 31 + 28 + 40
-/// of a common year. A month above 12 counts as December, and the sum wraps at 65536.
+/// of a common year. Month 0 counts as January, and a month above 12 as December. The sum wraps at
+/// 65536.
 /// @{
 ZN_UDF_API unsigned short getDayOfYear(unsigned short day, unsigned short month,
                                        unsigned short year);
@@ -135,7 +137,7 @@ ZN_UDF_API unsigned short getAstronomicDay(date_time_record& record);
 /// `text`, in any case: 9 for "Sept", "SEP" and "Sepulchre".
 ///
 /// Returns 12, as for December, for all other texts: "07", "ma", "xyz" and the empty text. To
-/// distinguish them from December, compare the text with `getMonthName(12, true)`.
+/// distinguish them from December, check that the text begins with "dec", in any case.
 ZN_UDF_API unsigned short getMonthNumber(const std::string& text);
 
 /// Returns the English name, "March", or its first three letters, "Mar". Returns the empty text if
@@ -151,17 +153,17 @@ ZN_UDF_API std::string getMonthName(unsigned short month, bool shortName);
 /// o'clock of the next day, and hour -1 is an hour before midnight. Seconds are cut to
 /// milliseconds: 1.001 seconds become 1000 ms, since the double for 1.001 is slightly smaller.
 ///
-/// The date is checked with year, month and day each cut to 16 bits, but converted from the full
-/// values. A year above 65535 is therefore accepted if the cut year has that date. A negative year
-/// counts as the year after it.
+/// The check of the date cuts year, month and day to 16 bits each, but the conversion uses the full
+/// values. A year above 65535 is therefore accepted if the date exists in the cut year. A negative
+/// year is converted as the year after it: -1 means year 0.
 /// @{
 ZN_UDF_API unsigned long long dateToJulian(int year, int month, int day, int hour, int minute,
                                            double second);
 ZN_UDF_API unsigned long long dateToJulian(date_time_record& record);
 /// @}
 
-/// Returns the Julian value of an ISO 8601 text as `parseISOdate` reads it. Returns 0 for the empty
-/// text and for an impossible date.
+/// Returns the Julian value of an ISO 8601 text as `parseISOdate` reads it. The settings' `useTime`
+/// applies as above. Returns 0 for the empty text and for an impossible date.
 ///
 /// Any other text that is not a date reads as noon of 1 January of year 0, whose value is
 /// `148699584000000`, not 0.
@@ -171,11 +173,11 @@ ZN_UDF_API unsigned long long dateToJulian(const std::string& text);
 ///
 /// Every date of the years 1 to 65535 that `dateToJulian` converts comes back unchanged, with one
 /// exception: 1 March 300 comes back as 29 February 300. Years outside 0 to 65535 wrap: the value 0
-/// gives 24 November of the year 60823, which stands for -4713.
+/// yields 24 November of the year 60823, which represents -4713.
 ///
-/// With times on, converting the record back may yield a value that is one millisecond smaller,
-/// because `dateToJulian` cuts the seconds. About half of all values are affected, but no value
-/// with whole seconds. To get the same value back, add 0.0005 to `second` first.
+/// While `useTime` is on, converting the record back may yield a value that is one millisecond
+/// smaller, because `dateToJulian` cuts the seconds. About half of all values are affected, but no
+/// value with whole seconds. To get the same value back, add 0.0005 to `second` first.
 ZN_UDF_API date_time_record julianToDate(unsigned long long julian);
 
 /// Returns the Julian Date in days with fraction: 2451545.0 for 1 January 2000 at noon. The
@@ -198,8 +200,8 @@ ZN_UDF_API double dateToJulianDays(date_time_record record);
 ///     "2024-00-00"           ->  1 January 2024: a month or day of 0 counts as left out
 ///     "05/03/2024", "hello", "2024-03-05Z", ""  ->  1 January of year 0, 12:00:00
 ///
-/// Text in any other form, such as a date with fractions of seconds or a time zone, gives the date
-/// of the last line.
+/// Text in any other form, such as a date with fractions of seconds or a time zone, yields the
+/// result in the last line.
 ZN_UDF_API void parseISOdate(const std::string& text, date_time_record& record);
 
 /// Returns false if `text` is an ISO 8601 date with an impossible field, such as "2024-02-30" or an
@@ -219,7 +221,7 @@ ZN_UDF_API bool isValidISOdate(const std::string& text);
 ///
 ///     "5 March 2024"  ->  "2024-03-5"     (DAY_MONTH_YEAR, '-')
 ///     "2024-03-05"    ->  "05-03-2024"    (YEAR_MONTH_DAY: the third field is the year)
-///     "Dec 25, 2024"  ->  "-12-25 2024"   (MONTH_DAY_YEAR, times on: ", " holds an empty field)
+///     "Dec 25, 2024"  ->  "-12-25 2024"   (MONTH_DAY_YEAR, times on: ", " contains an empty field)
 ///
 /// Returns the empty text if there are fewer than three fields.
 ZN_UDF_API std::string dateToISO(const std::string& text);
@@ -247,15 +249,15 @@ ZN_UDF_API std::string formatJulianDate(unsigned long long julian);
 /// Formats decimal hours as hours and minutes: 7.5 is "07:30", 25.5 is "25:30".
 ///
 /// Minutes are cut, not rounded: 7.3 is "07:17", since 0.3 hours are slightly less than 18 minutes
-/// in binary. A million hours or more appear in scientific notation. NaN appears as "nan:nan", with
-/// the signs that a stream writes.
+/// in binary. A million hours or more appear in scientific notation. NaN is "nan:nan" and infinity
+/// is "inf:nan"; each part has the sign that a stream writes.
 ///
-/// Negative values give surprising results: their hours are cut toward zero, but their minutes
-/// count from the next lower hour, so -0.25 is "-0:45".
+/// The hours of a negative value are cut toward zero, but its minutes count from the next lower
+/// hour: -0.25 is "-0:45".
 ZN_UDF_API std::string hourFormat(double hours);
 
-// ---- Today, in the local time of the TZ variable. Both functions use the C library's shared
-// `localtime` record.
+// ---- Today, in local time, which the TZ variable determines. Both functions use the C library's
+// shared `localtime` record.
 
 /// Fills `record` with the current date and time, in whole seconds.
 ZN_UDF_API void getToday(date_time_record& record);

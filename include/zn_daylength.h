@@ -28,11 +28,12 @@ namespace zn_lib {
 ///
 /// These figures come from a comparison with PyEphem (VSOP87) for every day of the years 2000 to
 /// 2050 on the meridian of Greenwich. On the opposite meridian the date is half a day off, which
-/// changes them by up to 3 minutes at latitude 60. Beyond latitude 65, errors of more than 20
-/// minutes were seen close to polar day and polar night, and either may begin or end a day off.
+/// changes the day length by up to 3 minutes at latitude 60. Beyond latitude 65, errors of more
+/// than 20 minutes were seen close to polar day and polar night. The first and last days of polar
+/// day and night may be off by one.
 ///
-/// Angles are in radians, except `latitude`. Any values may be stored and computed with. Objects
-/// are independent of each other and of the date settings.
+/// Angles are in radians, except `latitude`. All functions accept any values. Objects are
+/// independent of each other and of the date settings.
 class ZN_UDF_API DayLength {
  public:
   /// Creates an object whose `dayLength` is a quiet NaN.
@@ -42,8 +43,8 @@ class ZN_UDF_API DayLength {
   /// Returns the number of days from 1 January 2000 to the civil day of `julian`, both at 12:00.
   ///
   /// The result is exact from March 1900 to February 2100. The formula counts every fourth year as
-  /// a leap year, so outside that range the count is off by one more day for each century year that
-  /// is not a leap year. Day lengths drift accordingly.
+  /// a leap year. Outside that range, each century year that is not a leap year adds an error of
+  /// one day, and day lengths drift accordingly.
   double FNday();
 
   /// Returns `angle` reduced to the range 0 to 2 pi, or NaN for an infinity.
@@ -60,7 +61,7 @@ class ZN_UDF_API DayLength {
   /// equinoxes because of refraction: 1.5894 at latitude 52, where the arc is 8.5 minutes longer
   /// than twelve hours.
   ///
-  /// The result is pi in polar day. It is not clamped in polar night, where it is NaN.
+  /// The result is clamped to pi in polar day. In polar night it is NaN.
   double hourAngle(double declination);
 
   /// Returns the day length in hours for `julian` and `latitude`, and stores it in `dayLength`.
@@ -72,8 +73,8 @@ class ZN_UDF_API DayLength {
   /// afterwards.
   ///
   /// The instants are milliseconds apart, not days: 1, 3, 6 ... ms after `julian`, or before it if
-  /// `count` is negative. Unless midnight falls among them, the result is the length of one day
-  /// times |`count`| + 1. For a sum over days, call `compute` for each day.
+  /// `count` is negative. Unless midnight falls among them, the result is (|`count`| + 1) times the
+  /// length of one day. For a sum over days, call `compute` for each day.
   ///
   /// The running time is proportional to `count`, up to some minutes for the largest int. The
   /// result is 0.0 for the most negative int.

@@ -1,12 +1,13 @@
 /// \file
-/// Changes into, creates, lists and copies directories.
+/// Creates, lists and copies directories, and changes the working directory.
 ///
 ///     std::vector<std::string> entries;
 ///     zn_lib::listDir("src", "\\.cpp$", true, entries);   // adds the names that end in ".cpp"
 ///     zn_lib::listDir("", "<dir>", true, entries);        // adds the subdirectories here
 ///
-/// The return value reports a failure. Listing and copying also report it through `errorMessage`,
-/// which prints in verbose mode only. Functions throw only when memory runs out.
+/// The return value reports a failure, but `copyDir` does not report failures of single files.
+/// Listing and copying also report a failure through `errorMessage`, which prints in verbose mode
+/// only. Functions throw only when memory runs out.
 #ifndef ZN_DIR_H
 #define ZN_DIR_H
 
@@ -52,7 +53,7 @@ ZN_UDF_API bool listDir(std::string dir, const std::string& filter, bool skipHid
 /// Files that exist in `target` are kept. Subdirectories are not entered: each becomes an empty
 /// file.
 ///
-/// Returns true once the copying was attempted, whatever the result for the single files. Returns
+/// Returns true once the copying was attempted, even if single files could not be copied. Returns
 /// false, with a message, if a name is empty, `source` does not exist, or `target` cannot be
 /// created. If `source` exists but cannot be listed, such as a plain file, the message is "Couldn't
 /// open the directory", and the result is true: `target` is created, and nothing is copied.

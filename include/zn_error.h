@@ -14,17 +14,18 @@
 ///     <ERROR><ID>2</ID><MESSAGE>Text of error two</MESSAGE></ERROR>
 ///     </ERRORS>
 ///
-/// Write the elements of one error directly after one another. Text after `</ID>` or `</MESSAGE>`,
-/// even a line break, replaces the number or the message, which then becomes 0 or empty. A catalog
-/// with a line for each element therefore reads as number 0 without a message.
+/// Write the elements of one error directly after one another. Text after `</ID>` replaces the
+/// number, and text after `</MESSAGE>` replaces the message. A line break there makes the number 0,
+/// or the message empty. A catalog with a line for each element is therefore read as number 0
+/// without a message.
 ///
 /// An error without a number or a message takes that of the previous error. A number beyond 32 bits
 /// keeps its lowest 32 bits on every machine: 4294967298 is 2. A number beyond 64 bits is -1, or 0
 /// if it is negative.
 ///
-/// The parser delivers a message in pieces, and only the last piece is kept, without its leading
-/// whitespace. A new piece starts at each reference, line break, comment and edge of a CDATA
-/// section, and at the end of each block in which the file is read:
+/// The parser delivers a message in pieces. It splits the message at each reference, line break,
+/// comment and edge of a CDATA section, and after each 8192 bytes of the file. Only the last piece
+/// is kept, without its leading whitespace:
 ///
 ///     Tom &amp; Jerry            ->  "Jerry"
 ///     Tom &amp;amp; Jerry        ->  "amp; Jerry"
@@ -92,8 +93,8 @@ ZN_UDF_API bool readErrorFile(std::string fileName,
 /// in `catalog` is added with an empty message, even in quiet mode.
 ZN_UDF_API void showErrorMessage(std::map<int, std::string, error_order>& catalog, int id);
 
-/// Prints all messages in the order of their numbers, between two lines of hyphens, through
-/// `display`.
+/// Prints a heading and all errors through `display`, in the order of their numbers and between two
+/// lines of hyphens.
 ZN_UDF_API void showErrorList(std::map<int, std::string, error_order>& catalog);
 
 /// Prints the C library's last error through `errorMessage`: "System error #2. No such file or

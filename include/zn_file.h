@@ -12,7 +12,8 @@
 /// string too if it takes the name by reference.
 ///
 /// The file operations use names as they are: they replace neither backslashes nor "~". They print
-/// no messages; the return value reports the outcome.
+/// no error messages. The return value reports the outcome, except for `fileCopy`, which returns
+/// true once the copy was attempted.
 ///
 /// Functions throw only when memory runs out.
 #ifndef ZN_FILE_H
@@ -24,14 +25,14 @@
 
 namespace zn_lib {
 
-/// Holds a file name in three parts. A moved-from object is empty.
+/// Stores a file name in three parts. A moved-from object is empty.
 struct name_of_file {
   std::string path;       ///< the directory with its "/", or empty
   std::string name;       ///< the base name, without directory and extension
   std::string extension;  ///< the last extension without its dot, or empty
 };
 
-/// Holds the name of a file in its parts. This is the base class of the file objects.
+/// Stores the name of a file in its parts. This is the base class of the file objects.
 class ZN_UDF_API FileName {
  public:
   virtual ~FileName();  ///< does nothing
@@ -43,8 +44,8 @@ class ZN_UDF_API FileName {
   ///
   /// "~" may therefore be replaced twice: the first one in the directory, and then the first one
   /// that is left anywhere in the name. "~/a~b/c" comes back as "/home/ada/a/home/adab/c", and the
-  /// backup name "data.cfg~" as "data.cfg/home/ada". If there is no directory, leading whitespace
-  /// is removed.
+  /// backup name "data.cfg~" as "data.cfg/home/ada". Leading whitespace of the whole name is
+  /// removed.
   std::string getFileName();
 
   /// The name that was set.
@@ -65,9 +66,9 @@ ZN_UDF_API void checkHomePath(std::string& name);
 
 /// Splits `name` into its directory, base name and last extension.
 ///
-/// Each backslash in `name` first becomes "/", in the caller's string too. The text is cut at the
-/// last dot first, even if that dot is in a directory name. The rest is then cut after its last
-/// slash. A dot or slash counts only if there is text on both sides of it:
+/// Each backslash in `name` first becomes "/", in the caller's string too. The text is then cut at
+/// its last dot, even if that dot is in a directory name. The part before the dot is cut after its
+/// last slash. A dot or slash counts only if there is text on both sides of it:
 ///
 ///     splitFileName("src/zn_str.cpp")  ->  "src/", "zn_str",  "cpp"
 ///     splitFileName("dir.d/file")      ->  "",     "dir",     "d/file"
@@ -99,8 +100,8 @@ ZN_UDF_API std::string createFileName(std::string dir, const std::string& name,
 /// Returns false and changes nothing in these cases:
 ///
 /// - `source` does not exist;
-/// - `target` exists, and `overwrite` is false or it cannot be removed;
-/// - a disk error prevents the check.
+/// - `target` exists, and `overwrite` is false or `target` cannot be removed;
+/// - a disk error prevents the search for `target`.
 ///
 /// Returns true once the copy was attempted, even if the target cannot be created or the disk is
 /// full. Check the target where it matters. Copying a file onto itself with `overwrite` leaves it
@@ -108,28 +109,27 @@ ZN_UDF_API std::string createFileName(std::string dir, const std::string& name,
 ZN_UDF_API bool fileCopy(const std::string& source, const std::string& target, bool overwrite);
 
 /// Renames a file and returns true on success. If `overwrite` is true, an existing `newName` is
-/// removed first; it is lost if the renaming then fails. Renaming a file onto itself with
+/// removed first, and is lost if the renaming then fails. Renaming a file onto itself with
 /// `overwrite` therefore deletes it.
 ///
 /// Returns false and changes nothing in these cases:
 ///
 /// - `oldName` does not exist;
-/// - `newName` exists, and `overwrite` is false or it cannot be removed;
-/// - a disk error prevents the check.
+/// - `newName` exists, and `overwrite` is false or `newName` cannot be removed;
+/// - a disk error prevents the search for `newName`.
 ZN_UDF_API bool fileRename(const std::string& oldName, const std::string& newName, bool overwrite);
 
-/// Moves the file to its backup name, `name` followed by "~", and replaces an earlier backup. It
-/// moves the file rather than copying it: afterwards there is no file called `name`. Returns true
-/// on success.
+/// Moves the file to its backup name, `name` followed by "~", and replaces an earlier backup.
+/// Afterwards there is no file called `name`. Returns true on success.
 ZN_UDF_API bool createBackup(const std::string& name);
 
 /// Prints the bytes of a file in rows of `width`, in hexadecimal and as ASCII characters. Returns
 /// false and prints nothing if the file cannot be opened.
 ///
-/// The header goes to standard output, whatever the verbose flag. The rows go through `display`. In
-/// quiet mode there are no rows and the file is not read.
+/// The header is written to standard output, whatever the verbose flag. The rows are written with
+/// `display`. In quiet mode there are no rows and the file is not read.
 ///
-/// The end of the file is printed as one more byte, "ffffffff"; so is a failed read. If that entry
+/// The end of the file is printed as one more entry, "ffffffff"; so is a failed read. If that entry
 /// leaves its row incomplete, the characters of the row are not printed:
 ///
 ///      0  1  2  3   0123
@@ -138,7 +138,7 @@ ZN_UDF_API bool createBackup(const std::string& name);
 ///     6f ffffffff
 ///
 /// If the entry completes its row, it appears as "." among the characters. A `width` below 1 leaves
-/// the header without columns and gives each byte a row of its own.
+/// the header without columns and prints one byte in each row.
 ZN_UDF_API bool hexDump(const std::string& name, int width);
 
 }  // namespace zn_lib

@@ -4,7 +4,7 @@
 ///     zn_lib::IPv4 address;
 ///     address.set("10.20.0.0")   ->  true
 ///     address.getLevel()         ->  1
-///     address.set("127.0.0.1")   ->  false: see below
+///     address.set("127.0.0.1")   ->  false, since only the digits 0 to 5 are accepted
 #ifndef ZN_IP_H
 #define ZN_IP_H
 
@@ -16,9 +16,9 @@
 
 namespace zn_lib {
 
-/// Holds an IPv4 address. A new object is 0.0.0.0. The `set` functions keep both fields consistent.
-/// A host that writes one field itself updates the other with `binaryToBlocks` or `blocksToBinary`.
-/// Prints nothing.
+/// Represents an IPv4 address. A new object is 0.0.0.0. The `set` functions keep both fields
+/// consistent. A host that writes one field itself updates the other with `binaryToBlocks` or
+/// `blocksToBinary`. Prints nothing.
 class ZN_UDF_API IPv4 {
  public:
   unsigned int binary = 0;       ///< in network byte order, as in `in_addr`
@@ -42,8 +42,8 @@ class ZN_UDF_API IPv4 {
   /// Sets `blocks` to the first four dotted parts of `text`. Each part is read by `std::stoi` and
   /// cut to its low 8 bits. Missing parts are 0. `binary` is unchanged.
   ///
-  /// Throws std::invalid_argument if a part is not a number, and std::out_of_range if it does not
-  /// fit in an int. The blocks before that part are then set, and the others are 0.
+  /// Throws std::invalid_argument if a part is empty or not a number, and std::out_of_range if it
+  /// does not fit in an int. The blocks before that part are then set, and the others are 0.
   void textToBlocks(const std::string& text);
 
   /// Sets `blocks` to the bytes of `value`, which is in network byte order. `binary` is unchanged.
@@ -60,7 +60,7 @@ class ZN_UDF_API IPv4 {
   int getLevel() const;
 };
 
-/// Holds an IPv6 address. A new object is "::". Prints nothing.
+/// Represents an IPv6 address. A new object is "::". Prints nothing.
 class ZN_UDF_API IPv6 {
  public:
   in6_addr binary = {};  ///< 16 bytes in network byte order

@@ -24,17 +24,17 @@ namespace zn_lib {
 /// degrees in the sun's longitude. `phaseAngle` passes 0 and 180 within 36 minutes of every new and
 /// full moon.
 ///
-/// Angles are in degrees. `days` may have any value: NaN, an infinity, or a value so large that the
-/// model overflows gives NaN angles and phase 0. Objects are independent of each other. Nothing is
-/// printed or thrown.
+/// Angles are in degrees. `days` may have any value. If it is NaN, infinite or so large that the
+/// model overflows, the angles and `illuminated` are NaN and the phase is 0. Objects are
+/// independent of each other. Nothing is printed or thrown.
 class ZN_UDF_API MoonPhase {
  public:
   /// The days since 0:00 of 31 December 1979, which is Julian Date 2444238.5; set by the host.
   double days = 0.0;
 
   /// The moon's longitude minus the sun's, 0 to 360; written by `compute`. Close to a new moon it
-  /// may leave that range by a few degrees on either side, since only negative values are
-  /// corrected, by adding 360 once.
+  /// may leave that range by a few degrees on either side: the only correction is to add 360 once
+  /// to a negative value.
   double phaseAngle = 0.0;
 
   /// The lit fraction of the disc, 0.0 (new) to 1.0 (full); written by `compute`.

@@ -5,7 +5,7 @@
 ///     zn_lib::message("3 files copied");   // standard output: 3 files copied
 ///     zn_lib::errorMessage("disk full");   // standard error:  ERROR: disk full
 ///
-/// One process-wide flag decides whether the library's own messages appear, error messages
+/// One process-wide flag decides whether messages appear, the library's own and error messages
 /// included. It is off by default. It has no lock, so set it once, at the start. Texts end at their
 /// first NUL. "As a line" means with a newline and a flush of the stream.
 #ifndef ZN_OUTPUT_H
@@ -43,7 +43,7 @@ ZN_UDF_API void debugMessage(const std::string& text);
 ZN_UDF_API void processTitle(const std::string& text);
 
 // All prompts ignore the verbose flag. Each one flushes `std::cout` and reads one line with
-// libedit's `readline`. At a terminal, libedit shows the prompt and lets the user edit the line.
+// libedit's `readline`. At a terminal, libedit shows the prompt, and the user can edit the line.
 // Elsewhere it only reads the line. Only the first character of the answer counts, and it is not
 // trimmed. The end of input and a failed read count as an empty answer.
 //
@@ -54,13 +54,13 @@ ZN_UDF_API void processTitle(const std::string& text);
 // that the current locale cannot decode is written unchanged, and only at a terminal.
 //
 // Redirected input: libedit checks only at the first prompt whether standard input is a terminal.
-// If it was one, and standard input is redirected from a file or pipe afterwards, prompts read
-// nothing and get an empty answer. If it was not, prompts read their line but are never shown.
+// If it is, and standard input is redirected from a file or pipe later, the later prompts read
+// nothing and get an empty answer. If it is not, all prompts read their line but are never shown.
 //
 // `std::cin`: prompts read from the descriptor and never change the state of `std::cin`. They miss
-// what `std::cin` has already buffered: after `std::getline` on a pipe, the next prompt may meet
-// the end of input at once. A host that uses both calls `std::setvbuf(stdin, nullptr, _IONBF, 0)`
-// before its first read, and leaves `std::cin` synchronized with the C library.
+// input that `std::cin` has already buffered: after `std::getline` on a pipe, the next prompt may
+// meet the end of input at once. If you use both, call `std::setvbuf(stdin, nullptr, _IONBF, 0)`
+// before the first read, and leave `std::cin` synchronized with the C library.
 //
 // Signals: at a terminal, libedit catches SIGINT, SIGQUIT, SIGTERM, SIGHUP and SIGTSTP. It resets
 // the terminal and sends the signal again to the whole process group, so the other processes of the
@@ -73,8 +73,8 @@ ZN_UDF_API void processTitle(const std::string& text);
 ZN_UDF_API void pauseKey();
 
 /// Asks "Press Q to quit, any other key to continue ". Returns false if the answer begins with q or
-/// Q, and true otherwise. An empty answer is also true, so `while (more())` goes on at the end of
-/// input.
+/// Q, and true otherwise. An empty answer is also true, so `while (more())` continues at the end
+/// of input.
 ZN_UDF_API bool more();
 
 /// Asks `prompt`, exactly as given. Returns true if the answer begins with y or Y, and false

@@ -23,9 +23,9 @@
 
 namespace zn_lib {
 
-/// Provides the base class of event handlers that fill a map. It is a value: its whole state is its
-/// three members, which a host may set, clear, copy or swap between events. `ConfigEvent` uses all
-/// three. `ErrorEvent` uses only `data` and adds members of its own.
+/// Provides the base class of event handlers that fill a map. A handler is a value: its whole state
+/// is its three members, which a host may set, clear, copy or swap between events. `ConfigEvent`
+/// uses all three. `ErrorEvent` uses only `data` and adds members of its own.
 ///
 /// A handler that `ReadXml` owns may throw from its callbacks. A handler that a host passes
 /// directly to an `XMLParser` must not throw, not even when memory runs out.
@@ -102,7 +102,7 @@ class ExceptionBarrier final : public XMLEvtHandler {
 template <class Event>
 class ZN_UDF_API ReadXml : public ReadFile {
  public:
-  /// The event handler, which holds the data after `parseFile`. The reader deletes it.
+  /// The event handler, which contains the data after `parseFile`. The reader deletes it.
   Event* event;
 
   /// Creates a reader without a file name, and its event handler.

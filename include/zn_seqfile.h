@@ -15,14 +15,14 @@ namespace zn_lib {
 
 /// Turns `name` into directory + base + "-1." + extension, with "/" for each backslash.
 ///
-/// The number is always 1, even if that file exists, so check for the file. A "-" at the end of the
-/// base is dropped first, and so are digits after it: "report-7.txt" becomes "report-1.txt". The
-/// dot is written even if there is no extension: "notes" becomes "notes-1.".
+/// The number is always 1, even if that file exists, so check for the file. A "-" with any digits
+/// after it is first dropped from the end of the base: "report-7.txt" and "report-.txt" become
+/// "report-1.txt". The dot is written even if there is no extension: "notes" becomes "notes-1.".
 ///
 /// The base may come from another file. The function lists the directory with the base as the
-/// filter of `listDir`: a regular expression that is searched anywhere in the names. The last
-/// listed name without a number then replaces the base. If the directory lists "run.log" and then
-/// "rerun.log", "run.log" becomes "rerun-1.log". The order is the system's. If `name` has no
+/// filter of `listDir`: a regular expression that is searched anywhere in the names. The stem of
+/// the last listed name that has no number replaces the base. If the listing contains "run.log" and
+/// then "rerun.log", "run.log" becomes "rerun-1.log". The order is the system's. If `name` has no
 /// directory, the working directory is listed. A "~" in the directory is expanded for the listing
 /// only. The base "<dir>" selects subdirectories, as it does for `listDir`.
 ///

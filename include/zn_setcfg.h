@@ -41,10 +41,11 @@ bool map_key<T>::operator()(T a, T b) const {
 
 extern template struct map_key<std::string>;
 
-/// Holds one setting. `type` and `describe` are labels that the store keeps but does not interpret.
+/// Stores one setting. `type` and `describe` are labels that the store keeps but does not
+/// interpret.
 class ZN_UDF_API ConfigElement {
  public:
-  /// Creates an empty value of the type "TEXT".
+  /// Creates an empty setting of the type "TEXT".
   ConfigElement();
 
   std::string value;     ///< the value of the setting
@@ -57,7 +58,7 @@ using config_map = std::map<std::string, ConfigElement, map_key<std::string>>;
 
 extern template class XmlEvent<config_map>;
 
-/// Fills a map of settings while a file is parsed. It is a value: its whole state is `data`,
+/// Fills a map of settings while a file is parsed. A handler is a value: its whole state is `data`,
 /// `element` and `lastElement`, which a host may change between events.
 ///
 /// Every element with attributes or text is a setting, at any depth, unless it is called
@@ -90,7 +91,7 @@ class ZN_UDF_API Configuration {
   /// Creates an empty store of the type "SYSTEM" for the file "config.xml". Reads nothing.
   Configuration();
 
-  /// Creates an empty store of the given type for the file `name` with the extension "cfg". Reads
+  /// Creates an empty store of the type `type` for the file `name` with the extension "cfg". Reads
   /// nothing.
   Configuration(const std::string& type, const std::string& name);
 
@@ -110,15 +111,15 @@ class ZN_UDF_API Configuration {
 
   /// Stores `value` under `key`. A new key gets the type "TEXT" and itself as description; an
   /// existing key keeps its type and description. A key with whitespace around it counts as new, so
-  /// it overwrites type and description of the trimmed key.
+  /// the call overwrites the type and description of the trimmed key.
   void set(const std::string& key, const std::string& value);
 
   /// Stores a setting under `key`. Note the order: the type comes before the value.
   void set(const std::string& key, const std::string& type, const std::string& value,
            const std::string& describe);
 
-  /// Returns a copy of the setting under the trimmed `key`. Returns a new, empty element if there
-  /// is none.
+  /// Returns a copy of the setting under the trimmed `key`. Returns an empty setting of the type
+  /// "TEXT" if there is none.
   ConfigElement get(const std::string& key);
 
   /// Removes leading and trailing whitespace from `key`, and nothing else.
@@ -135,19 +136,22 @@ class ZN_UDF_API Configuration {
   /// store and `changed` are then as they were. A failed write, such as on a full disk, is not
   /// reported: the result is true.
   ///
-  /// The new text is written to a file beside the old one, synced to the disk, and renamed. At
-  /// every moment the file holds either the old settings or the new ones as a whole, even after a
-  /// kill, a power cut or a failed write. The next save removes the file that a killed save left
-  /// behind, if it may. If the old file cannot get a second name, it is moved to the backup before
-  /// the renaming; a kill in between leaves only the backup.
+  /// The new text is written to a temporary file in the same directory, synced to the disk, and
+  /// renamed. At every moment the file contains either the old settings or the new ones as a whole,
+  /// even after a kill, a power cut or a failed write. The next save removes the temporary file of
+  /// a killed save, if permissions allow.
   ///
-  /// In the following cases `save` writes the file in place, after it has moved the old one to the
-  /// backup if it can. A kill or a full disk may then leave part of the text:
+  /// Before the renaming, the backup is created as a hard link to the old file. Where hard links
+  /// are not possible, the old file is moved to the backup instead; a kill before the renaming then
+  /// leaves only the backup.
   ///
-  /// - the file is a link, a device or a mount point;
+  /// In the following cases `save` writes the file in place. If `backup` is set, it first tries to
+  /// move the old file to the backup. A kill or a full disk may leave part of the text:
+  ///
+  /// - the file is a symbolic link, a device or a mount point;
   /// - it belongs to another user and is in a sticky directory;
   /// - its directory accepts no new files, or is append-only;
-  /// - its name is longer than 220 bytes.
+  /// - its name is longer than about 220 bytes.
   ///
   /// The new file has the permissions of the one that it replaces, and its owner and group if the
   /// process may set them. A file that did not exist gets the default permissions.

@@ -26,7 +26,7 @@ namespace zn_lib {
 ///     Problem executing command          the status of the shell is not available
 ///
 /// The result is always false in a process that ignores SIGCHLD, since the system then reaps the
-/// shell itself.
+/// shell itself. With glibc, the command does not run in such a process.
 ///
 /// The shell shares the host's standard streams, so flush any output that must precede the
 /// command's. While the command runs, the host ignores SIGINT and SIGQUIT and blocks SIGCHLD.

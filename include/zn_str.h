@@ -62,14 +62,14 @@ ZN_UDF_API bool stringToBool(const std::string& text);
 ///     stringToDouble("  2e3x")  ->  2000
 ///     stringToDouble("1,5")     ->  1
 ///
-/// Returns a quiet NaN if there is no number, or if the number is too large or too small for a
-/// double. The decimal point is that of the current C locale (`setlocale`): in a host that set a
-/// decimal comma, "1,5" is 1.5 and "1.5" is 1.
+/// Returns a quiet NaN if there is no number, or if `std::stod` reports the number as out of range,
+/// as it does for "1e400" and "1e-310". The decimal point is that of the current C locale
+/// (`setlocale`): in a host that set a decimal comma, "1,5" is 1.5 and "1.5" is 1.
 ZN_UDF_API double stringToDouble(const std::string& text);
 
-/// Returns true if the whole text is a number. It consists of an optional "-", digits, an optional
-/// fraction and an optional exponent. One comma may follow each digit before the fraction. The
-/// exponent must have a sign.
+/// Returns true if the whole text is a number: an optional "-", digits, an optional fraction and an
+/// optional exponent. One comma may follow each digit before the fraction. The exponent must have a
+/// sign.
 ///
 ///     isNumber("-1,234.56")  ->  true         isNumber("+1")    ->  false
 ///     isNumber("1e-7")       ->  true         isNumber("1e7")   ->  false   (no sign)
@@ -86,7 +86,7 @@ ZN_UDF_API bool isNumber(const std::string& text);
 ///
 ///     percentString(1, 3, 2)  ->  "33.33%"
 ///
-/// A negative `decimals` counts as 6. A `whole` of zero gives "inf%" or "-inf%". If `part` is zero
+/// A negative `decimals` counts as 6. A `whole` of zero yields "inf%" or "-inf%". If `part` is zero
 /// too, the result is a NaN whose sign depends on the processor: "nan%" or "-nan%".
 ZN_UDF_API std::string percentString(double part, double whole, int decimals);
 

@@ -70,8 +70,8 @@ class ZN_UDF_API XMLEvtHandler {
   virtual void OnStartCdataSection();  ///< receives `<![CDATA[`, before its text
   virtual void OnEndCdataSection();    ///< receives `]]>`
 
-  /// Receives whatever no other active callback takes: `length` bytes of the document, not
-  /// NUL-terminated.
+  /// Receives the parts of the document for which no other callback is switched on: `length` bytes,
+  /// not NUL-terminated.
   virtual void OnDefault(const XML_Char* text, int length);
 
   /// Receives the name of an encoding that expat does not know. Fills `encoding` and returns true,
@@ -122,8 +122,8 @@ class ZN_UDF_API XMLParser {
   /// create one.
   ///
   /// `encoding` overrides the document's own encoding; null or "" does not. An encoding that expat
-  /// does not know becomes an error only in parsing. If `separator` is given, names are reported as
-  /// namespace URI and local name with the first character of `separator` in between. Null or ""
+  /// does not know causes an error only during parsing. If `separator` is given, names are reported
+  /// as namespace URI and local name with the first character of `separator` in between. Null or ""
   /// turns namespaces off.
   ///
   /// Calls the handler's `OnPostCreate`, and only then makes the handler expat's user data. Events
@@ -175,8 +175,8 @@ class ZN_UDF_API XMLParser {
   void EnableCdataSectionHandler(bool enable);
   /// @}
 
-  /// Switches `OnDefault` on or off. If `expand` is true, references to internal entities are
-  /// replaced by their text, as they are before the first call. If `expand` is false, a reference
+  /// Switches `OnDefault` on or off. If `expand` is true, which is also the initial state,
+  /// references to internal entities are replaced by their text. If `expand` is false, a reference
   /// is passed to `OnDefault` as it is written; it is dropped if `enable` is false too.
   void EnableDefaultHandler(bool enable, bool expand);
 
@@ -226,7 +226,7 @@ class ZN_UDF_API XMLParser {
   /// for an entity called e. Outside a callback it is 0.
   int GetCurrentByteCount() const;
 
-  /// Returns the input that expat currently holds, `*size` bytes, and sets `*offset` to the
+  /// Returns expat's input buffer, sets `*size` to its length in bytes, and sets `*offset` to the
   /// position of the parser in it. Use it inside a callback. Returns null and sets neither if there
   /// is no input, as before the first `Parse`.
   const char* GetInputContext(int* offset, int* size) const;
@@ -252,8 +252,8 @@ ZN_UDF_API void XMLCALL StartCdataSectionHandler(void* handler);
 ZN_UDF_API void XMLCALL EndCdataSectionHandler(void* handler);
 ZN_UDF_API void XMLCALL DefaultHandler(void* handler, const XML_Char* text, int length);
 
-/// Calls `OnUnknownEncoding`. Returns XML_STATUS_OK (1) if that is true, and XML_STATUS_ERROR (0)
-/// if it is false or `handler` is null.
+/// Calls `OnUnknownEncoding`. Returns XML_STATUS_OK (1) if the callback returns true, and
+/// XML_STATUS_ERROR (0) if it returns false or `handler` is null.
 ZN_UDF_API int XMLCALL UnknownEncodingHandler(void* handler, const XML_Char* name,
                                               XML_Encoding* encoding);
 
