@@ -71,7 +71,7 @@ WHO = {
 
 
 def plain_name(who):
-    """The common spelling of the second part of a row's name."""
+    """Returns the common spelling of an implementation, the second part of a row's name."""
     who = who.removeprefix(LIMIT)
     return WHO.get(who) or re.sub("^(absl|std)_", r"\1::", who)
 
@@ -136,7 +136,7 @@ def run_all(programs, sections, options):
 
 
 class Measured:
-    """The median time of each row in nanoseconds, and its counters."""
+    """Holds the median time of each row in nanoseconds, and its counters."""
 
     def __init__(self, results):
         times, self.counters, self.orders = {}, {}, {}
@@ -308,10 +308,11 @@ def summary_text(by_program, sections, measured):
     for row in (row for row in aims if row[-1] == "**no**"):
         missed.setdefault(row[0], []).append(row[1])
     missed = [f"{words} ({', '.join(peers)})" for words, peers in missed.items()]
-    lines = [aims_met(aims) + (f" Missed aims: {'; '.join(missed)}." if missed else ""),
+    misses = f" It misses these, with the peer in parentheses: {'; '.join(missed)}." if missed else ""
+    lines = [aims_met(aims) + misses,
              f"The library is faster than the fastest peer in {faster} of {len(ratios)} comparisons, "
              f"slower in {slower}, and within {100 * SIMILAR:.0f} % of it in {len(ratios) - faster - slower}.",
-             f"The largest ratios of our time to the fastest peer's: {'; '.join(slowest)}."]
+             f"The largest ratios of our time to the fastest peer's are: {'; '.join(slowest)}."]
     start, empty = measured.time("startup", OURS), measured.time("startup", "empty_library")
     if start and empty:
         lines.append(f"An empty program that links the library takes {time_text(start)} from exec to exit, "
@@ -320,7 +321,8 @@ def summary_text(by_program, sections, measured):
     lines.append(f"Peak memory is {min(peaks):.2f} to {max(peaks):.2f} times the memory of the result alone.")
     powers = [power for _, power in exponents(by_program, measured)]
     lines.append(f"The exponents of growth at large sizes lie between {min(powers):.2f} and {max(powers):.2f}, "
-                 f"where 1 is linear. The exponent of copying text is {exponent(measured.points('growth_copy')):.2f}.")
+                 "where 1 is linear. "
+                 f"Plain copying of text has the exponent {exponent(measured.points('growth_copy')):.2f}.")
     return bullets(lines)
 
 
@@ -347,7 +349,7 @@ def peak_of(row, who, measured):
 
 
 def result_alone(row, measured):
-    """Returns who holds the result of the row and nothing else."""
+    """Returns the implementation that holds the result of the row and nothing else."""
     return next(who for (what, who, _) in measured.counters if what == row.name and who.startswith(LIMIT))
 
 
@@ -402,7 +404,7 @@ def growth_text(by_program, measured):
                      time_text(points[-1][1]), f"{points[-1][1] / points[-1][0]:.2f} ns",
                      measured.orders.get(row.name, ""), f"{exponent(points):.2f}"])
     named = (f"Superlinear at large sizes: {', '.join(steep) or 'nothing'}. "
-             f"The exponent of copying text is {exponent(measured.points('growth_copy')):.2f}.")
+             f"Plain copying of text has the exponent {exponent(measured.points('growth_copy')):.2f}.")
     return table(["Work", "Sizes", "Time, smallest", "Time, largest", "Per unit, largest", "Best fit", "Exponent"],
                  rows) + "\n\n" + textwrap.fill(named, WIDTH)
 
