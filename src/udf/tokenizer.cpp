@@ -24,8 +24,8 @@ std::ostream& setBase(std::ostream& os, std::ios_base::fmtflags base) {
   return os;
 }
 
-/// Returns true if a bracket expression around `delimiters` holds exactly these characters. Not all
-/// such sets are recognised.
+/// Returns true only if a bracket expression of `delimiters` matches exactly these characters. Does
+/// not recognise all such sets.
 bool isPlainSet(const std::string& delimiters) {
   if (delimiters.find_first_of("^\\[]") != std::string::npos) return false;
   const std::size_t hyphen = delimiters.find('-');
@@ -64,7 +64,7 @@ Tokens splitAtCharacters(const std::string& text, const std::string& delimiters)
 Tokens splitAtCharacter(const std::string& text, char delimiter) {
   Tokens tokens;
   tokens.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), delimiter)) + 1);
-  const std::string_view view = text;  // its search is compiled inline, that of a string is not
+  const std::string_view view = text;  // its find is inlined, unlike that of a string
   appendTokens(tokens, text, 1, [&](std::size_t start) { return view.find(delimiter, start); });
   return tokens;
 }
@@ -77,7 +77,7 @@ Tokens splitAtText(const std::string& text, const std::string& delimiter) {
 }
 
 Tokens splitAtMatches(const std::string& text, const std::string& pattern) {
-  // libc++'s token iterator loses the text before an empty match.
+  // The token iterator of libc++ loses the text before an empty match, so the tokens are cut here.
   const internal::Pattern delimiter = internal::compilePattern(pattern);
   Tokens tokens;
   auto start = text.begin();
@@ -109,7 +109,7 @@ Tokenizer::Tokenizer() = default;
 Tokenizer::Tokenizer(const std::string& text, std::string delimiters) { split(text, delimiters); }
 
 std::size_t Tokenizer::split(const std::string& text, const std::string& delimiters) {
-  // The old tokens are gone even if the split throws. They live to the end of the call, since the
+  // No old tokens are left even if the split throws. They live until the end of the call, since the
   // arguments may be among them.
   Tokens old;
   old.swap(tokens);

@@ -27,7 +27,7 @@ constexpr int kMillisecondsPerMinute = 60000;
 constexpr int kSecondsPerHour = 3600;
 constexpr int kSecondsPerMinute = 60;
 
-/// All zero until a host sets it.
+/// The process-wide date settings, all zero until a host sets them.
 date_time_set date_set;
 
 constexpr char months[kMonthsPerYear][10] = {"january",   "february", "march",    "april",
@@ -46,11 +46,11 @@ constexpr unsigned short to16Bits(int value) { return static_cast<unsigned short
 
 constexpr std::size_t kYearDigits = 4;
 
-/// The digits of an ISO 8601 text in its own order, year first. A part that is left out is empty.
+/// The digits of an ISO 8601 text's fields, from year to second. A field that is left out is empty.
 using IsoFields = std::array<std::string_view, 6>;
 
-/// Takes `count` digits off the start of `text`. Returns an empty text, and takes nothing, if there
-/// are fewer.
+/// Removes `count` digits from the start of `text` and returns them. If there are fewer, returns an
+/// empty text and removes nothing.
 template <std::size_t count>
 std::string_view takeDigits(std::string_view& text) {
   if (text.size() < count) return {};
@@ -62,9 +62,9 @@ std::string_view takeDigits(std::string_view& text) {
   return digits;
 }
 
-/// Mirrors `isoDateTime`: a year, and five more parts of two digits, each of which may be missing,
-/// as may the separator before it. Each part is taken where it first may stand: the expression
-/// cannot match otherwise, since each separator belongs to certain parts and digits come in pairs.
+/// Recognises the form `isoDateTime`: a year, then five fields of two digits. Each field may be
+/// missing, and so may the separator before it. The scan assigns each pair of digits to the first
+/// field that fits. No other assignment can match, since each separator belongs to certain fields.
 std::optional<IsoFields> scanIsoDateTime(std::string_view text) {
   constexpr std::string_view separators = "--T::";
   IsoFields fields = {takeDigits<kYearDigits>(text)};
@@ -79,7 +79,7 @@ std::optional<IsoFields> scanIsoDateTime(std::string_view text) {
   return text.empty() ? std::optional(fields) : std::nullopt;
 }
 
-/// Returns the parts of an ISO 8601 text, all of which are empty if the text does not match.
+/// Returns the fields of an ISO 8601 text. All are empty if the text does not have this form.
 IsoFields readISO(const std::string& text) {
   const std::optional<IsoFields> match = scanIsoDateTime(text);
   const IsoFields fields = match.value_or(IsoFields());
@@ -141,7 +141,7 @@ std::string monthText(unsigned short month, MONTH_FORMAT format) {
   return number;
 }
 
-/// Returns the order of a date's parts, with the first letter of each.
+/// Returns the order of a date's fields as a text of their first letters.
 constexpr std::string_view orderOf(DATE_FORMAT format) {
   if (format == DAY_MONTH_YEAR) return "dmy";
   if (format == MONTH_DAY_YEAR) return "mdy";
@@ -207,7 +207,7 @@ void validDate(date_time_record& record) {
   if (record.month == 0) record.month = 1;
   if (record.month > kMonthsPerYear) record.month = to16Bits(record.month % kMonthsPerYear);
   if (record.day == 0) record.day = 1;
-  // A month that became 0 by the remainder is as long as the longest.
+  // A month that became 0 as a remainder has as many days as the longest month.
   unsigned short last = record.month == 0 ? kLongMonth : getMonthDays(record.month);
   if (record.month == kFebruary && !isLeapYear(record.year)) last = 28;
   record.day = std::min(record.day, last);
@@ -221,7 +221,7 @@ unsigned short getMonthDays(unsigned short month) {
 
 unsigned short getDayOfYear(unsigned short day, unsigned short month, unsigned short year) {
   int sum = day;
-  // December and the months that do not exist add nothing.
+  // A month above 12 counts as December.
   for (unsigned short past = 1; past < std::min<unsigned short>(month, kDecember); ++past) {
     sum += getMonthDays(past);
   }
@@ -262,7 +262,7 @@ std::string getMonthName(unsigned short month, bool shortName) {
 
 unsigned long long dateToJulian(int year, int month, int day, int hour, int minute, double second) {
   if (!isValidDate(to16Bits(day), to16Bits(month), to16Bits(year))) return 0;
-  // 64 bits hold the products of every int.
+  // With 64 bits, the products do not overflow for any int.
   std::int64_t y = year < 0 ? year + 1 : year;
   std::int64_t m = month;
   if (m < 3) {
@@ -277,7 +277,7 @@ unsigned long long dateToJulian(int year, int month, int day, int hour, int minu
   const double midnight =
       (static_cast<double>(days) - 1524.5) * static_cast<double>(kMillisecondsPerDay);
   if (!date_set.useTime) return internal::truncateToUnsigned64(midnight) + kMillisecondsPerHalfDay;
-  // Negative terms wrap in the sum: hour -1 is an hour before midnight.
+  // A negative time wraps in the sum, so hour -1 is an hour before midnight.
   const std::int64_t time =
       std::int64_t{minute} * kMillisecondsPerMinute + std::int64_t{hour} * kMillisecondsPerHour;
   return static_cast<unsigned long long>(time) + internal::truncateToUnsigned64(second * 1000.0) +
@@ -297,12 +297,12 @@ unsigned long long dateToJulian(const std::string& text) {
 }
 
 date_time_record julianToDate(unsigned long long julian) {
-  // Civil days run from midnight, the day count from noon.
+  // Civil days begin at midnight, the days of the Julian value at noon.
   const unsigned long long sinceMidnight = julian + kMillisecondsPerHalfDay;
   const std::int32_t dayNumber =
       static_cast<std::int32_t>(static_cast<std::uint32_t>(sinceMidnight / kMillisecondsPerDay));
-  // These are the steps of the algorithm in doubles. An exact calendar routine would differ on
-  // 1 March 300.
+  // Some of these steps use doubles on purpose. An exact integer routine would give another result
+  // for 1 March 300.
   const std::int32_t century = static_cast<std::int32_t>((dayNumber - 1867216.25) / 36524.25);
   const std::int64_t b = std::int64_t{dayNumber} + century - century / 4 + 1525;
   const std::int32_t c = static_cast<std::int32_t>((static_cast<double>(b) - 122.1) / 365.25);
@@ -326,7 +326,7 @@ date_time_record julianToDate(unsigned long long julian) {
 }
 
 double dateToJulianDays(date_time_record record) {
-  // The divisor of the minutes is part of the function's definition.
+  // Hosts rely on the divisor 3600 of the minutes.
   const double day =
       ((record.day + record.hour / 24.0) + record.minute / 3600.0) + record.second / 86400.0;
   unsigned short y = record.year;

@@ -37,7 +37,8 @@ double DayLength::FNrange(double angle) {
 }
 
 double DayLength::FNsun(double d) {
-  // In degrees: 280.461 and 0.9856474 a day, 357.528 and 0.9856003 a day, 1.915 and 0.020.
+  // In degrees, the mean longitude is 280.461 + 0.9856474 d, and the mean anomaly 357.528 +
+  // 0.9856003 d. The coefficients of the equation of centre are 1.915 and 0.020.
   meanLongitude = FNrange(0.017202792393721557 * d + 4.894967873435816);
   meanAnomaly = FNrange(0.017201970343643867 * d + 6.240040768070287);
   return FNrange(meanLongitude + 0.03342305517569141 * std::sin(meanAnomaly) +
@@ -49,7 +50,8 @@ double DayLength::hourAngle(double declination) {
   constexpr double horizon = 0.014515321612419507;
   const double raised = declination + (latitude < 0.0 ? -horizon : horizon);
   double f = std::tan(latitude * kRadiansPerDegree) * std::tan(raised);
-  // The limit ends polar day. Polar night goes on to NaN.
+  // In polar day, f exceeds the limit and becomes 1. In polar night, f is below -1 and the result
+  // is NaN.
   if (f > 0.99999) f = 1.0;
   return std::asin(f) + kHalfPi;
 }
@@ -59,7 +61,7 @@ double DayLength::compute() {
   const double longitude = FNsun(d);
   const double obliquity = 0.4090877233749509 - 6.981317007977318e-9 * d;
   const double declination = std::asin(std::sin(obliquity) * std::sin(longitude));
-  // The sun moves 15 degrees an hour, and its arc is twice the angle.
+  // The sun moves 15 degrees per hour, and the arc of daylight is twice the hour angle.
   const double hours = hourAngle(declination) * kDegreesPerRadian / 7.5;
   dayLength = hours < 0.0001 ? 0.0 : hours;
   return dayLength;
@@ -71,7 +73,7 @@ double DayLength::cumulative(int count) {
   const int direction = count < 0 ? -1 : 1;
   julian = internal::truncateToUnsigned64(static_cast<double>(julian));
   double sum = compute();
-  // The loop ends at `count` itself, since an int holds no step beyond the largest count.
+  // The loop compares with `!=`, since an int cannot exceed the largest count.
   for (int step = 0; step != count;) {
     step += direction;
     julian = internal::truncateToUnsigned64(static_cast<double>(julian) + step);

@@ -25,9 +25,9 @@ namespace {
 
 constexpr mode_t kOwnerAndGroup = 0770;
 
-/// Selects names by a pattern that is searched in them. The engine is not needed for a fixed text,
-/// for a pattern of single characters that is longer than any name, and for a name without the text
-/// that all matches contain.
+/// Selects the names in which a pattern matches. The regular expression engine is not needed for a
+/// fixed text, for a pattern of single characters that is longer than any name, or for a name
+/// without the text that all matches contain.
 class NameFilter {
  public:
   /// Throws std::regex_error if `pattern` is malformed.
@@ -67,8 +67,8 @@ bool isDirectory(const internal::Directory& parent, const dirent& entry) {
          S_ISDIR(status.st_mode);
 }
 
-/// Returns the next entry of `directory`. Returns null at the end, and with `errno` set if the
-/// directory cannot be read on.
+/// Returns the next entry of `directory`. Returns null with `errno` 0 at the end, and null with the
+/// reason in `errno` if the read fails.
 const dirent* nextEntry(const internal::Directory& directory) {
   errno = 0;
   return readdir(directory.get());
@@ -76,8 +76,8 @@ const dirent* nextEntry(const internal::Directory& directory) {
 
 using Names = std::vector<std::string>;
 
-/// Returns nothing if the directory cannot be read to its end. Throws std::regex_error if `filter`
-/// is malformed.
+/// Returns the selected names, or nothing if the directory cannot be opened or read to its end.
+/// Throws std::regex_error if `filter` is malformed.
 std::optional<Names> namesIn(std::string dir, const std::string& filter, bool skipHidden) {
   const bool directoriesOnly = filter == "<dir>";
   const NameFilter selected(directoriesOnly ? "" : filter);

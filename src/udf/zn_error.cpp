@@ -34,7 +34,8 @@ ErrorEvent::ErrorEvent() = default;
 void ErrorEvent::OnStartElement(const XML_Char* name, const XML_Char**) { tag = name; }
 
 void ErrorEvent::OnEndElement(const XML_Char* name) {
-  // This is the element that ends, not the one around it: text behind an end tag belongs to it.
+  // `tag` becomes the element that ends, not its parent, so text after an end tag counts as text of
+  // that element.
   tag = name;
   if (tag == "ERROR") data[id] = message;
 }

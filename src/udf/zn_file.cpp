@@ -22,20 +22,20 @@
 namespace zn_lib {
 namespace {
 
-/// Returns the last position of `mark` with at least one byte before and behind it, or npos.
+/// Returns the last position of `mark` that has at least one byte before and after it, or npos.
 std::size_t lastInside(std::string_view text, char mark) {
   if (text.size() < 3) return std::string_view::npos;
   const std::size_t position = text.rfind(mark, text.size() - 2);
   return position == 0 ? std::string_view::npos : position;
 }
 
-/// The two parts of a name, as views of it.
+/// The two parts of a name, as views into it.
 struct Parts {
   std::string_view first, second;
 };
 
-/// Mirrors `lastExt`: the stem and the extension on both sides of a dot. A name that has none, or a
-/// line break, does not match.
+/// Recognises the form `lastExt`: a stem, a dot and an extension. A name without an extension or
+/// with a line break does not match.
 std::optional<Parts> scanLastExt(const std::string& name) {
   const std::size_t dot = lastInside(name, '.');
   if (dot == std::string::npos || internal::hasLineBreak(name)) return std::nullopt;
@@ -43,8 +43,8 @@ std::optional<Parts> scanLastExt(const std::string& name) {
   return Parts{view.substr(0, dot), view.substr(dot + 1)};
 }
 
-/// Mirrors `fileSplit`: the directory, up to and including a slash, and the rest. The empty name
-/// and names with a line break do not match.
+/// Recognises the form `fileSplit`: a directory, up to and including its last slash, and the rest.
+/// The empty name and names with a line break do not match.
 std::optional<Parts> scanFileSplit(std::string_view name) {
   if (name.empty() || internal::hasLineBreak(name)) return std::nullopt;
   const std::size_t slash = lastInside(name, '/');
@@ -73,7 +73,7 @@ Parts splitDirectory(std::string_view stem) {
 void useSlashes(std::string& name) { std::replace(name.begin(), name.end(), '\\', '/'); }
 
 /// Removes `target` if it exists and may be overwritten. Returns false if it remains, or if the
-/// system failed to look for it.
+/// system could not check whether it exists.
 bool clearTarget(const std::string& target, bool overwrite) {
   if (!internal::exists(target)) return errno != EIO && errno != ENOMEM;
   return overwrite && std::remove(target.c_str()) == 0;
@@ -97,8 +97,8 @@ using Blocks = std::vector<std::string>;
 /// Reads a file up to its end or to the first read that fails.
 Blocks readToEnd(std::istream& in) {
   Blocks blocks;
-  // A read never asks for more than the stream's buffer holds: when a read fails, what it had
-  // copied before is lost. For a directory, the first read fails.
+  // Each read requests no more than the stream's buffer contains, because a read that fails loses
+  // what it has already copied. For a directory, the first read fails.
   while (in.peek() != std::istream::traits_type::eof()) {
     std::string& block =
         blocks.emplace_back(static_cast<std::size_t>(in.rdbuf()->in_avail()), '\0');
@@ -109,7 +109,7 @@ Blocks readToEnd(std::istream& in) {
 
 using HexEntry = std::array<char, 3>;
 
-/// Each byte value as two digits and a space.
+/// Returns each byte value as two hexadecimal digits and a space.
 constexpr std::array<HexEntry, 256> hexEntries() {
   constexpr const char* digits = "0123456789abcdef";
   std::array<HexEntry, 256> entries{};
@@ -146,8 +146,8 @@ class DumpRows {
     return text;
   }
 
-  /// Returns the end of the dump. The end of the file is an entry too, and the last row shows its
-  /// characters only if it is full.
+  /// Returns the end of the dump. The end of the file counts as one more byte, and the last row
+  /// shows its characters only if it is full.
   std::string finish() {
     std::string text = "ffffffff ";
     row_ += '.';
@@ -222,7 +222,7 @@ bool fileRename(const std::string& oldName, const std::string& newName, bool ove
 }
 
 bool createBackup(const std::string& name) {
-  // The system ends a name at its first NUL, and would ignore a mark that follows.
+  // The system ends a name at its first NUL, and would ignore a "~" after it.
   return fileRename(name, std::string(name.c_str()) + "~", true);
 }
 
@@ -232,7 +232,7 @@ bool hexDump(const std::string& name, int width) {
   printDumpHeader(width);
   if (!isVerbose()) return true;
 
-  // The whole file is read first: standard output may be redirected to it.
+  // The whole file is read first, since standard output may be redirected to it.
   const Blocks blocks = readToEnd(in);
   in.close();
   DumpRows rows(width);

@@ -17,7 +17,7 @@ namespace {
 
 constexpr bool isLowDigit(char c) { return c >= '0' && c <= '5'; }
 
-/// Mirrors `ipv4`: four parts of one to three digits, none of them above 5, with points between.
+/// Recognises the form `ipv4`: four parts of one to three digits from 0 to 5, separated by dots.
 bool scanIpv4(std::string_view text) {
   constexpr int parts = 4;
   constexpr std::size_t mostDigits = 3;

@@ -10,8 +10,8 @@ constexpr double kRadiansPerDegree = 0.017453292519943295;
 
 double sinDegrees(double degrees) { return std::sin(degrees * kRadiansPerDegree); }
 
-/// Returns `degrees` without its whole turns, which are truncated toward zero to 32 bits. fmod
-/// removes larger numbers of turns.
+/// Returns `degrees` without its whole turns. Their number is truncated toward zero to 32 bits;
+/// fmod removes larger numbers.
 double withoutTurns(double degrees) {
   constexpr double mostTurns = 2147483647.0;
   const double turns = degrees / 360.0;
@@ -21,11 +21,11 @@ double withoutTurns(double degrees) {
 
 double nonNegative(double degrees) { return degrees < 0.0 ? degrees + 360.0 : degrees; }
 
-/// The longitude at the epoch minus the longitude of the perigee.
+/// The sun's longitude at the epoch minus the longitude of its perigee, in degrees.
 constexpr double kSunAnomalyAtEpoch = -3.762863;
 
 /// Solves Kepler's equation for the sun's orbit, in radians. The iteration converges within a few
-/// steps for an anomaly of about a turn, and a NaN ends it at once.
+/// steps for an anomaly of up to about one turn. A NaN ends it at once.
 double eccentricAnomaly(double meanAnomaly) {
   constexpr double eccentricity = 0.016718;
   double e = meanAnomaly;
@@ -39,7 +39,8 @@ double eccentricAnomaly(double meanAnomaly) {
 
 /// Returns the moon's longitude for a day on which the sun's longitude is `sun`.
 double moonLongitude(double sun, double days) {
-  // The daily motion differs from that in sunPosition in the 13th digit. Both belong to the model.
+  // The daily motion differs from that in sunPosition in the 13th digit. Both values are part of
+  // the model.
   const double sunAnomaly = nonNegative(0.985647332099 * days + kSunAnomalyAtEpoch);
   const double meanLongitude = nonNegative(withoutTurns(13.176396 * days + 64.975464));
   const double meanAnomaly = withoutTurns(meanLongitude - 0.1114041 * days + (-349.383063));
@@ -74,7 +75,7 @@ void MoonPhase::compute() {
   const double sun = sunPosition();
   const double elongation = moonLongitude(sun, days) - sun;
   phaseAngle = nonNegative(elongation);
-  // With the lowest three bits, the last half sector before 360 degrees is a new moon again.
+  // The mask turns phase 8, the last half sector before 360 degrees, into new moon.
   phase = std::isnan(phaseAngle) ? 0 : static_cast<int>((phaseAngle + 22.5) / 45.0) & 7;
   illuminated = (1 - std::cos(elongation * kRadiansPerDegree)) * 0.5;
 }

@@ -22,7 +22,7 @@ bool verbose_;
 
 bool isShown(const std::string& text) { return verbose_ && !text.empty(); }
 
-/// Returns true if the bytes of `prompt` are characters of the C library's current locale.
+/// Returns true if the bytes of `prompt` are valid characters in the C library's current locale.
 bool isDecodable(const std::string& prompt) {
   return std::mbstowcs(nullptr, prompt.c_str(), 0) != static_cast<std::size_t>(-1);
 }
@@ -30,11 +30,11 @@ bool isDecodable(const std::string& prompt) {
 /// Reads one line and returns its first character in upper case, or NUL for an empty answer and at
 /// the end of input.
 char promptForKey(std::string prompt) {
-  // libedit writes to the C library's standard output, which has a buffer of its own.
+  // libedit writes to the C library's `stdout`, which has its own buffer.
   std::cout.flush();
   // libedit crashes on a prompt that it cannot decode, such as UTF-8 in a program that never called
-  // setlocale. Once its first prompt was at a terminal, it crashes wherever standard input comes
-  // from.
+  // setlocale. If its first prompt was at a terminal, it crashes even if standard input is no
+  // longer one.
   if (!isDecodable(prompt)) {
     if (isatty(STDIN_FILENO) != 0) {
       std::fputs(prompt.c_str(), stdout);
@@ -56,7 +56,8 @@ void setVerbose(bool on) { verbose_ = on; }
 bool isVerbose() { return verbose_; }
 
 void display(const std::string& text) {
-  // The inserter of strings would write the same, but it copies a text, which may be large.
+  // The library's inserter for strings would write the same, but copies the text, which may be
+  // large.
   if (isShown(text)) std::cout << text.c_str();
 }
 

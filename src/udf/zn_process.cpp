@@ -17,8 +17,8 @@ int childProcess(std::string program, const std::string& argument, bool wait) {
   }
   if (child == 0) {
     execl(program.c_str(), program.c_str(), argument.c_str(), nullptr);
-    // The child must not run its copies of the host's exit handlers, nor write those of its
-    // buffers.
+    // The child must neither run its copies of the host's exit handlers nor flush its copies of the
+    // host's buffers.
     _exit(0);
   }
   if (wait) {

@@ -11,7 +11,7 @@ ReadFile::~ReadFile() {
   try {
     fileClose();
   } catch (...) {
-    // The stream throws if the host asked for exceptions. A destructor cannot report the failure.
+    // The stream throws if the host enabled its exceptions. A destructor cannot report the failure.
   }
 }
 

@@ -13,8 +13,8 @@
 namespace zn_lib {
 namespace {
 
-/// Mirrors `fileseq`, and returns the length of its first group: what stands before the "-" and the
-/// digits at the end of a numbered name. A name with a line break does not match.
+/// Recognises the form `fileseq`: a name that ends in "-" and digits, which may be missing. Returns
+/// the length of the text before the "-". A name with a line break does not match.
 std::optional<std::size_t> scanFileseq(const std::string& name) {
   const auto hyphen = std::find_if_not(name.rbegin(), name.rend(), internal::isDigit);
   if (hyphen == name.rend() || *hyphen != '-' || hyphen + 1 == name.rend()) return std::nullopt;
@@ -22,7 +22,7 @@ std::optional<std::size_t> scanFileseq(const std::string& name) {
   return static_cast<std::size_t>(name.rend() - hyphen) - 1;
 }
 
-/// Returns a numbered name without its number, or nothing for another name.
+/// Returns a numbered name without "-" and its number, or nothing if the name is not numbered.
 std::optional<std::string> withoutNumber(const std::string& name) {
   const std::optional<std::size_t> length = scanFileseq(name);
   const std::string_view view = name;
@@ -37,7 +37,7 @@ void sequentialFile(std::string& name) {
   const name_of_file parts = splitFileName(name);
   std::string base = withoutNumber(parts.name).value_or(parts.name);
   std::vector<std::string> entries;
-  // A base that is not a valid filter counts as a directory that cannot be listed.
+  // The listing also fails if the base is not a valid filter.
   if (!listDir(parts.path, base, false, entries)) return;
   for (std::string& entry : entries) {
     std::string stem = stripExtension(entry);

@@ -45,8 +45,8 @@ ConfigElement stampOfNow() {
   return stamp;
 }
 
-/// Adds a stamp to settings that have none, and removes it at the end of the scope unless it is
-/// kept.
+/// Adds a time stamp to settings that have none. The destructor removes it again unless `keep` was
+/// called.
 class Stamp {
  public:
   explicit Stamp(config_map& settings) : settings_(settings), added_(settings.end()) {
@@ -82,9 +82,9 @@ std::string toXml(const Configuration& store) {
   return xml;
 }
 
-/// Returns the entry of `key` in `data`, which is created if there is none. The last entry is tried
-/// first, since `map_key` copies the keys that it compares: it is the entry whose text is being
-/// read. The next key of a saved file belongs behind it.
+/// Returns the entry of `key` in `data`, and creates it if there is none. Tries the last entry
+/// first and the position after it next, since `map_key` copies the keys that it compares. In a
+/// saved file, the text being read belongs to the last entry, and the next key belongs after it.
 ConfigElement& entryOf(const std::string& key, config_map& data) {
   if (!data.empty()) {
     const auto last = std::prev(data.end());
@@ -104,7 +104,7 @@ void ConfigEvent::OnStartElement(const XML_Char* name, const XML_Char** attribut
   lastElement.clear();
   if (element.empty() || element == kRoot || attributes[0] == nullptr) return;
   ConfigElement& entry = entryOf(element, data);
-  // Names and values alternate. The names do not matter.
+  // `attributes` alternates names and values. The names are ignored.
   entry.type = attributes[1];
   if (attributes[2] != nullptr) entry.describe = attributes[3];
 }
@@ -124,7 +124,7 @@ void ConfigEvent::OnCharacterData(const XML_Char* text, int length) {
 }
 
 void ConfigEvent::exportData(config_map& target) {
-  // Both maps have the same order: the place of most entries is right behind the previous one.
+  // Both maps have the same order, so most entries belong directly after the previous one.
   auto place = target.begin();
   for (const auto& [key, entry] : data) {
     place = std::next(target.insert_or_assign(place, key, entry));
@@ -169,7 +169,7 @@ void Configuration::set(const std::string& key, ConfigElement element) {
 
 void Configuration::set(const std::string& key, const std::string& value) {
   ConfigElement element;
-  // The key is looked up as it is, and stored trimmed.
+  // The key is looked up untrimmed, but stored trimmed.
   if (elements.find(key) == elements.end()) {
     element.describe = key;
   } else {
@@ -202,7 +202,8 @@ std::string Configuration::getConfigurationFile() {
 }
 
 bool Configuration::save() {
-  // The system ends a name at its first NUL. The names derived from it must end there too.
+  // The system ends a name at its first NUL, so names that are derived from it must not contain a
+  // NUL.
   const std::string file = getConfigurationFile().c_str();
   if (file.empty()) return false;
 

@@ -15,7 +15,7 @@
 namespace zn_lib {
 namespace {
 
-/// Mirrors `isBool`: one of seven words in any mix of case.
+/// Recognises the form `isBool`: one of seven words in any mix of case.
 bool scanIsBool(const std::string& text) {
   constexpr std::array<std::string_view, 7> words = {"yes", "true", "on", "y", ".t.", "t", "1"};
   constexpr std::size_t longest = 4;
@@ -34,7 +34,7 @@ std::string_view withoutDigits(std::string_view text) {
   return text;
 }
 
-/// Drops digits, each of which a comma may follow.
+/// Returns `text` without its leading digits and the comma that may follow each of them.
 std::string_view withoutInteger(std::string_view text) {
   while (!text.empty() && internal::isDigit(text.front())) {
     text.remove_prefix(text.size() > 1 && text[1] == ',' ? 2 : 1);
@@ -42,19 +42,20 @@ std::string_view withoutInteger(std::string_view text) {
   return text;
 }
 
-/// Drops a point and the digits that follow it, unless there are none.
+/// Returns `text` without a leading fraction, which is a point and at least one digit.
 std::string_view withoutFraction(std::string_view text) {
   const bool isFraction = text.size() > 1 && text[0] == '.' && internal::isDigit(text[1]);
   return isFraction ? withoutDigits(text.substr(1)) : text;
 }
 
-/// An exponent has a sign and at least one digit.
+/// Returns true if `text` is an exponent, which needs a sign and at least one digit.
 bool isExponent(std::string_view text) {
   return text.size() > 2 && internal::toLower(text[0]) == 'e' &&
          (text[1] == '-' || text[1] == '+') && withoutDigits(text.substr(2)).empty();
 }
 
-/// Mirrors `validNumber`: a sign, digits, a fraction and an exponent, all of which may be missing.
+/// Recognises the form `validNumber`: a sign, digits, a fraction and an exponent, each of which may
+/// be missing.
 bool scanValidNumber(std::string_view text) {
   const std::string_view rest = withoutFraction(withoutInteger(withoutSign(text)));
   return rest.empty() || isExponent(rest);
@@ -66,13 +67,13 @@ constexpr std::array<bool, 256> quoteTable() {
   return table;
 }
 
-/// Mirrors `quote`: a single character. A table is faster than comparisons.
+/// Recognises the form `quote`, a single character. A table is faster than comparisons.
 bool scanQuote(char c) {
   static constexpr std::array<bool, 256> isQuote = quoteTable();
   return isQuote[static_cast<unsigned char>(c)];
 }
 
-/// Returns what a stream prints of `text`: the library's inserter stops at the first NUL.
+/// Returns `text` up to its first NUL, which is what the library's inserter writes to a stream.
 std::string upToNul(const std::string& text) { return text.c_str(); }
 
 /// Returns true if `character` is a value that a byte, read as a signed char, can have.
@@ -81,9 +82,9 @@ bool isSignedChar(int character) {
          character <= std::numeric_limits<signed char>::max();
 }
 
-/// Returns the text without the bytes for which `drop` is true. The pass has no branches, so that
-/// its time does not depend on how many bytes are dropped, or where. Eight at a time take a fifth
-/// less.
+/// Returns the text without the bytes for which `drop` is true. The loop has no branches, so that
+/// its time does not depend on how many bytes are dropped, or where. Unrolled by eight, it takes a
+/// fifth less time.
 template <class Drop>
 std::string withoutBytes(const std::string& text, Drop drop) {
   std::string kept(text.size(), '\0');
@@ -168,8 +169,8 @@ bool isNumber(const std::string& text) {
 }
 
 std::string percentString(double part, double whole, int decimals) {
-  // No double has more than 1074 digits behind the point: the rest are zeros. The longest integer
-  // part has 309 digits.
+  // No double has more than 1074 decimals; further ones are zeros. The longest integer part has 309
+  // digits.
   constexpr int mostDecimals = 1074;
   constexpr int streamDefault = 6;
   const double percent = part / whole * 100.0;

@@ -8,17 +8,19 @@
 
 namespace {
 
-// Expat copies its input to a buffer and doubles the size of this buffer, which is an int. A call
-// with more bytes than this always runs out of memory.
+// Expat copies its input to a buffer and doubles the buffer's size, which is an int. A call with
+// more bytes than this therefore always fails for lack of memory.
 constexpr std::size_t kLongestCallBytes = 1024 * 1024 * 1024;
 
-// A piece is small compared to that buffer, which also holds unfinished tokens of earlier pieces.
+// Longer texts are passed in pieces of this size. It is small compared with the buffer, which also
+// holds the unfinished token of earlier pieces.
 constexpr int kPieceBytes = 64 * 1024 * 1024;
 
 XMLEvtHandler noHandler;
 
-/// Returns the handler to which a trampoline's first argument points. A callback from within
-/// `OnPostCreate` and the unknown-encoding callback pass null, for which the base class answers.
+/// Returns the handler to which a trampoline's first argument points. The argument is null for
+/// callbacks during `OnPostCreate` and for the unknown-encoding callback. A handler of the base
+/// class then receives the event.
 XMLEvtHandler* handlerFrom(void* handler) {
   return handler == nullptr ? &noHandler : static_cast<XMLEvtHandler*>(handler);
 }

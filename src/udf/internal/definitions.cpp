@@ -26,7 +26,7 @@ const Pattern& compiled(const Definition& form) {
   return patterns.at(form.name);
 }
 
-/// Returns an answer as a text that can be compared and read.
+/// Returns a result as readable text for comparison and printing.
 template <class List>
 std::string describe(bool isMatch, const List& groups) {
   if (!isMatch) return "no match";
@@ -55,7 +55,7 @@ void verify(const Definition& form, std::string_view text, bool isMatch, Groups 
                defined.c_str());
   std::abort();
 } catch (const std::bad_alloc&) {
-  // The answer stays unverified, so that a build with checks fails for memory where others do.
+  // The result stays unverified, so that builds with checks throw only where other builds do.
 }
 
 }  // namespace zn_lib::internal

@@ -1,9 +1,9 @@
-/// The regular expressions that define the forms which the library recognises.
+/// Defines the forms that the library recognises, each by a regular expression.
 ///
-/// The library decides each form by a scan in linear time and constant stack, which stands in the
-/// source of its family and has the form's name: `scanValidNumber` in zn_str.cpp. No program
-/// compiles the expressions, unless the library is built with ZN_UDF_CHECK_DEFINITIONS: such a
-/// build compares each answer of a scan with the expression's.
+/// The library recognises each form by a scan that takes linear time and constant stack. The scan
+/// is in the source file of its family and is named after the form: `scanValidNumber` in
+/// zn_str.cpp. Only builds with ZN_UDF_CHECK_DEFINITIONS compile the expressions; they compare the
+/// result of each scan with that of its expression.
 #ifndef ZN_INTERNAL_DEFINITIONS_H
 #define ZN_INTERNAL_DEFINITIONS_H
 
@@ -13,7 +13,7 @@
 
 namespace zn_lib::internal {
 
-/// A form: the texts that the expression matches as a whole.
+/// Defines a form. A text has the form if the expression matches the whole text.
 struct Definition {
   const char* name;
   const char* expression;
@@ -37,15 +37,16 @@ inline constexpr Definition ipv4 = {"ipv4",
 
 }  // namespace definitions
 
-/// The length up to which answers are compared: the engine recurses once a character.
+/// The length of the longest text that is verified. The engine recurses once per character.
 inline constexpr std::size_t kLongestVerified = 255;
 
-/// The texts of a definition's groups, in their order. A group that takes no part is empty.
+/// The texts that a definition's groups captured, in order. A group without a match is empty.
 using Groups = std::initializer_list<std::string_view>;
 
 #ifdef ZN_UDF_CHECK_DEFINITIONS
-/// Ends the program with both answers if `form` gives another answer for `text` than the scan gave:
-/// whether the text matches and, if it does, the groups. Compares no groups if `groups` is empty.
+/// Compares the result of a scan of `text` with that of `form`: whether the text matches and, if it
+/// does, the groups. Prints both results and ends the program if they differ. Compares no groups if
+/// `groups` is empty.
 void verify(const Definition& form, std::string_view text, bool isMatch, Groups groups = {});
 #else
 inline void verify(const Definition&, std::string_view, bool, Groups = {}) {}

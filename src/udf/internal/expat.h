@@ -1,6 +1,6 @@
-/// Expat's positions, from the functions that its version has for them: 2.9.0 introduced functions
-/// with results of 64 bits and deprecated the others. The results here have the types of the older
-/// ones; where these have 32 bits, a position wraps with either version.
+/// Reads positions in the XML text with any version of expat. Version 2.9.0 added functions with
+/// 64-bit results and deprecated the others. The functions here return the types of the deprecated
+/// ones. Where such a type has 32 bits, a large position wraps, whatever the version.
 #ifndef ZN_INTERNAL_EXPAT_H
 #define ZN_INTERNAL_EXPAT_H
 

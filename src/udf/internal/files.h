@@ -1,4 +1,4 @@
-/// What several families ask of the file system.
+/// File system functions that several families share.
 #ifndef ZN_INTERNAL_FILES_H
 #define ZN_INTERNAL_FILES_H
 
@@ -16,10 +16,10 @@ struct CloseDirectory {
   void operator()(DIR* directory) const { closedir(directory); }
 };
 
-/// An open directory, closed with the object.
+/// Owns an open directory and closes it.
 using Directory = std::unique_ptr<DIR, CloseDirectory>;
 
-/// Returns null, with the reason in `errno`, if the directory cannot be opened.
+/// Opens a directory. Returns null and leaves the reason in `errno` if that fails.
 inline Directory openDirectory(const std::string& name) { return Directory(opendir(name.c_str())); }
 
 }  // namespace zn_lib::internal

@@ -8,23 +8,25 @@
 namespace zn_lib::internal {
 namespace {
 
-/// A NUL counts as one of `characters`.
+/// Returns true if `characters` contains `c`. NUL counts as contained.
 bool isOneOf(char c, const char* characters) { return std::strchr(characters, c) != nullptr; }
 
-/// A character of a pattern, or an escaped one.
+/// One character of a pattern, plain or escaped.
 struct Unit {
   char character;
   bool isEscaped;
 
   bool is(char operation) const { return !isEscaped && character == operation; }
 
-  /// Returns true if the unit matches its own character. An escaped letter or digit does not.
+  /// Returns true if the unit matches exactly its own character. Plain operators, escaped letters
+  /// and escaped digits do not.
   bool isLiteral() const {
     return character != '\0' && isOneOf(character, "^$\\.*+?()[]{}|") == isEscaped;
   }
 };
 
-/// Reads the unit at `position`, which moves behind it. Bracket expressions are not understood.
+/// Returns the unit at `position` and moves `position` past it. Does not interpret bracket
+/// expressions.
 Unit readUnit(const std::string& pattern, std::size_t& position) {
   const bool isEscaped = pattern[position] == '\\' && position + 1 < pattern.size();
   if (isEscaped) ++position;
@@ -60,7 +62,7 @@ std::optional<FixedText> fixedText(const std::string& pattern) {
 }
 
 std::string textInAllMatches(const std::string& pattern) {
-  // The content of a group, an alternative or a counted piece may be missing.
+  // The text of a group, an alternative or a counted repetition may be missing from a match.
   if (pattern.find_first_of("(|{") != std::string::npos) return "";
   std::string longest;
   std::string run;
@@ -68,7 +70,7 @@ std::string textInAllMatches(const std::string& pattern) {
     if (run.size() > longest.size()) longest = run;
     run.clear();
   };
-  // No bracket expression begins behind the last "]".
+  // No bracket expression begins after the last "]", since the pattern is well-formed.
   for (std::size_t at = pattern.rfind(']') + 1; at < pattern.size();) {
     const Unit unit = readUnit(pattern, at);
     if (unit.isLiteral()) {

@@ -1,5 +1,5 @@
-/// The literal parts of patterns: what a pattern finds or needs, as far as that can be read from it
-/// without the engine.
+/// Finds the literal parts of patterns, so that many searches do not need the regular expression
+/// engine.
 #ifndef ZN_INTERNAL_LITERALS_H
 #define ZN_INTERNAL_LITERALS_H
 
@@ -8,7 +8,8 @@
 
 namespace zn_lib::internal {
 
-/// A text that is searched anywhere, or only at one or both ends.
+/// A literal text that is searched in names: anywhere, or only at the start or end. If both flags
+/// are set, the name must equal the text.
 struct FixedText {
   std::string text;
   bool isAtStart = false;
@@ -17,12 +18,13 @@ struct FixedText {
   bool isIn(const std::string& name) const;
 };
 
-/// Returns the text that `pattern` searches for, or nothing if that may be more than one text. Long
-/// patterns with operators are left to the engine, which refuses some.
+/// Returns the text that `pattern` searches for, or nothing if it may match more than one text.
+/// Also returns nothing for long patterns with operators, since the engine has to reject some of
+/// them.
 std::optional<FixedText> fixedText(const std::string& pattern);
 
-/// Returns the longest text found to be part of everything that `pattern`, which is well-formed,
-/// matches. It is empty if there is none.
+/// Returns the longest text that is known to be part of every match of `pattern`, or the empty text
+/// if there is none. `pattern` must be well-formed.
 std::string textInAllMatches(const std::string& pattern);
 
 /// Returns true if `pattern` consists of plain characters and dots, so that it matches only texts

@@ -1,5 +1,6 @@
-/// The properties of a machine that the library needs. The file includes nothing, so that a
-/// compiler without the machine's headers can check them as well.
+/// Rejects, at compile time, machines on which the library would not build or would give different
+/// results. The file includes nothing, so that a compiler can check it for a machine whose headers
+/// are not installed.
 #ifndef ZN_INTERNAL_MACHINE_H
 #define ZN_INTERNAL_MACHINE_H
 

@@ -12,20 +12,21 @@
 
 namespace zn_lib::internal {
 
-/// Returns `value` as a stream writes it in `format` with `precision`. The result may lie in
+/// Returns `value` as a stream writes it in `format` with `precision`. The result may refer to
 /// `buffer`, which must be large enough.
 template <std::size_t size>
 std::string_view decimalText(double value, std::chars_format format, int precision,
                              std::array<char, size>& buffer) {
-  // Standard libraries write a NaN in different ways; streams write its sign and no more.
+  // The text that to_chars writes for a NaN depends on the standard library. Streams write "nan"
+  // and its sign.
   if (std::isnan(value)) return std::signbit(value) ? "-nan" : "nan";
   char* const begin = buffer.data();
   const char* const end = std::to_chars(begin, begin + size, value, format, precision).ptr;
   return {begin, static_cast<std::size_t>(end - begin)};
 }
 
-/// Returns `value` truncated toward zero. A negative value wraps, as an integer conversion does;
-/// NaN and values beyond 64 bits become 0.
+/// Returns `value` truncated toward zero. A negative value wraps, as in an integer conversion. NaN
+/// and values that do not fit in 64 bits become 0.
 constexpr unsigned long long truncateToUnsigned64(double value) {
   constexpr double twoTo63 = 9223372036854775808.0;
   if (value >= 0.0 && value < 2.0 * twoTo63) return static_cast<unsigned long long>(value);

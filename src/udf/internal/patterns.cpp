@@ -6,18 +6,20 @@
 namespace zn_lib::internal {
 namespace {
 
-/// The engine recurses while it compiles a pattern: at least once for each term.
+/// The longest pattern, in bytes. The engine recurses at least once per term while it compiles a
+/// pattern.
 constexpr std::size_t kLongestPattern = 10000;
 
-/// Returns true if `pattern` is a single bracket expression, which is one term at any length. Not
-/// all of these are recognised.
+/// Returns true only if `pattern` is a single bracket expression, which is one term at any length.
+/// Does not recognise those that contain a "]".
 bool isOneSet(const std::string& pattern) {
   return pattern.front() == '[' && pattern.find(']') == pattern.size() - 1;
 }
 
 #ifdef _LIBCPP_VERSION
-/// Copies a pattern as libc++'s engine takes it. This engine refuses a "]" or "}" that closes
-/// nothing, and takes a range that runs backwards; libstdc++'s does the opposite.
+/// Rewrites a pattern so that libc++'s engine treats it as libstdc++'s does. libc++'s engine
+/// rejects a "]" or "}" that closes nothing, and accepts a range that runs backwards; libstdc++'s
+/// does the opposite.
 class LibcxxPattern {
  public:
   explicit LibcxxPattern(const std::string& pattern) : rest_(pattern) {
@@ -44,7 +46,7 @@ class LibcxxPattern {
     return part;
   }
 
-  /// Copies a character, an escaped one, or a class such as "[:alpha:]".
+  /// Copies one member of a set: a character, an escaped character, or a class such as "[:alpha:]".
   std::string_view copyMember() {
     if (rest_.front() == '\\') return copy(2);
     const bool isClass = rest_.front() == '[' && rest_.size() > 1 && rest_[1] == ':';
@@ -83,7 +85,7 @@ ClassicTraits::ClassicTraits() {
 
 #ifndef _LIBCPP_VERSION
 bool ClassicTraits::isctype(char c, char_class_type members) const {
-  // A bracket expression may name no class.
+  // `members` is empty for a bracket expression that names no class.
   if (members == char_class_type()) return false;
   if (members == digits_) return isDigit(c);
   return std::regex_traits<char>::isctype(c, members);
@@ -97,7 +99,7 @@ Pattern compilePattern(const std::string& pattern, std::regex::flag_type flags) 
 #ifdef _LIBCPP_VERSION
   return Pattern(LibcxxPattern(pattern).text(), flags);
 #else
-  // The engine gives the traits the locale of the expression, which is the host's by default.
+  // The engine imbues the traits with the locale of the expression, which is the host's by default.
   Pattern compiled;
   compiled.imbue(std::locale::classic());
   compiled.assign(pattern, flags);

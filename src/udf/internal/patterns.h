@@ -11,15 +11,15 @@
 
 namespace zn_lib::internal {
 
-/// The traits of the "C" locale; those of a std::regex are the host's.
+/// Traits of the "C" locale. Those of a std::regex use the host's locale.
 struct ClassicTraits : std::regex_traits<char> {
   ClassicTraits();
 
 #ifndef _LIBCPP_VERSION
-  // libstdc++ asks for two answers on each of the 256 bytes whenever it compiles a bracket
-  // expression or an escaped class. Without a look at the locale, `[a-f]` compiles 13 times faster.
+  // libstdc++ calls these two functions for each of the 256 bytes whenever it compiles a bracket
+  // expression or an escaped class. They do not use a locale, so `[a-f]` compiles 13 times faster.
 
-  /// Returns the sort key without regard to case: in this locale, a text is its own key.
+  /// Returns the case-insensitive sort key. In the "C" locale, it is the text in lower case.
   template <class Iterator>
   std::string transform_primary(Iterator first, Iterator last) const {
     std::string key(first, last);
@@ -37,16 +37,16 @@ struct ClassicTraits : std::regex_traits<char> {
 /// A compiled pattern.
 using Pattern = std::basic_regex<char, ClassicTraits>;
 
-/// The size up to which a text from a file's name reaches the engine, which recurses once a
-/// character: the length of a name that file systems allow.
+/// The length of the longest file name that file systems allow. Patterns beyond it count as long.
 inline constexpr std::size_t kLongestForEngine = 255;
 
-/// Compiles `pattern`. Throws std::regex_error if the pattern is malformed, or too long to be
-/// compiled without harm.
+/// Compiles `pattern`. Throws std::regex_error if the pattern is malformed, or so long that
+/// compiling it could exhaust the stack.
 Pattern compilePattern(const std::string& pattern,
                        std::regex::flag_type flags = std::regex::ECMAScript);
 
-/// Returns true if `pattern` matches anywhere in `text`, its very end included.
+/// Returns true if `pattern` matches anywhere in `text`, even if it matches only the empty text at
+/// the end.
 bool containsMatch(const std::string& text, const Pattern& pattern);
 
 }  // namespace zn_lib::internal

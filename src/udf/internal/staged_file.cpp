@@ -32,7 +32,7 @@ std::string directoryOf(const std::string& file) {
   return slash == std::string::npos ? "./" : file.substr(0, slash + 1);
 }
 
-/// A descriptor, closed with the object.
+/// Owns a file descriptor and closes it.
 class Descriptor {
  public:
   explicit Descriptor(int number = -1) : number_(number) {}
@@ -53,7 +53,8 @@ class Descriptor {
 
 using Status = std::optional<struct stat>;
 
-/// Returns the status of the file `name`, without following a link, or nothing if there is none.
+/// Returns the status of the file `name`, without following a link, or nothing if it cannot be
+/// read.
 Status statusOf(const std::string& name) {
   struct stat status;
   return lstat(name.c_str(), &status) == 0 ? Status(status) : std::nullopt;
@@ -80,12 +81,13 @@ bool writeAll(const Descriptor& file, const std::string& text) {
   return true;
 }
 
-/// Returns true if `error` means that the file system lacks an operation.
+/// Returns true if `error` means that the file system does not support an operation.
 bool isUnsupported(int error) {
   return error == EINVAL || error == ENOSYS || error == ENOTSUP || error == EOPNOTSUPP;
 }
 
-/// Returns true if `error` means that no file can be created or renamed here, even on a sound disk.
+/// Returns true if `error` means that no file can be created or renamed here, although the disk
+/// works.
 bool isNameFixed(int error) {
   constexpr std::array refusals = {EACCES, EBUSY, ENAMETOOLONG, EPERM, EROFS, EXDEV};
   return isUnsupported(error) ||
@@ -107,17 +109,18 @@ bool sync(const Descriptor& file) {
   return result == 0 || errno == EROFS || isUnsupported(errno);
 }
 
-/// Returns the mode for creating a file that replaces `old`. It holds only the owner's permissions:
-/// the others wait until the file has its group.
+/// Returns the mode for creating a file that replaces `old`. It contains only the owner's
+/// permissions. The others are set once the file has its group.
 mode_t firstModeOf(const struct stat& old) { return old.st_mode & (S_IRUSR | S_IWUSR); }
 
-/// Gives `file` the group, the permissions and the owner of `old`, as far as the process may.
+/// Sets the group, permissions and owner of `file` to those of `old`, as far as the process is
+/// allowed to.
 void takeAfter(const struct stat& old, const Descriptor& file) {
   constexpr uid_t sameOwner = static_cast<uid_t>(-1);
   constexpr gid_t sameGroup = static_cast<gid_t>(-1);
   [[maybe_unused]] const bool hasGroup = fchown(file.number(), sameOwner, old.st_gid) == 0;
   fchmod(file.number(), old.st_mode & 07777);
-  // The owner comes last, since only the owner of a file may change its permissions.
+  // The owner is set last, since only the owner of a file may change its permissions.
   [[maybe_unused]] const bool hasOwner = fchown(file.number(), old.st_uid, sameGroup) == 0;
 }
 
@@ -136,14 +139,14 @@ bool isAppendOnly(const std::string& directory) {
 #endif
 }
 
-/// Returns false if the status of the file and its directory shows that another file cannot be
-/// created beside `file`, take its name or be removed again. `old` is the present file, if any.
+/// Returns false if the status of the file and its directory shows that a staged file cannot be
+/// created, renamed to `file` or removed again. `old` is the status of the present file, if any.
 bool isReplaceable(const std::string& file, const Status& old) {
   if (old && !S_ISREG(old->st_mode)) return false;
   const std::string directory = directoryOf(file);
   struct stat status;
   if (stat(directory.c_str(), &status) != 0 || isAppendOnly(directory)) return false;
-  // Root is not bound by the sticky bit, but in some containers it is.
+  // The sticky bit does not restrict root, except in some containers.
   const bool isSticky = (status.st_mode & S_ISVTX) != 0;
   const uid_t user = geteuid();
   return !isSticky || !old || user == old->st_uid || user == status.st_uid;
@@ -154,8 +157,8 @@ bool isWritable(const std::string& file) {
   return faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) == 0;
 }
 
-/// Removes what a killed save left behind: the staged file `name` and the second name of the old
-/// file. Those of a running save, which holds a lock, stay.
+/// Removes the files of a killed save: the staged file `name` and the hard link to the old file.
+/// Keeps those of a running save, which holds a lock.
 void removeLeftover(const std::string& name) {
   const Status status = statusOf(name);
   if (!status || !S_ISREG(status->st_mode)) return;
@@ -164,7 +167,8 @@ void removeLeftover(const std::string& name) {
   Descriptor leftover(open(name.c_str(), O_WRONLY | flags));
   if (!leftover.isOpen()) leftover.reset(open(name.c_str(), O_RDONLY | flags));
   if (!leftover.isOpen() || flock(leftover.number(), LOCK_EX | LOCK_NB) != 0) return;
-  // The save may have ended in the meantime, so that the file now has the store's name.
+  // If the save has ended in the meantime, the staged file has become the store's file and must
+  // stay.
   if (!isSameFile(statusOf(leftover), statusOf(name))) return;
   unlink(backupOf(name).c_str());
   unlink(name.c_str());
@@ -187,12 +191,12 @@ void removeLeftovers(const std::string& file) {
   }
 }
 
-/// A new file beside the one that it is to replace. It is removed with the object unless it was
-/// moved.
+/// A new file in the directory of the file that it is to replace. The destructor removes it unless
+/// it was moved.
 class StagedFile {
  public:
   /// Creates an empty file with the permissions of `old`, the file that it is to replace. If that
-  /// fails, `errno` holds the reason.
+  /// fails, `isThere` returns false and `errno` contains the reason.
   StagedFile(const std::string& file, const Status& old) {
     constexpr int tries = 100;
     for (int i = 0; i < tries && !isThere_; ++i) {
@@ -220,7 +224,7 @@ class StagedFile {
     return writeAll(descriptor_, text) && sync(descriptor_);
   }
 
-  /// Renames the file to `target`, which replaces another file of that name.
+  /// Renames the file to `target` and replaces any other file of that name.
   bool moveTo(const std::string& target) {
     if (std::rename(name_.c_str(), target.c_str()) != 0) return false;
     isThere_ = false;
@@ -228,14 +232,15 @@ class StagedFile {
   }
 
  private:
-  /// Returns a name that has never been used: another save may be about to remove an earlier one.
+  /// Returns a name that has never been used, since another save may be about to remove a file with
+  /// an earlier name.
   static std::string unusedNameBeside(const std::string& file) {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     return (file + "." + std::to_string(now.count())).append(kStagedMark);
   }
 
-  /// Marks the file as that of a running save. Returns false if another save has already taken it
-  /// for a leftover.
+  /// Locks the file, which marks it as that of a running save. Removes it and returns false if
+  /// another save has already treated it as a leftover.
   bool lock() const {
     const bool isLocked =
         flock(descriptor_.number(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
@@ -249,8 +254,8 @@ class StagedFile {
   bool isThere_ = false;
 };
 
-/// Renames `file` to `backup`, in place of another file or an empty directory. If that fails, both
-/// stay.
+/// Renames `file` to `backup`, which may be an existing file or an empty directory. If that fails,
+/// both files stay.
 bool moveToBackup(const std::string& file, const std::string& backup) {
   if (std::rename(file.c_str(), backup.c_str()) == 0) return true;
   // Only a directory has to be removed first. The second try also overcomes a transient error.
@@ -258,26 +263,27 @@ bool moveToBackup(const std::string& file, const std::string& backup) {
   return std::rename(file.c_str(), backup.c_str()) == 0;
 }
 
-/// Makes `backup` a second name of the file, through the unused name `unused`, so that the file is
-/// never missing. If the file cannot have a second name, moves it to its backup and returns true.
+/// Makes `backup` a hard link to the file, so that the file is never missing. The link is made as
+/// `unused`, a name that is not in use, and then renamed. If no link can be made, moves the file
+/// itself to its backup. Returns true if the file was moved.
 bool keepBackup(const std::string& file, const std::string& backup, const std::string& unused) {
   if (link(file.c_str(), unused.c_str()) == 0) {
     moveToBackup(unused, backup);
-    // The name remains if the backup could not be made, or if it was the same file already.
+    // `unused` remains if the renaming failed, or if `backup` was a link to the same file already.
     unlink(unused.c_str());
     return false;
   }
-  // If the file is gone, another save has replaced it and has kept a backup itself.
+  // If the file is gone, another save has moved it and has made a backup itself.
   return errno != ENOENT && moveToBackup(file, backup);
 }
 
-/// Writes the text beside the file and moves it into place. Returns the result of the save, or
-/// nothing if the file has to be written in place.
+/// Writes the text to a staged file and renames it to `file`. Returns the result of the save, or
+/// nothing if the text has to be written in place.
 std::optional<bool> saveStaged(const std::string& file, const std::string& text, bool keepsBackup) {
   const Status old = statusOf(file);
   if (!old && errno != ENOENT) return std::nullopt;
   if (!isReplaceable(file, old)) return std::nullopt;
-  // Without a backup, a file that may not be written must not be replaced either.
+  // Without a backup, a file that the process may not write must not be replaced either.
   if (old && !keepsBackup && !isWritable(file)) return std::nullopt;
 
   const auto failed = [](int error) {
@@ -286,7 +292,7 @@ std::optional<bool> saveStaged(const std::string& file, const std::string& text,
   removeLeftovers(file);
   StagedFile staged(file, old);
   if (!staged.isThere()) return failed(errno);
-  // An incomplete text replaces nothing. The caller does not learn of failed writes.
+  // An incomplete text replaces nothing. The result does not report failed writes.
   if (!staged.write(text)) return true;
 
   const std::string backup = backupOf(file);
@@ -302,7 +308,8 @@ bool saveInPlace(const std::string& file, const std::string& text, bool keepsBac
   const bool hasOld = stat(file.c_str(), &old) == 0 && S_ISREG(old.st_mode);
   const std::string backup = backupOf(file);
   const bool isMoved = keepsBackup && exists(file) && moveToBackup(file, backup);
-  // If both names lead to one file, the renaming changed nothing, and writing would empty both.
+  // If both names refer to one file, the renaming changed nothing, and writing would overwrite the
+  // backup too.
   if (keepsBackup && isSameFile(statusOf(file), statusOf(backup)) && unlink(file.c_str()) != 0) {
     return false;
   }

@@ -11,8 +11,8 @@ namespace zn_lib::internal {
 // The classes and the case of the "C" locale. Bytes above 0x7F belong to no class.
 
 constexpr bool isSpace(char c) {
-  // One bit for each character: a chain of comparisons is mispredicted where whitespace of several
-  // kinds is mixed.
+  // Each whitespace character has one bit. A chain of comparisons causes branch mispredictions in
+  // whitespace of several kinds.
   constexpr unsigned long long spaces = 1ULL << ' ' | 0x1FULL << '\t';
   return c >= '\t' && c <= ' ' && (spaces >> c & 1) != 0;
 }
@@ -24,15 +24,15 @@ constexpr char toLower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-/// Returns true if `text` holds a character that "." does not match in a pattern.
+/// Returns true if `text` contains a character that "." does not match in a pattern.
 inline bool hasLineBreak(std::string_view text) {
   // Two searches for one byte each are faster than one search for either.
   return text.find('\n') != text.npos || text.find('\r') != text.npos;
 }
 
-/// Returns the position of the first `part` in `text` at or after `start`, which is within the
-/// text, or npos. std::string::find takes quadratic time on long texts that repeat themselves;
-/// memmem does not, but it takes longer for short ones.
+/// Returns the position of the first `part` in `text` at or after `start`, or npos. `start` must
+/// not exceed the size of the text. std::string::find takes quadratic time on long, repetitive
+/// texts. memmem does not, but is slower on short texts.
 inline std::size_t findText(const std::string& text, const std::string& part,
                             std::size_t start = 0) {
   constexpr std::size_t shortText = 256;
