@@ -1,4 +1,4 @@
-# Finds the readline-compatible interface of libedit and defines the target LibEdit::LibEdit. FreeBSD's base system has
+# Finds the readline-compatible interface of libedit and defines the target LibEdit::LibEdit. FreeBSD's base system uses
 # the second name of the header.
 find_path(LibEdit_INCLUDE_DIR NAMES editline/readline.h edit/readline/readline.h)
 find_library(LibEdit_LIBRARY edit)

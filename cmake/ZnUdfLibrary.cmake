@@ -1,4 +1,4 @@
-# The name, the compiler options and the linker options of the shared library.
+# Sets the name, the compiler options and the linker options of the shared library.
 include(CheckCXXCompilerFlag)
 
 set_target_properties(zn_udf PROPERTIES

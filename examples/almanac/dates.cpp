@@ -35,7 +35,7 @@ std::string zeroFilled(int number, int width) {
   return zn_lib::rightPad(std::to_string(number), width, '0');
 }
 
-/// Returns true if `text` is the date of `record`, or a beginning of it with whole fields, and has
+/// Returns true if `text` is the date of `record`, or only its year or its year and month, and has
 /// either all hyphens or none. parseISOdate accepts more: times of day, single hyphens, and zeros
 /// for January and for the first day.
 bool isSpellingOf(const std::string& text, const zn_lib::date_time_record& record) {

@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 std::string catalogBeside(const std::string& program) {
   std::error_code failed;
-  // If the system has a link to the program, it is valid however the program was called.
+  // Where the system provides this link, it leads to the program however that was called.
   fs::path executable = fs::canonical("/proc/self/exe", failed);
   if (failed) executable = fs::canonical(program, failed);
   return executable.replace_filename("almanac.xml").string();
@@ -23,8 +23,8 @@ std::string catalogBeside(const std::string& program) {
 
 /// Returns `message` with "%1", "%2" and so on, in this order, replaced by `values`.
 std::string filledIn(std::string message, const std::vector<std::string>& values) {
-  // The last one comes first. A "%1" inside a value is then after the real one, and is not
-  // replaced.
+  // The last value is filled in first. A "%1" inside a value then comes after the real "%1", and is
+  // not replaced.
   for (std::size_t i = values.size(); i > 0; --i) {
     message = zn_lib::replaceString(message, "%" + std::to_string(i), values[i - 1]);
   }

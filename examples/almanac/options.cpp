@@ -9,7 +9,8 @@
 namespace almanac {
 namespace {
 
-/// Numbers the options above all characters, since smaller values are unknown short options.
+/// Numbers the long options above all characters, since getopt_long reports unknown short options
+/// as characters.
 enum OptionCode {
   kPlace = 256,
   kPlaces,
@@ -54,7 +55,7 @@ Error unknownWord(const std::string& word, const std::string& option) {
 /// Returns the error for the option that getopt_long has just rejected.
 Error rejected(char* argv[]) {
   if (optopt >= kPlace) return Error(Problem::kUnexpectedArgument, {quote(argv[optind - 1])});
-  // For one of several letters after a hyphen, getopt_long may not have moved past the argument.
+  // For short options in a group such as "-abc", getopt_long may not have moved past the argument.
   const std::string name =
       optopt == 0 ? argv[optind - 1] : std::string("-") + static_cast<char>(optopt);
   return Error(Problem::kUnknownOption, {quote(name)});

@@ -16,7 +16,7 @@
 namespace almanac {
 namespace {
 
-/// Loads the file when it is created.
+/// A store that loads its file when it is constructed.
 class Store : public zn_lib::Configuration {
  public:
   Store() : Configuration("ALMANAC", "almanac") {

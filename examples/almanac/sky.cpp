@@ -25,8 +25,8 @@ zn_lib::MoonPhase moonAt(unsigned long long julian) {
 }
 
 std::string sexagesimal(double sixtieths) {
-  // hourFormat cuts the last place, and a whole number may be slightly too small in binary. The
-  // half prevents an error of one.
+  // hourFormat cuts fractions of the last field, and a whole number may be slightly too small in
+  // binary. Adding one half prevents an error of one.
   return zn_lib::hourFormat((sixtieths + 0.5) / 60.0);
 }
 

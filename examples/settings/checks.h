@@ -18,7 +18,7 @@
 
 namespace example {
 
-/// The size of the blocks that a store passes to its parser. Whitespace at the start of one is
+/// The size of the blocks that a store passes to its parser. Whitespace at the start of a block is
 /// lost.
 constexpr std::size_t kBlockBytes = 8192;
 constexpr std::size_t kOneBlock = std::numeric_limits<std::size_t>::max();

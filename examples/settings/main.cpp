@@ -38,7 +38,7 @@ void store(const std::string& argument, zn_lib::Configuration& settings) {
   const std::string value = argument.substr(mark + 1);
   const std::string why = example::obstacle(key, value);
   if (!why.empty()) return refuse(why);
-  // A new key describes itself. An existing one keeps its type and description.
+  // A new key becomes its own description. An existing one keeps its type and description.
   settings.set(key, value);
 }
 
@@ -52,7 +52,7 @@ int fail(const std::string& why, zn_lib::Configuration& settings) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
-  // The library prints nothing, errors included, until the verbose flag is set.
+  // The library prints no messages, errors included, until the verbose flag is set.
   zn_lib::setVerbose(true);
 
   // The constructor names the file but does not read it.

@@ -6,7 +6,7 @@
 #include <iostream>
 
 int main() {
-  // The program shares our standard output. It has one argument. PATH is not searched.
+  // The program shares our standard output and receives one argument. PATH is not searched.
   zn_lib::childProcess("/bin/echo", "written by a child process", true);
 
   // A program that cannot be started is not reported.

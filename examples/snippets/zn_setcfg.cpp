@@ -12,7 +12,8 @@ int main() {
     // There is no file yet, which is not a failure.
     settings.load();
 
-    // A new key describes itself. Nothing is escaped, so values must not contain "<" or "&".
+    // A new key becomes its own description. Nothing is escaped, so values must not contain "<" or
+    // "&".
     settings.set("colour", "blue");
     settings.set("size", "NUMBER", "7", "Size in millimetres");
   }
