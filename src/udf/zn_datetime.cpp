@@ -34,9 +34,8 @@ constexpr char months[kMonthsPerYear][10] = {"january",   "february", "march",  
                                              "may",       "june",     "july",     "august",
                                              "september", "october",  "november", "december"};
 
-constexpr unsigned short kLongMonth = 31;
-constexpr std::array<unsigned short, 10> februaryToNovember = {29, 31, 30, 31, 30,
-                                                               31, 31, 30, 31, 30};
+constexpr std::array<unsigned short, 1 + kMonthsPerYear> kMonthDays = {0,  31, 29, 31, 30, 31, 30,
+                                                                       31, 31, 30, 31, 30, 31};
 
 bool isLeapYear(unsigned short year) {
   return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
@@ -208,15 +207,13 @@ void validDate(date_time_record& record) {
   if (record.month > kMonthsPerYear) record.month = to16Bits(record.month % kMonthsPerYear);
   if (record.day == 0) record.day = 1;
   // A month that became 0 as a remainder has as many days as the longest month.
-  unsigned short last = record.month == 0 ? kLongMonth : getMonthDays(record.month);
+  unsigned short last = record.month == 0 ? 31 : getMonthDays(record.month);
   if (record.month == kFebruary && !isLeapYear(record.year)) last = 28;
   record.day = std::min(record.day, last);
 }
 
 unsigned short getMonthDays(unsigned short month) {
-  if (month < 1 || month > kMonthsPerYear) return 0;
-  if (month == 1 || month == kDecember) return kLongMonth;
-  return februaryToNovember[month - kFebruary];
+  return month > kMonthsPerYear ? 0 : kMonthDays[month];
 }
 
 unsigned short getDayOfYear(unsigned short day, unsigned short month, unsigned short year) {

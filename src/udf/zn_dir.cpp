@@ -45,7 +45,7 @@ class NameFilter {
 
  private:
   static bool isLongerThanNames(const std::string& pattern) {
-    return pattern.size() > internal::kLongestForEngine && internal::isSingleCharacters(pattern);
+    return pattern.size() > internal::kLongestFileName && internal::isSingleCharacters(pattern);
   }
 
   const std::optional<internal::FixedText> fixed_;

@@ -52,22 +52,17 @@ std::optional<Parts> scanFileSplit(std::string_view name) {
   return Parts{name.substr(0, split), name.substr(split)};
 }
 
-/// Returns the name without its extension, and the extension.
-Parts splitExtension(const std::string& name) {
-  const std::optional<Parts> match = scanLastExt(name);
-  const Parts parts = match.value_or(Parts{name, ""});
-  internal::verify(internal::definitions::lastExt, name, match.has_value(),
-                   {parts.first, parts.second});
+/// Returns the parts that the scan of `form` found in `text`, or `otherwise` if it found none.
+Parts verified(const internal::Definition& form, std::string_view text,
+               const std::optional<Parts>& found, const Parts& otherwise) {
+  const Parts parts = found.value_or(otherwise);
+  internal::verify(form, text, found.has_value(), {parts.first, parts.second});
   return parts;
 }
 
-/// Returns the directory and the rest of a name without extension.
-Parts splitDirectory(std::string_view stem) {
-  const std::optional<Parts> match = scanFileSplit(stem);
-  const Parts parts = match.value_or(Parts());
-  internal::verify(internal::definitions::fileSplit, stem, match.has_value(),
-                   {parts.first, parts.second});
-  return parts;
+/// Returns the name without its extension, and the extension.
+Parts splitExtension(const std::string& name) {
+  return verified(internal::definitions::lastExt, name, scanLastExt(name), {name, ""});
 }
 
 void useSlashes(std::string& name) { std::replace(name.begin(), name.end(), '\\', '/'); }
@@ -186,7 +181,8 @@ void checkHomePath(std::string& name) {
 name_of_file splitFileName(std::string& name) {
   useSlashes(name);
   const auto [stem, extension] = splitExtension(name);
-  const auto [directory, base] = splitDirectory(stem);
+  const auto [directory, base] =
+      verified(internal::definitions::fileSplit, stem, scanFileSplit(stem), {"", ""});
   return {std::string(directory), std::string(base), std::string(extension)};
 }
 

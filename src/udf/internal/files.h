@@ -12,15 +12,13 @@ namespace zn_lib::internal {
 
 inline bool exists(const std::string& name) { return access(name.c_str(), F_OK) == 0; }
 
-struct CloseDirectory {
-  void operator()(DIR* directory) const { closedir(directory); }
-};
-
 /// Owns an open directory and closes it.
-using Directory = std::unique_ptr<DIR, CloseDirectory>;
+using Directory = std::unique_ptr<DIR, int (*)(DIR*)>;
 
 /// Opens a directory. Returns null and leaves the reason in `errno` if that fails.
-inline Directory openDirectory(const std::string& name) { return Directory(opendir(name.c_str())); }
+inline Directory openDirectory(const std::string& name) {
+  return Directory(opendir(name.c_str()), closedir);
+}
 
 }  // namespace zn_lib::internal
 

@@ -57,7 +57,7 @@ std::optional<FixedText> fixedText(const std::string& pattern) {
       return std::nullopt;
     }
   }
-  if (pattern.size() > kLongestForEngine && fixed.text != pattern) return std::nullopt;
+  if (pattern.size() > kLongestFileName && fixed.text != pattern) return std::nullopt;
   return fixed;
 }
 

@@ -38,7 +38,7 @@ struct ClassicTraits : std::regex_traits<char> {
 using Pattern = std::basic_regex<char, ClassicTraits>;
 
 /// The length of the longest file name that file systems allow. Patterns beyond it count as long.
-inline constexpr std::size_t kLongestForEngine = 255;
+inline constexpr std::size_t kLongestFileName = 255;
 
 /// Compiles `pattern`. Throws std::regex_error if the pattern is malformed, or so long that
 /// compiling it could exhaust the stack.

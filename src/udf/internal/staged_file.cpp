@@ -88,7 +88,7 @@ bool isUnsupported(int error) {
 
 /// Returns true if `error` means that no file can be created or renamed here, although the disk
 /// works.
-bool isNameFixed(int error) {
+bool forbidsNewName(int error) {
   constexpr std::array refusals = {EACCES, EBUSY, ENAMETOOLONG, EPERM, EROFS, EXDEV};
   return isUnsupported(error) ||
          std::find(refusals.begin(), refusals.end(), error) != refusals.end();
@@ -111,11 +111,11 @@ bool sync(const Descriptor& file) {
 
 /// Returns the mode for creating a file that replaces `old`. It contains only the owner's
 /// permissions. The others are set once the file has its group.
-mode_t firstModeOf(const struct stat& old) { return old.st_mode & (S_IRUSR | S_IWUSR); }
+mode_t creationMode(const struct stat& old) { return old.st_mode & (S_IRUSR | S_IWUSR); }
 
 /// Sets the group, permissions and owner of `file` to those of `old`, as far as the process is
 /// allowed to.
-void takeAfter(const struct stat& old, const Descriptor& file) {
+void copyOwnership(const struct stat& old, const Descriptor& file) {
   constexpr uid_t sameOwner = static_cast<uid_t>(-1);
   constexpr gid_t sameGroup = static_cast<gid_t>(-1);
   [[maybe_unused]] const bool hasGroup = fchown(file.number(), sameOwner, old.st_gid) == 0;
@@ -202,11 +202,11 @@ class StagedFile {
     for (int i = 0; i < tries && !isThere_; ++i) {
       name_ = unusedNameBeside(file);
       descriptor_.reset(open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
-                             old ? firstModeOf(*old) : kNewFile));
+                             old ? creationMode(*old) : kNewFile));
       if (!descriptor_.isOpen() && errno != EEXIST && errno != EINTR) return;
       isThere_ = descriptor_.isOpen() && lock();
     }
-    if (isThere_ && old) takeAfter(*old, descriptor_);
+    if (isThere_ && old) copyOwnership(*old, descriptor_);
   }
 
   ~StagedFile() {
@@ -287,7 +287,7 @@ std::optional<bool> saveStaged(const std::string& file, const std::string& text,
   if (old && !keepsBackup && !isWritable(file)) return std::nullopt;
 
   const auto failed = [](int error) {
-    return isNameFixed(error) ? std::nullopt : std::optional<bool>(false);
+    return forbidsNewName(error) ? std::nullopt : std::optional<bool>(false);
   };
   removeLeftovers(file);
   StagedFile staged(file, old);
@@ -314,12 +314,12 @@ bool saveInPlace(const std::string& file, const std::string& text, bool keepsBac
     return false;
   }
   const Descriptor out(open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC,
-                            hasOld ? firstModeOf(old) : kNewFile));
+                            hasOld ? creationMode(old) : kNewFile));
   if (!out.isOpen()) {
     if (isMoved) std::rename(backup.c_str(), file.c_str());
     return false;
   }
-  if (hasOld) takeAfter(old, out);
+  if (hasOld) copyOwnership(old, out);
   if (writeAll(out, text)) sync(out);
   return true;
 }
