@@ -34,9 +34,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <initializer_list>
 #include <iostream>
 #include <limits>
-#include <map>
+#include <memory>
 #include <new>
 #include <random>
 #include <regex>
@@ -364,6 +365,32 @@ struct Call {
   std::function<bool()> run;
 };
 
+/// Whether `run` throws a `Failure`.
+template <class Failure, class Run>
+bool throws(Run run) {
+  try {
+    run();
+    return false;
+  } catch (const Failure&) {
+    return true;
+  }
+}
+
+/// A call whose answer is `expected`, always.
+template <class Answer, class Run>
+Call equal(const char* what, const Answer& expected, Run run) {
+  return {what, [expected, run] { return run() == expected; }};
+}
+
+/// A call that answers nothing but in its effects.
+template <class Run>
+Call silent(const char* what, Run run) {
+  return {what, [run] {
+            run();
+            return true;
+          }};
+}
+
 /// Ends a series of calls at their number, or when its time is over.
 struct Length {
   int calls;
@@ -427,137 +454,170 @@ Length lengthOf(int daily, int longRun) {
   return isLongRun() ? Length{longRun, milliseconds(30000)} : Length{daily, milliseconds(40)};
 }
 
-TEST_F(Soak, FilesAreClosedUnderFewDescriptors) {
+/// Joins the calls of several families.
+std::vector<Call> joined(std::initializer_list<std::vector<Call>> families) {
+  std::vector<Call> all;
+  for (const std::vector<Call>& family : families) {
+    all.insert(all.end(), family.begin(), family.end());
+  }
+  return all;
+}
+
+// ---- Files
+
+std::vector<Call> fileCalls() {
   writeFile("source", "a report\n");
-  writeFile("errors.xml", "<E><ERROR><ID>1</ID><MESSAGE>one</MESSAGE></ERROR></E>");
-  writeFile("malformed.xml", "<E><ERROR></E>");
-  writeFile("first", "renamed");
+  writeFile("renamed", "text");
+  writeFile("kept", "backed up");
+  return {
+      equal("fileCopy", true, [] { return zn_lib::fileCopy("source", "copy", true); }),
+      equal("fileCopy of a directory", true, [] { return zn_lib::fileCopy(".", "copy", true); }),
+      equal("fileCopy to nowhere", true,
+            [] { return zn_lib::fileCopy("source", "missing/a", true); }),
+      {"fileRename",
+       [] {
+         return zn_lib::fileRename("renamed", "other", false) &&
+                zn_lib::fileRename("other", "renamed", false);
+       }},
+      equal("fileRename to nowhere", false,
+            [] { return zn_lib::fileRename("source", "no/a", true); }),
+      {"createBackup",
+       [] { return zn_lib::createBackup("kept") && std::rename("kept~", "kept") == 0; }},
+      equal("hexDump", true, [] { return zn_lib::hexDump("source", 16); }),
+      equal("hexDump of a directory", true, [] { return zn_lib::hexDump(".", 16); }),
+  };
+}
+
+bool canList(const std::string& directory, const std::string& filter) {
+  std::vector<std::string> names;
+  return zn_lib::listDir(directory, filter, true, names);
+}
+
+std::string numbered(std::string name) {
+  zn_lib::sequentialFile(name);
+  return name;
+}
+
+std::vector<Call> directoryCalls() {
   std::filesystem::create_directory("from");
   std::filesystem::create_directory("to");
   writeFile("from/one", "1");
   writeFile("from/two", "2");
-  writeFile("kept", "backed up");
-  std::string oldName = "first", newName = "second", name = "source", written = "written";
-  std::string from = "from", to = "to";
-  std::map<int, std::string, zn_lib::error_order> catalog;
-  zn_lib::Configuration saved("SOAK", "saved");
-  saved.set("key", "value");
-  ASSERT_TRUE(saved.save());
-  zn_lib::Configuration inPlace("SOAK", "in-place");
-  inPlace.backup = false;
-  inPlace.set("key", "value");
-  zn_lib::Configuration lost("SOAK", "lost");
-  lost.path = "missing";
-  const auto listed = [](const std::string& dir, const std::string& filter) {
-    std::vector<std::string> names;
-    return zn_lib::listDir(dir, filter, true, names);
+  return {
+      equal("listDir", true, [] { return canList("from", "\\.txt$"); }),
+      equal("listDir by the engine", true, [] { return canList("from", "o.*e"); }),
+      equal("listDir of subdirectories", true, [] { return canList("", "<dir>"); }),
+      equal("listDir of nothing", false, [] { return canList("missing", ""); }),
+      equal("listDir by a malformed filter", false, [] { return canList("from", "("); }),
+      {"copyDir",
+       [] {
+         std::remove("to/one");
+         std::string from = "from", to = "to";
+         return zn_lib::copyDir(from, to) && isThere("to/one");
+       }},
+      {"createDir", [] { return zn_lib::createDir("new") && rmdir("new") == 0; }},
+      equal("sequentialFile", std::string("from/one-1."), [] { return numbered("from/one"); }),
+      equal("sequentialFile by a malformed base", std::string("from/("),
+            [] { return numbered("from/("); }),
   };
+}
 
+/// Opens `file` on `name`.
+template <class File>
+bool opens(File& file, std::string name) {
+  file.setFileName(name);
+  return file.fileOpen();
+}
+
+std::vector<Call> streamCalls() {
+  writeFile("read", "a report\n");
+  return {
+      {"ReadFile",
+       [] {
+         zn_lib::ReadFile in;
+         std::string word;
+         const bool opened = opens(in, "read");
+         in.file >> word;
+         in.fileClose();
+         return opened && word == "a";
+       }},
+      {"ReadFile::cat, left open",
+       [] {
+         zn_lib::ReadFile in;
+         return opens(in, "read") && in.cat();
+       }},
+      {"WriteFile",
+       [] {
+         zn_lib::WriteFile out;
+         const bool opened = opens(out, "written");
+         out.file << "text\n";
+         out.fileClose();
+         return opened && !out.file.fail();
+       }},
+      {"WriteFile, left open and opened twice",
+       [] {
+         zn_lib::WriteFile out;
+         return opens(out, "written") && out.fileOpen();
+       }},
+  };
+}
+
+std::vector<Call> storeCalls() {
+  const auto saved = std::make_shared<zn_lib::Configuration>("SOAK", "saved");
+  saved->set("key", "value");
+  EXPECT_TRUE(saved->save());
+  const auto inPlace = std::make_shared<zn_lib::Configuration>("SOAK", "in-place");
+  inPlace->backup = false;
+  inPlace->set("key", "value");
+  const auto lost = std::make_shared<zn_lib::Configuration>("SOAK", "lost");
+  lost->path = "missing";
+  return {
+      {"Configuration::load",
+       [] {
+         zn_lib::Configuration store("SOAK", "saved");
+         return store.load() && store.get("key").value == "value";
+       }},
+      equal("Configuration::load into settings", true, [saved] { return saved->load(); }),
+      equal("Configuration::save", true, [saved] { return saved->save(); }),
+      equal("Configuration::save in place", true, [inPlace] { return inPlace->save(); }),
+      equal("Configuration::save to nowhere", false, [lost] { return lost->save(); }),
+      {"Configuration's destructor",
+       [] {
+         { zn_lib::Configuration("SOAK", "dropped").set("key", "value"); }
+         return std::remove("dropped.cfg") == 0;
+       }},
+      silent("Configuration::listConfiguration", [saved] { saved->listConfiguration(); }),
+  };
+}
+
+std::vector<Call> catalogCalls() {
+  writeFile("errors.xml", "<E>" + errorXml("1", "one") + "</E>");
+  writeFile("malformed.xml", "<E><ERROR></E>");
+  const auto catalog = std::make_shared<Catalog>();
+  return {
+      {"readErrorFile",
+       [catalog] { return zn_lib::readErrorFile("errors.xml", *catalog) && catalog->size() == 1; }},
+      equal("readErrorFile of a malformed file", true,
+            [catalog] { return zn_lib::readErrorFile("malformed.xml", *catalog); }),
+      equal("readErrorFile of a directory", true,
+            [catalog] { return zn_lib::readErrorFile(".", *catalog); }),
+      {"ReadXml::parseFile",
+       [] {
+         zn_lib::ReadXml<zn_lib::ErrorEvent> reader;
+         std::string name = "errors.xml";
+         reader.setFileName(name);
+         return reader.parseFile();
+       }},
+  };
+}
+
+TEST_F(Soak, FilesAreClosedUnderFewDescriptors) {
   expectNothingLeft(
-      {
-          {"fileCopy", [] { return zn_lib::fileCopy("source", "copy", true); }},
-          {"fileCopy of a directory", [] { return zn_lib::fileCopy("from", "copy", true); }},
-          {"fileCopy to nowhere", [] { return zn_lib::fileCopy("source", "missing/a", true); }},
-          {"fileRename",
-           [&] {
-             oldName.swap(newName);
-             return zn_lib::fileRename(newName, oldName, false);
-           }},
-          {"fileRename to nowhere", [] { return !zn_lib::fileRename("source", "no/a", true); }},
-          {"createBackup",
-           [] { return zn_lib::createBackup("kept") && std::rename("kept~", "kept") == 0; }},
-          {"hexDump", [] { return zn_lib::hexDump("source", 16); }},
-          {"hexDump of a directory", [] { return zn_lib::hexDump("from", 16); }},
-          {"listDir", [&] { return listed("from", "\\.txt$"); }},
-          {"listDir by the engine", [&] { return listed("from", "o.*e"); }},
-          {"listDir of subdirectories", [&] { return listed("", "<dir>"); }},
-          {"listDir of nothing", [&] { return !listed("missing", ""); }},
-          {"listDir by a malformed filter", [&] { return !listed("from", "("); }},
-          {"copyDir",
-           [&] {
-             std::remove("to/one");
-             return zn_lib::copyDir(from, to) && isThere("to/one");
-           }},
-          {"createDir", [] { return zn_lib::createDir("new") && rmdir("new") == 0; }},
-          {"sequentialFile",
-           [] {
-             std::string numbered = "from/one";
-             zn_lib::sequentialFile(numbered);
-             return numbered == "from/one-1.";
-           }},
-          {"sequentialFile by a malformed base",
-           [] {
-             std::string numbered = "from/(";
-             zn_lib::sequentialFile(numbered);
-             return numbered == "from/(";
-           }},
-          {"ReadFile",
-           [&] {
-             zn_lib::ReadFile in;
-             in.setFileName(name);
-             std::string word;
-             const bool opened = in.fileOpen();
-             in.file >> word;
-             in.fileClose();
-             return opened && word == "a";
-           }},
-          {"ReadFile::cat, left open",
-           [&] {
-             zn_lib::ReadFile in;
-             in.setFileName(name);
-             return in.fileOpen() && in.cat();
-           }},
-          {"WriteFile",
-           [&] {
-             zn_lib::WriteFile out;
-             out.setFileName(written);
-             const bool opened = out.fileOpen();
-             out.file << "text\n";
-             out.fileClose();
-             return opened && !out.file.fail();
-           }},
-          {"WriteFile, left open and opened twice",
-           [&] {
-             zn_lib::WriteFile out;
-             out.setFileName(written);
-             return out.fileOpen() && out.fileOpen();
-           }},
-          {"Configuration::load",
-           [] {
-             zn_lib::Configuration store("SOAK", "saved");
-             return store.load() && store.get("key").value == "value";
-           }},
-          {"Configuration::load into settings", [&] { return saved.load(); }},
-          {"Configuration::save", [&] { return saved.save(); }},
-          {"Configuration::save in place", [&] { return inPlace.save(); }},
-          {"Configuration::save to nowhere", [&] { return !lost.save(); }},
-          {"Configuration's destructor",
-           [] {
-             {
-               zn_lib::Configuration store("SOAK", "dropped");
-               store.set("key", "value");
-             }
-             return std::remove("dropped.cfg") == 0;
-           }},
-          {"Configuration::listConfiguration",
-           [&] {
-             saved.listConfiguration();
-             return true;
-           }},
-          {"readErrorFile",
-           [&] { return zn_lib::readErrorFile("errors.xml", catalog) && catalog.size() == 1; }},
-          {"readErrorFile of a malformed file",
-           [&] { return zn_lib::readErrorFile("malformed.xml", catalog); }},
-          {"readErrorFile of a directory", [&] { return zn_lib::readErrorFile("from", catalog); }},
-          {"ReadXml::parseFile",
-           [&] {
-             zn_lib::ReadXml<zn_lib::ErrorEvent> reader;
-             reader.setFileName(name);
-             return reader.parseFile();
-           }},
-      },
+      joined({fileCalls(), directoryCalls(), streamCalls(), storeCalls(), catalogCalls()}),
       lengthOf(2000, 100000));
 }
+
+// ---- Processes
 
 TEST_F(Soak, ProcessesLeaveNothing) {
   expectNothingLeft(
@@ -584,32 +644,6 @@ bool isParsed(const std::string& document) {
   const bool parsed = parser.Parse(document.c_str(), true);
   parser.Destroy();
   return parsed && outline.text == "abv";
-}
-
-/// Whether `run` throws a `Failure`.
-template <class Failure, class Run>
-bool throws(Run run) {
-  try {
-    run();
-    return false;
-  } catch (const Failure&) {
-    return true;
-  }
-}
-
-/// A call whose answer is `expected`, always.
-template <class Answer, class Run>
-Call equal(const char* what, const Answer& expected, Run run) {
-  return {what, [expected, run] { return run() == expected; }};
-}
-
-/// A call that answers nothing but in its effects.
-template <class Run>
-Call silent(const char* what, Run run) {
-  return {what, [run] {
-            run();
-            return true;
-          }};
 }
 
 /// Longer than the texts that a string keeps in itself.
@@ -826,12 +860,9 @@ std::vector<Call> outputCalls() {
 
 TEST_F(Soak, MemoryIsFreed) {
   zn_lib::defaultDateTimeFormat();
-  std::vector<Call> all;
-  for (const auto& family : {stringCalls, tokenCalls, nameCalls, xmlCalls, dateCalls, settingsCalls,
-                             addressAndPlatformCalls, outputCalls}) {
-    for (Call& call : family()) all.push_back(std::move(call));
-  }
-  expectNothingLeft(all, lengthOf(20000, 1000000));
+  expectNothingLeft(joined({stringCalls(), tokenCalls(), nameCalls(), xmlCalls(), dateCalls(),
+                            settingsCalls(), addressAndPlatformCalls(), outputCalls()}),
+                    lengthOf(20000, 1000000));
 }
 
 // ---- Sums to the largest count
