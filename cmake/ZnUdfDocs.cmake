@@ -18,6 +18,7 @@ if(DOXYGEN_FOUND)
   if(ZN_UDF_TESTS)
     add_test(NAME docs COMMAND ${PROJECT_SOURCE_DIR}/tests/scripts/docs_test.sh ${DOXYGEN_EXECUTABLE} ${doxyfile}
       ${PROJECT_SOURCE_DIR})
+    set_tests_properties(docs PROPERTIES LABELS packaging)
   endif()
 else()
   add_custom_target(docs ${all}

@@ -10,7 +10,7 @@ function(zn_udf_runnable result)
   list(GET ARGN 0 first)
   set(directory $<TARGET_FILE_DIR:${first}>)
   if(ZN_UDF_IS_EMULATED)
-    set(directory ${PROJECT_BINARY_DIR}/emulated)
+    set(directory ${PROJECT_BINARY_DIR}/emulated/$<CONFIG>)
     foreach(target IN LISTS ARGN)
       file(GENERATE OUTPUT ${directory}/$<TARGET_FILE_NAME:${target}>
         CONTENT "#!/bin/sh\nexec ${CMAKE_CROSSCOMPILING_EMULATOR} '$<TARGET_FILE:${target}>' \"$@\"\n"

@@ -17,6 +17,13 @@ target_compile_options(zn_udf PRIVATE
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 target_compile_options(zn_udf PRIVATE $<IF:$<BOOL:${ZN_UDF_ASSERTIONS}>,-UNDEBUG,-DNDEBUG>)
 
+if(ZN_UDF_CHECK_DEFINITIONS)
+  target_compile_definitions(zn_udf PRIVATE ZN_UDF_CHECK_DEFINITIONS)
+endif()
+if(ZN_UDF_DEBUG_INFORMATION)
+  target_compile_options(zn_udf PRIVATE -g)
+endif()
+
 if(ZN_UDF_CONVERSION_CHECKS)
   set(conversion_checks -fsanitize=implicit-conversion -fno-sanitize-recover=implicit-conversion
     -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitizer_ignore.txt)
