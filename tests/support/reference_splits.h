@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <tokenizer.h>
 
+#include <optional>
 #include <regex>
 #include <string>
 #include <vector>
@@ -30,18 +31,31 @@ inline std::vector<std::string> tokensOfSplitMulti(const std::string& text,
   return tokenizer.tokens;
 }
 
+/// Splits `text` at the matches that the engine finds of `pattern`. Compiles a pattern once when
+/// calls with it follow each other.
+inline std::vector<std::string> splitByEngine(const std::string& text, const std::string& pattern) {
+  static std::string compiledFrom;
+  static std::optional<Engine> compiled;
+  if (!compiled || compiledFrom != pattern) {
+    compiled.reset();
+    compiled = engine(pattern);
+    compiledFrom = pattern;
+  }
+  return split(text, *compiled);
+}
+
 /// Expects that a split at the delimiters `set` gives what the engine makes of the bracket
 /// expression, errors included.
 inline void expectSplit(const std::string& text, const std::string& set) {
   ASSERT_EQ(outcomeOf([&] { return zn_lib::Tokenizer(text, set).tokens; }),
-            outcomeOf([&] { return split(text, engine("[" + set + "]")); }))
+            outcomeOf([&] { return splitByEngine(text, "[" + set + "]"); }))
       << text << " at " << set;
 }
 
 /// Expects that a split at `pattern` gives what the engine makes of it, errors included.
 inline void expectSplitMulti(const std::string& text, const std::string& pattern) {
   ASSERT_EQ(outcomeOf([&] { return tokensOfSplitMulti(text, pattern); }),
-            outcomeOf([&] { return split(text, engine(pattern)); }))
+            outcomeOf([&] { return splitByEngine(text, pattern); }))
       << text << " at " << pattern;
 }
 
