@@ -26,7 +26,7 @@ import growth_plot  # noqa: E402
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 OURS = "zn_udf"
-LIMIT = "limit:"
+BASELINE = "baseline:"
 NANOSECONDS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 DOUBLINGS = 6  # the last sizes of a growth row, which determine its exponent
 STEEP = 1.15  # the report names rows with a larger exponent
@@ -72,7 +72,7 @@ WHO = {
 
 def plain_name(who):
     """Returns the common spelling of an implementation, the second part of a row's name."""
-    who = who.removeprefix(LIMIT)
+    who = who.removeprefix(BASELINE)
     return WHO.get(who) or re.sub("^(absl|std)_", r"\1::", who)
 
 
@@ -297,7 +297,7 @@ def summary_text(by_program, sections, measured):
     ratios = []  # of our time to the fastest peer's, with the work and the peer
     for row in (row for section in sections if section.program not in ("memory", "growth") for row in section.rows):
         ours = measured.time(row.name, OURS)
-        peer, peer_name = measured.fastest(row.name, lambda who: not who.startswith(LIMIT) and who not in UNEQUAL)
+        peer, peer_name = measured.fastest(row.name, lambda who: not who.startswith(BASELINE) and who not in UNEQUAL)
         if ours and peer:
             ratios.append((ours / peer, row.words, plain_name(peer_name)))
     faster = sum(ratio < 1 - SIMILAR for ratio, _, _ in ratios)
@@ -334,11 +334,11 @@ def rows_text(sections, measured):
         rows = []
         for row in section.rows:
             ours = measured.time(row.name, OURS)
-            peer, peer_name = measured.fastest(row.name, lambda who: not who.startswith(LIMIT))
-            limit, limit_name = measured.fastest(row.name, lambda who: who.startswith(LIMIT))
+            peer, peer_name = measured.fastest(row.name, lambda who: not who.startswith(BASELINE))
+            baseline, baseline_name = measured.fastest(row.name, lambda who: who.startswith(BASELINE))
             rows.append([row.words, time_text(ours), plain_name(peer_name or "none"), time_text(peer),
-                         ratio_text(ours, peer), plain_name(limit_name or "none"), time_text(limit),
-                         ratio_text(ours, limit)])
+                         ratio_text(ours, peer), plain_name(baseline_name or "none"), time_text(baseline),
+                         ratio_text(ours, baseline)])
         head = ["Work", "Ours", "Best peer", "Time", "Ours / peer", "Baseline", "Time", "Ours / baseline"]
         texts.append(f"### {section.heading}\n\n" + table(head, rows))
     return "\n\n".join(texts)
@@ -350,7 +350,7 @@ def peak_of(row, who, measured):
 
 def result_alone(row, measured):
     """Returns the implementation that holds the result of the row and nothing else."""
-    return next(who for (what, who, _) in measured.counters if what == row.name and who.startswith(LIMIT))
+    return next(who for (what, who, _) in measured.counters if what == row.name and who.startswith(BASELINE))
 
 
 def peak_over_result(row, measured):

@@ -39,7 +39,7 @@ int main(int argc, char** argv) {
     addPeakRow("memory_load_100000/" + who, "load/" + who, directory.path(), storeSize);
   };
   addLoadRow("zn_udf");
-  addLoadRow("limit:result_alone");
+  addLoadRow("baseline:result_alone");
   addLoadRow("expat_and_map");
 #ifdef ZN_UDF_HAVE_PUGIXML
   addLoadRow("pugixml");
@@ -52,7 +52,7 @@ int main(int argc, char** argv) {
     addPeakRow("memory_split_16MiB/" + who, "split/" + who, "", memory_case::kTextSize);
   };
   addSplitRow("zn_udf");
-  addSplitRow("limit:result_alone");
+  addSplitRow("baseline:result_alone");
 #ifdef ZN_UDF_HAVE_ABSL
   addSplitRow("absl_StrSplit");
 #endif
@@ -60,13 +60,13 @@ int main(int argc, char** argv) {
   const std::string dumped = directory.file("dumped");
   std::ofstream(dumped).close();
   std::filesystem::resize_file(dumped, memory_case::kDumpSize);
-  for (const char* who : {"zn_udf", "limit:file_alone"}) {
+  for (const char* who : {"zn_udf", "baseline:file_alone"}) {
     addPeakRow("memory_hexDump_8MiB/" + std::string(who), "hexDump/" + std::string(who), dumped,
                memory_case::kDumpSize);
   }
 
   const bench::FullDirectory listed(memory_case::kFiles);
-  for (const char* who : {"zn_udf", "limit:result_alone", "readdir"}) {
+  for (const char* who : {"zn_udf", "baseline:result_alone", "readdir"}) {
     addPeakRow("memory_listDir_100000/" + std::string(who), "listDir/" + std::string(who),
                listed.path(), 0);
   }

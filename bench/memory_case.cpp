@@ -152,7 +152,7 @@ void nothing(const std::string&) {}
 const std::map<std::string, std::function<void(const std::string&)>> kCases = {
     {"nothing", nothing},
     {"load/zn_udf", loadStore},
-    {"load/limit:result_alone", settingsAlone},
+    {"load/baseline:result_alone", settingsAlone},
     {"load/expat_and_map", loadByExpat},
 #ifdef ZN_UDF_HAVE_PUGIXML
     {"load/pugixml", loadByPugixml},
@@ -161,14 +161,14 @@ const std::map<std::string, std::function<void(const std::string&)>> kCases = {
     {"load/tinyxml2", loadByTinyxml2},
 #endif
     {"split/zn_udf", split},
-    {"split/limit:result_alone", tokensAlone},
+    {"split/baseline:result_alone", tokensAlone},
 #ifdef ZN_UDF_HAVE_ABSL
     {"split/absl_StrSplit", splitByAbsl},
 #endif
     {"hexDump/zn_udf", dump},
-    {"hexDump/limit:file_alone", bytesAlone},
+    {"hexDump/baseline:file_alone", bytesAlone},
     {"listDir/zn_udf", list},
-    {"listDir/limit:result_alone", namesAlone},
+    {"listDir/baseline:result_alone", namesAlone},
     {"listDir/readdir", listByReaddir},
 };
 

@@ -17,6 +17,6 @@ void addStartRow(const std::string& who, const char* program) {
 int main(int argc, char** argv) {
   addStartRow("zn_udf", ZN_UDF_EMPTY_WITH_LIBRARY);
   addStartRow("empty_library", ZN_UDF_EMPTY_WITH_EMPTY_LIBRARY);
-  addStartRow("limit:no_library", ZN_UDF_EMPTY_WITH_NOTHING);
+  addStartRow("baseline:no_library", ZN_UDF_EMPTY_WITH_NOTHING);
   return bench::runRows(argc, argv);
 }

@@ -42,7 +42,7 @@ void addSplitRows(const std::string& name, const std::string& text, const std::s
   });
   std::array<bool, 256> isDelimiter{};
   for (const char c : delimiters) isDelimiter[static_cast<unsigned char>(c)] = true;
-  bench::addScan(name + "/limit:hand_loop", text,
+  bench::addScan(name + "/baseline:hand_loop", text,
                  [isDelimiter](const std::string& t) { return splitByTable(t, isDelimiter); });
 #ifdef ZN_UDF_HAVE_ABSL
   if (delimiters.size() == 1) {

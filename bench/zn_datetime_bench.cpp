@@ -142,7 +142,7 @@ void addParsingRows(const std::string& name, const std::string& text) {
     zn_lib::parseISOdate(t, record);
     return record;
   });
-  addRow(name + "/limit:hand_loop", text, recordAtPlaces);
+  addRow(name + "/baseline:hand_loop", text, recordAtPlaces);
   addRow(name + "/strptime", text, [](const std::string& t) {
     std::tm parts{};
     strptime(t.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
@@ -167,7 +167,7 @@ void addReadingRows() {
     strptime(t.c_str(), "%d %B %Y %H:%M:%S", &parts);
     return formatted(kIsoFormat, parts);
   });
-  addRow("dateToISO/limit:hand_loop", brokenDown(kUnixTime), isoAtPlaces);
+  addRow("dateToISO/baseline:hand_loop", brokenDown(kUnixTime), isoAtPlaces);
 }
 
 #ifdef ZN_UDF_HAVE_FMT
@@ -182,7 +182,7 @@ void addFmtRow(const std::string& name, Format format) {
 void addWritingRows() {
   addRow("julianToISO/zn_udf", kJulian,
          [](unsigned long long julian) { return zn_lib::julianToISO(julian); });
-  addRow("julianToISO/limit:hand_loop", kUnixTime,
+  addRow("julianToISO/baseline:hand_loop", kUnixTime,
          [](std::time_t time) { return isoAtPlaces(brokenDownByHand(time)); });
   addRow("julianToISO/gmtime_r_strftime", kUnixTime,
          [](std::time_t time) { return formatted(kIsoFormat, brokenDown(time)); });
@@ -195,7 +195,7 @@ void addWritingRows() {
       zn_lib::DAY_MONTH_YEAR, zn_lib::MONTH_SHORT_NAME, '/', ' ', ':', true};
   addRow("formatJulianDate/zn_udf", kJulian,
          [named](unsigned long long julian) { return zn_lib::formatJulianDate(julian, named); });
-  addRow("formatJulianDate/limit:hand_loop", kUnixTime,
+  addRow("formatJulianDate/baseline:hand_loop", kUnixTime,
          [](std::time_t time) { return namedMonthAtPlaces(brokenDownByHand(time)); });
   addRow("formatJulianDate/gmtime_r_strftime", kUnixTime,
          [](std::time_t time) { return formatted(kNamedMonthFormat, brokenDown(time)); });
@@ -244,7 +244,7 @@ zn_lib::date_time_record toRecord(absl::CivilSecond instant) {
 void addCalendarRows() {
   addRow("dateToJulian/zn_udf", kRecord,
          [](zn_lib::date_time_record& record) { return zn_lib::dateToJulian(record); });
-  addRow("dateToJulian/limit:hand_loop", kRecord, julianOfFields);
+  addRow("dateToJulian/baseline:hand_loop", kRecord, julianOfFields);
 #ifdef ZN_UDF_HAVE_DATE
   addRow("dateToJulian/date", kRecord,
          [](const zn_lib::date_time_record& record) { return toInstant(record); });
@@ -259,7 +259,7 @@ void addCalendarRows() {
 
   addRow("julianToDate/zn_udf", kJulian,
          [](unsigned long long julian) { return zn_lib::julianToDate(julian); });
-  addRow("julianToDate/limit:hand_loop", kUnixTime, fieldsOfUnixTime);
+  addRow("julianToDate/baseline:hand_loop", kUnixTime, fieldsOfUnixTime);
 #ifdef ZN_UDF_HAVE_DATE
   addRow("julianToDate/date", Milliseconds(std::chrono::seconds(kUnixTime)),
          [](Milliseconds instant) { return toRecord(instant); });

@@ -82,7 +82,7 @@ int main(int argc, char** argv) {
   const unsigned long long firstDay = zn_lib::dateToJulian(2024, 1, 1, 12, 0, 0.0);
   constexpr double latitudeInRadians = 0.9;
   bench::addRow("daylength_366_days/zn_udf", firstDay, yearOfDaylight);
-  bench::addRow("daylength_366_days/limit:trigonometry", latitudeInRadians, yearOfTrigonometry);
+  bench::addRow("daylength_366_days/baseline:trigonometry", latitudeInRadians, yearOfTrigonometry);
 #ifdef ZN_UDF_HAVE_NOVA
   constexpr double firstOf2024 = 2460310.5;  // as a Julian Date
   bench::addRow("daylength_366_days/libnova", firstOf2024, yearOfRisesAndSets);

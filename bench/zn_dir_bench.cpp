@@ -41,7 +41,7 @@ void addListRows(const std::string& name, const std::string& directory, const st
     return names;
   });
   // Every name, whatever the filter.
-  addClockRow(name + "/limit:readdir", directory,
+  addClockRow(name + "/baseline:readdir", directory,
               [](const std::string& d) { return namesByReaddir(d, all); });
 #ifdef ZN_UDF_HAVE_RE2
   addClockRow(name + "/readdir_RE2", directory, [filter](const std::string& d) {

@@ -65,7 +65,7 @@ int main(int argc, char** argv) {
   writeCatalog(file, 10000);
   bench::addClockRow("readErrorFile_10000/zn_udf", file, readCatalog);
   bench::addClockRow("readErrorFile_10000/expat_and_map", file, readByExpat);
-  bench::addClockRow("readErrorFile_10000/limit:expat_alone", file, bench::countOfFile);
+  bench::addClockRow("readErrorFile_10000/baseline:expat_alone", file, bench::countOfFile);
 
   constexpr int fewest = 64;
   constexpr int most = 100000;

@@ -39,7 +39,7 @@ zn_lib::name_of_file splitByHand(const std::string& name) {
 
 void addSplitRows(const std::string& row, const std::string& name) {
   bench::addRow(row + "/zn_udf", name, [](std::string& n) { return zn_lib::splitFileName(n); });
-  bench::addRow(row + "/limit:rfind", name, splitByHand);
+  bench::addRow(row + "/baseline:rfind", name, splitByHand);
   // The directory comes without its "/", the extension with its dot.
   bench::addRow(row + "/std_filesystem_path", name, [](const std::string& n) {
     const fs::path path(n);
@@ -88,7 +88,7 @@ void addCopyRows(const std::string& row, const Copy& files) {
     return fs::copy_file(c.source, c.target, fs::copy_options::overwrite_existing);
   });
   bench::addClockRow(row + "/read_write", files, copyByBlocks);
-  bench::addClockRow(row + "/limit:copy_file_range", files, copyInKernel);
+  bench::addClockRow(row + "/baseline:copy_file_range", files, copyInKernel);
 #ifdef ZN_UDF_CP
   bench::addClockRow(row + "/cp", files, [](const Copy& c) {
     return bench::runProgram({ZN_UDF_CP, c.source, c.target}).ru_nsignals;
@@ -132,7 +132,7 @@ void addDumpRows(const std::string& file, const std::string& out) {
     zn_lib::setVerbose(true);
     zn_lib::hexDump(file, 16);
   });
-  addDumpRow("hexDump_8MiB/limit:hand_loop", out, [file] { dumpByHand(file); });
+  addDumpRow("hexDump_8MiB/baseline:hand_loop", out, [file] { dumpByHand(file); });
 #ifdef ZN_UDF_XXD
   addDumpRow("hexDump_8MiB/xxd", out,
              [file] { execl(ZN_UDF_XXD, ZN_UDF_XXD, file.c_str(), static_cast<char*>(nullptr)); });

@@ -33,7 +33,7 @@ void addSetRows(const std::string& name, const std::string& text) {
     address.set(t);
     return address;
   });
-  addRow(name + "/limit:inet_pton", text, [](const std::string& t) {
+  addRow(name + "/baseline:inet_pton", text, [](const std::string& t) {
     in_addr address{};
     inet_pton(AF_INET, t.c_str(), &address);
     return address;
@@ -66,7 +66,7 @@ void addFormatRows(const std::string& name, const std::string& text) {
   const zn_lib::IPv4 address;
   addRow(name + "/zn_udf", text,
          [address](const std::string& t) { return address.validFormat(t); });
-  addRow(name + "/limit:hand_loop", text, hasFormat);
+  addRow(name + "/baseline:hand_loop", text, hasFormat);
   const std::regex pattern(zn_lib::internal::definitions::ipv4.expression);
   addRow(name + "/std_regex", text,
          [pattern](const std::string& t) { return std::regex_match(t, pattern); });
@@ -93,7 +93,7 @@ void addTextRows(const std::string& text) {
   zn_lib::IPv4 address;
   address.set(text);
   addRow("IPv4_text/zn_udf", address, [](const zn_lib::IPv4& a) { return a.text(); });
-  addRow("IPv4_text/limit:to_chars", address.binary, dottedText);
+  addRow("IPv4_text/baseline:to_chars", address.binary, dottedText);
 #ifdef ZN_UDF_HAVE_BOOST
   addRow("IPv4_text/boost_asio", boost::asio::ip::make_address_v4(text),
          [](const boost::asio::ip::address_v4& a) { return a.to_string(); });
@@ -115,7 +115,7 @@ void addBlockRows(const std::string& text) {
     std::sscanf(t.c_str(), "%hhu.%hhu.%hhu.%hhu", &blocks[0], &blocks[1], &blocks[2], &blocks[3]);
     return blocks;
   });
-  addRow("IPv4_textToBlocks/limit:inet_pton", text, [](const std::string& t) {
+  addRow("IPv4_textToBlocks/baseline:inet_pton", text, [](const std::string& t) {
     Blocks blocks{};
     inet_pton(AF_INET, t.c_str(), blocks.data());
     return blocks;

@@ -27,7 +27,7 @@ int main(int argc, char** argv) {
   bench::addClockRow("childProcess/zn_udf", program,
                      [](const std::string& p) { return zn_lib::childProcess(p, kArgument, true); });
   bench::addClockRow("childProcess/fork_exec", program, runByFork);
-  bench::addClockRow("childProcess/limit:posix_spawn", program, [](const std::string& p) {
+  bench::addClockRow("childProcess/baseline:posix_spawn", program, [](const std::string& p) {
     return bench::runProgram({p, kArgument}).ru_nsignals;
   });
   return bench::runRows(argc, argv);

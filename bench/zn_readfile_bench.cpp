@@ -67,7 +67,7 @@ int main(int argc, char** argv) {
   bench::addClockRow("cat_8MiB/zn_udf", print, printing(catByLibrary));
   bench::addClockRow("cat_8MiB/fgets", print, printing(catByFgets));
   bench::addClockRow("cat_8MiB/getline", print, printing(catByGetline));
-  bench::addClockRow("cat_8MiB/limit:read_write", print, printing(catByBlocks));
+  bench::addClockRow("cat_8MiB/baseline:read_write", print, printing(catByBlocks));
 #ifdef ZN_UDF_CAT
   bench::addClockRow("cat_8MiB/cat", print, printing([](const std::string& name) {
                        execl(ZN_UDF_CAT, ZN_UDF_CAT, name.c_str(), static_cast<char*>(nullptr));

@@ -47,7 +47,7 @@ int main(int argc, char** argv) {
   bench::addClockRow("sequentialFile_of_1000/zn_udf", directory.file(base + ".csv"), numbered);
   bench::addClockRow("sequentialFile_of_1000/std_directory_iterator", directory.path(),
                      [base](const std::string& d) { return lastByIterator(d, base); });
-  bench::addClockRow("sequentialFile_of_1000/limit:readdir", directory.path(),
+  bench::addClockRow("sequentialFile_of_1000/baseline:readdir", directory.path(),
                      [base](const std::string& d) { return lastByReaddir(d, base); });
 
   constexpr int fewest = 64;

@@ -28,7 +28,7 @@ void addLoadRows(const std::string& row, const std::string& directory, const std
     return store;
   });
   const std::string file = storeIn(directory, name)->getConfigurationFile();
-  bench::addClockRow(row + "/limit:expat_alone", file, &bench::countOfFile);
+  bench::addClockRow(row + "/baseline:expat_alone", file, &bench::countOfFile);
   bench::addClockRow(row + "/expat_and_map", file, &bench::readByExpat);
 #ifdef ZN_UDF_HAVE_PUGIXML
   bench::addClockRow(row + "/pugixml", file, &bench::readByPugixml);
@@ -49,7 +49,7 @@ void addSaveRows(const std::string& directory) {
   // The bytes that the library writes, over those of the last time, on the disk as they are there.
   const std::string bytes = readFile(store->getConfigurationFile());
   const std::string plain = directory + "/written";
-  bench::addClockRow("save_10000/limit:write_and_fsync", bytes, [plain](const std::string& b) {
+  bench::addClockRow("save_10000/baseline:write_and_fsync", bytes, [plain](const std::string& b) {
     writeFile(plain, b);
     return bench::synchronise(plain);
   });

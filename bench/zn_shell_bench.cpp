@@ -13,7 +13,7 @@ int main(int argc, char** argv) {
                      [](const std::string& c) { return zn_lib::execShell(c); });
   bench::addClockRow("execShell/system", command,
                      [](const std::string& c) { return std::system(c.c_str()); });
-  bench::addClockRow("execShell/limit:posix_spawn", command, [](const std::string& c) {
+  bench::addClockRow("execShell/baseline:posix_spawn", command, [](const std::string& c) {
     return bench::runProgram({"/bin/sh", "-c", c}).ru_nsignals;
   });
   return bench::runRows(argc, argv);

@@ -37,7 +37,7 @@ using bench::addScan;
 
 bool isQuote(char c) { return c == '`' || c == '\'' || c == '"'; }
 
-bool isBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -68,7 +68,7 @@ bool hasCharactersOfNumbers(const std::string& text) {
 
 void addNumberRows(const std::string& name, const std::string& text) {
   addRow(name + "/zn_udf", text, [](const std::string& t) { return zn_lib::isNumber(t); });
-  addRow(name + "/limit:hand_loop", text, hasCharactersOfNumbers);
+  addRow(name + "/baseline:hand_loop", text, hasCharactersOfNumbers);
   const std::regex pattern(definitions::validNumber.expression);
   addRow(name + "/std_regex", text,
          [pattern](const std::string& t) { return std::regex_match(t, pattern); });
@@ -98,7 +98,7 @@ bool isKeyword(const std::string& text) {
 void addBoolRows(const std::string& text) {
   const std::string name = "stringToBool_" + text;
   addRow(name + "/zn_udf", text, [](const std::string& t) { return zn_lib::stringToBool(t); });
-  addRow(name + "/limit:strcasecmp", text, isKeyword);
+  addRow(name + "/baseline:strcasecmp", text, isKeyword);
   const std::regex pattern(definitions::isBool.expression, definitions::isBool.grammar);
   addRow(name + "/std_regex", text,
          [pattern](const std::string& t) { return std::regex_match(t, pattern); });
@@ -112,43 +112,44 @@ void addBoolRows(const std::string& text) {
 }
 
 void addTrimRows() {
-  const std::string line = "   a line of text with blanks around it  \r\n";
+  const std::string line = "   a line of text with spaces around it  \r\n";
   constexpr std::size_t leading = 3;
   constexpr std::size_t inner = 36;
   addRow("allTrim_43B/zn_udf", line, [](const std::string& t) { return zn_lib::allTrim(t); });
-  addRow("allTrim_43B/limit:substr", line,
+  addRow("allTrim_43B/baseline:substr", line,
          [](const std::string& t) { return t.substr(leading, inner); });
 #ifdef ZN_UDF_HAVE_ABSL
   addRow("allTrim_43B/absl_StripAsciiWhitespace", line,
          [](const std::string& t) { return std::string(absl::StripAsciiWhitespace(t)); });
 #endif
   addRow("leftTrim_43B/zn_udf", line, [](const std::string& t) { return zn_lib::leftTrim(t); });
-  addRow("leftTrim_43B/limit:substr", line, [](const std::string& t) { return t.substr(leading); });
+  addRow("leftTrim_43B/baseline:substr", line,
+         [](const std::string& t) { return t.substr(leading); });
 #ifdef ZN_UDF_HAVE_ABSL
   addRow("leftTrim_43B/absl_StripLeadingAsciiWhitespace", line,
          [](const std::string& t) { return std::string(absl::StripLeadingAsciiWhitespace(t)); });
 #endif
 
-  const std::string blanks = bench::mebibyteOf(" \t\r\n");
+  const std::string whitespace = bench::mebibyteOf(" \t\r\n");
   const auto handLoop = [](const std::string& t) {
     std::size_t first = 0;
-    while (first != t.size() && isBlank(t[first])) ++first;
+    while (first != t.size() && isSpace(t[first])) ++first;
     std::size_t last = t.size();
-    while (last != first && isBlank(t[last - 1])) --last;
+    while (last != first && isSpace(t[last - 1])) --last;
     return t.substr(first, last - first);
   };
-  addScan("allTrim_1MiB_of_blanks/zn_udf", blanks,
+  addScan("allTrim_1MiB_of_whitespace/zn_udf", whitespace,
           [](const std::string& t) { return zn_lib::allTrim(t); });
-  addScan("allTrim_1MiB_of_blanks/limit:hand_loop", blanks, handLoop);
+  addScan("allTrim_1MiB_of_whitespace/baseline:hand_loop", whitespace, handLoop);
 #ifdef ZN_UDF_HAVE_ABSL
-  addScan("allTrim_1MiB_of_blanks/absl_StripAsciiWhitespace", blanks,
+  addScan("allTrim_1MiB_of_whitespace/absl_StripAsciiWhitespace", whitespace,
           [](const std::string& t) { return std::string(absl::StripAsciiWhitespace(t)); });
 #endif
 }
 
 void addUpperRows(const std::string& name, const std::string& text) {
   addScan(name + "/zn_udf", text, [](const std::string& t) { return zn_lib::stringToUpper(t); });
-  addScan(name + "/limit:hand_loop", text, [](const std::string& t) {
+  addScan(name + "/baseline:hand_loop", text, [](const std::string& t) {
     std::string result = t;
     for (char& c : result) c = upper(c);
     return result;
@@ -164,7 +165,7 @@ std::string copyOf(const std::string& text) { return text; }
 void addRemovalRows(const std::string& text) {
   addScan("removeQuotes_1MiB/zn_udf", text,
           [](const std::string& t) { return zn_lib::removeQuotes(t); });
-  addScan("removeQuotes_1MiB/limit:memcpy", text, copyOf);
+  addScan("removeQuotes_1MiB/baseline:memcpy", text, copyOf);
   addScan("removeQuotes_1MiB/push_back_loop", text,
           [](const std::string& t) { return keepOthers(t, isQuote); });
   addScan("removeQuotes_1MiB/erase_remove", text,
@@ -178,7 +179,7 @@ void addRemovalRows(const std::string& text) {
   const auto isComma = [](char c) { return c == ','; };
   addScan("removeChar_1MiB/zn_udf", text,
           [](const std::string& t) { return zn_lib::removeChar(t, ','); });
-  addScan("removeChar_1MiB/limit:memcpy", text, copyOf);
+  addScan("removeChar_1MiB/baseline:memcpy", text, copyOf);
   addScan("removeChar_1MiB/push_back_loop", text,
           [isComma](const std::string& t) { return keepOthers(t, isComma); });
   addScan("removeChar_1MiB/erase_remove", text,
@@ -193,7 +194,7 @@ void addRemovalRows(const std::string& text) {
 void addReplacementRows(const std::string& text) {
   addScan("replaceChar_1MiB/zn_udf", text,
           [](const std::string& t) { return zn_lib::replaceChar(t, ',', ';'); });
-  addScan("replaceChar_1MiB/limit:memcpy", text, copyOf);
+  addScan("replaceChar_1MiB/baseline:memcpy", text, copyOf);
   addScan("replaceChar_1MiB/std_replace", text, [](const std::string& t) {
     std::string result = t;
     std::replace(result.begin(), result.end(), ',', ';');
@@ -207,7 +208,7 @@ void addReplacementRows(const std::string& text) {
     return zn_lib::replaceString(t, search, replacement);
   });
   const std::size_t position = sentence.find(search);
-  addRow("replaceString_52B/limit:append", sentence, [=](const std::string& t) {
+  addRow("replaceString_52B/baseline:append", sentence, [=](const std::string& t) {
     std::string result;
     result.reserve(t.size() + replacement.size() - search.size());
     result.append(t, 0, position).append(replacement).append(t, position + search.size());
@@ -232,7 +233,7 @@ void addPaddingRows() {
   constexpr int width = 12;
   addRow("rightPad_4B_to_12B/zn_udf", number,
          [](const std::string& t) { return zn_lib::rightPad(t, width, '0'); });
-  addRow("rightPad_4B_to_12B/limit:memcpy", number, [](const std::string& t) {
+  addRow("rightPad_4B_to_12B/baseline:memcpy", number, [](const std::string& t) {
     std::string result(width, '0');
     t.copy(result.data() + width - t.size(), t.size());
     return result;
@@ -255,7 +256,7 @@ void addPercentRows() {
   const std::string name = "percentString_2_decimals";
   addRow(name + "/zn_udf", part,
          [](double p) { return zn_lib::percentString(p, whole, decimals); });
-  addRow(name + "/limit:to_chars", part, [](double p) {
+  addRow(name + "/baseline:to_chars", part, [](double p) {
     std::array<char, 32> buffer;
     char* const end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), p / whole * 100.0,
                                     std::chars_format::fixed, decimals)
@@ -284,8 +285,8 @@ void addTextGrowth(const std::string& what, const std::string& alphabet, Operati
 
 void addGrowthRows() {
   // What the memory of a result costs as it grows.
-  addTextGrowth("copy", "abcdefgh", copyOf, "limit:memcpy");
-  addTextGrowth("allTrim_of_blanks", " \t\r\n",
+  addTextGrowth("copy", "abcdefgh", copyOf, "baseline:memcpy");
+  addTextGrowth("allTrim_of_whitespace", " \t\r\n",
                 [](const std::string& t) { return zn_lib::allTrim(t); });
   addTextGrowth("stringToUpper", "abcdefgh ",
                 [](const std::string& t) { return zn_lib::stringToUpper(t); });

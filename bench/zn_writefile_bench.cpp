@@ -58,7 +58,7 @@ int main(int argc, char** argv) {
   bench::addClockRow("write_8MiB_of_lines/ofstream", name, writing(writeByOfstream));
   bench::addClockRow("write_8MiB_of_lines/fputs", name, writing(writeByFputs));
   bench::addClockRow(
-      "write_8MiB_of_lines/limit:write", name,
+      "write_8MiB_of_lines/baseline:write", name,
       [bytes = bench::linesOf(size)](const std::string& n) { return writeAtOnce(n, bytes); });
 
   constexpr int smallestFile = 1024;
