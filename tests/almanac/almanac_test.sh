@@ -78,6 +78,7 @@ expect_silent_pipe() {
   report "$1" $? why
 }
 
+# shellcheck disable=SC2034  # The parts use it.
 places=$data/places.tab
 for part in tables places command_line settings files pictures messages; do
   # shellcheck source=/dev/null

@@ -34,8 +34,8 @@ for target in x86_64-apple-macos10.15 x86_64-apple-macos12.0 arm64-apple-macos13
 done
 
 for target in aarch64-linux-gnu arm-linux-gnueabihf powerpc64le-linux-gnu riscv64-linux-gnu; do
-  refuses "orders the bytes in a pattern as signed characters" $target
-  takes $target -fsigned-char
+  refuses "orders the bytes in a pattern as signed characters" "$target"
+  takes "$target" -fsigned-char
 done
 takes i686-linux-gnu -msse2 -mfpmath=sse
 for target in x86_64-linux-gnu x86_64-unknown-freebsd13 x86_64-apple-macos13.3 arm64-apple-macos14.0; do

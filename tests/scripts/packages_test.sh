@@ -52,7 +52,10 @@ bare=$2
 inside=/tmp/packages
 mkdir -p "$bare$inside"
 cp "$library" "$development" "$source/tests/consumers/host.cpp" "$bare$inside/"
-before=$(chroot "$bare" dpkg-query -W -f '${Package}\n' | sort)
+# A format of dpkg-query's, not an expansion of the shell's.
+# shellcheck disable=SC2016
+format='${Package}\n'
+before=$(chroot "$bare" dpkg-query -W -f "$format" | sort)
 chroot "$bare" sh -eu -c "
   export DEBIAN_FRONTEND=noninteractive
   apt-get update -q
@@ -68,6 +71,6 @@ chroot "$bare" sh -eu -c "
   apt-get autoremove --purge -q -y" >"$work/log" 2>&1 || fail "removing from a bare system" "$work/log"
 left=$(find "$bare/usr" "$bare/etc" "$bare/var/lib/dpkg/info" -iname '*zn[-_]udf*')
 [ -z "$left" ] || fail "left behind: $left"
-[ "$(chroot "$bare" dpkg-query -W -f '${Package}\n' | sort)" = "$before" ] || fail "packages are left behind"
+[ "$(chroot "$bare" dpkg-query -W -f "$format" | sort)" = "$before" ] || fail "packages are left behind"
 rm -r "$bare$inside"
 echo "The packages install on a bare system and leave nothing behind"
