@@ -68,7 +68,7 @@ TEST(Split, Examples) {
 TEST(Split, AgreesWithTheEngineOnEverySmallSet) {
   const std::string text = everyByte() + "ab--]]^^[[\\\\";
   forEveryText(everyByte(), 1, [&](const std::string& set) { reference::expectSplit(text, set); });
-  // Sets of characters that have a meaning inside brackets, and strangers.
+  // Characters with a meaning inside brackets, and others.
   const std::string special = "-^\\][:=ad9\0\xFF"s;
   forEveryText(special, 3, [&](const std::string& set) { reference::expectSplit(text, set); });
 }
@@ -136,22 +136,22 @@ TEST(SplitMulti, Examples) {
 
 TEST(SplitMulti, AgreesWithTheEngine) {
   using reference::expectSplitMulti;
-  // Every single byte, and every pair with a meaning in it.
+  // Every byte, and every pair that contains an operator.
   const std::string text = everyByte() + "ab--^^$$..||";
   forEveryText(everyByte(), 1,
                [&](const std::string& pattern) { expectSplitMulti(text, pattern); });
   forEveryText("a-^$\\.*+?()[]{}|,\n\0\xFF"s, 2,
                [&](const std::string& p) { expectSplitMulti(text, p); });
-  // The characters that are equal but for their case.
+  // Equivalence classes, which ignore case.
   forEveryText(everyByte(), 1,
                [&](const std::string& p) { expectSplitMulti(text, "[[=" + p + "=]]"); });
-  // Plain patterns that overlap themselves.
+  // Plain patterns that may overlap themselves.
   for (const char* pattern : {"a", "aa", "ab", "aba", "aab", "bb"}) {
     forEveryText("ab", 9, [&](const std::string& t) { expectSplitMulti(t, pattern); });
   }
 }
 
-TEST(SplitMulti, AnswersTheSameWithAnyStandardLibrary) {
+TEST(SplitMulti, IsTheSameWithAnyStandardLibrary) {
   const struct {
     std::string text, pattern;
     Tokens tokens;
@@ -192,7 +192,7 @@ TEST(SplitMulti, LeavesNoTokensWhenThePatternIsMalformed) {
   EXPECT_TRUE(tokenizer.tokens.empty());
 }
 
-// The engine would exhaust the stack in compiling them.
+// Compiling such a pattern would exhaust the stack.
 TEST(LongPatterns, WithOperatorsAreMalformed) {
   const std::string longest = std::string(9998, 'x') + "|b";
   zn_lib::Tokenizer tokenizer;
@@ -208,15 +208,15 @@ TEST(LongPatterns, WithOperatorsAreMalformed) {
   }
 }
 
-TEST(LongPatterns, OfPlainCharactersAreTaken) {
+TEST(LongPatterns, OfPlainCharactersAreValid) {
   EXPECT_EQ(zn_lib::Tokenizer().splitMulti("abc", std::string(kLongText, 'x')), 1u);
   EXPECT_EQ(zn_lib::Tokenizer().split("axb", std::string(kLongText, 'x')), 2u);
   EXPECT_EQ(zn_lib::Tokenizer().split("axb", "^" + std::string(20000, 'x')), 2u);
 }
 
-TEST(LongPatterns, AreTakenUpToTheirLimits) {
+TEST(LongPatterns, AreValidUpToTheirLimits) {
   constexpr std::size_t longest = 10000;
-  constexpr std::size_t longestSet = longest - 2;  // without the marks that split adds
+  constexpr std::size_t longestSet = longest - 2;  // without the brackets that split adds
   const std::string x(longest, 'x');
   const struct {
     const char* what;
@@ -228,9 +228,9 @@ TEST(LongPatterns, AreTakenUpToTheirLimits) {
       {"all but these", true, "^" + x + x, true},
       {"a range and more", true, "a-c" + x, true},
       {"an escape and more", true, "\\d" + x, true},
-      {"the longest that closes", true, x.substr(0, longestSet - 1) + "]", true},
-      {"longer, and closes", true, x.substr(0, longestSet) + "]", false},
-      {"longer, with an escaped mark", true, x.substr(0, longestSet - 1) + "\\]", false},
+      {"the longest set with a bracket", true, x.substr(0, longestSet - 1) + "]", true},
+      {"a longer set with a bracket", true, x.substr(0, longestSet) + "]", false},
+      {"a longer set with an escaped bracket", true, x.substr(0, longestSet - 1) + "\\]", false},
       {"plain text", false, x + x, true},
       {"the longest with an operator", false, x.substr(1) + "+", true},
       {"longer, with an operator", false, x + "+", false},
@@ -274,7 +274,7 @@ TEST(SortTokens, OrdersBytesAsUnsignedValues) {
   EXPECT_FALSE(before("\xC3", "a"));
 }
 
-TEST(GetToken, IsEmptyBeyondTheLast) {
+TEST(GetToken, IsEmptyBeyondTheLastToken) {
   const zn_lib::Tokenizer tokenizer("a,b,c", ",");
   EXPECT_EQ(tokenizer.getToken(2), "c");
   EXPECT_EQ(tokenizer.getToken(3), "");
@@ -327,7 +327,7 @@ TEST(Inserter, TakesTokensWithoutAUsingDeclaration) {
   EXPECT_EQ(stream.str(), "ab");
 }
 
-TEST(Manipulators, SetTheBaseAndStay) {
+TEST(Manipulators, SetTheBasePermanently) {
   std::ostringstream stream;
   stream.imbue(std::locale::classic());
   stream << zn_lib::setHexadecimal << 31 << ' ' << 255 << ' ' << zn_lib::setOctal << 8 << ' '
@@ -336,9 +336,9 @@ TEST(Manipulators, SetTheBaseAndStay) {
   EXPECT_EQ(&zn_lib::setDecimal(stream), &stream);
 }
 
-// ---- Any length
+// ---- Long texts
 
-TEST(LongText, PlainDelimitersSplitIt) {
+TEST(LongText, SplitsAtPlainDelimiters) {
   zn_lib::Tokenizer tokenizer;
   EXPECT_EQ(tokenizer.split(std::string(kLongText, 'x'), ",;"), 1u);
   EXPECT_EQ(tokenizer.split(std::string(kLongText, 'x') + ",y", ","), 2u);
@@ -349,7 +349,7 @@ TEST(LongText, PlainDelimitersSplitIt) {
   EXPECT_EQ(tokenizer.splitMulti(std::string(kLongText, 'x'), std::string(kLongText / 2, 'x')), 2u);
 }
 
-TEST(LongText, BracketSyntaxOfOneCharacterSplitsIt) {
+TEST(LongText, SplitsAtARange) {
   zn_lib::Tokenizer tokenizer;
   EXPECT_EQ(tokenizer.split(std::string(100000, 'x') + "1" + std::string(100000, 'y'), "0-9"), 2u);
 }

@@ -24,7 +24,7 @@ bool isLoaded() {
   return Library(dlopen(ZN_UDF_LIBRARY, RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD)) != nullptr;
 }
 
-TEST(Constants, HoldTheOpeningBracketFirst) {
+TEST(Constants, BeginWithTheOpeningBracket) {
   EXPECT_EQ(zn_lib::BRACKET, "()");
   EXPECT_EQ(zn_lib::CURLY_BRACKET, "{}");
   EXPECT_EQ(zn_lib::SQUARE_BRACKET, "[]");
@@ -52,7 +52,7 @@ TEST(Unloading, LeavesNothingMapped) {
   EXPECT_FALSE(isLoaded());
 }
 
-/// Loads and unloads many times, so that what a single time leaves adds up.
+/// Loads and unloads the library many times, so that small leaks add up.
 void loadAndUnload(int cycles) {
   for (int i = 0; i < cycles; ++i) {
     ASSERT_NE(load(), nullptr) << dlerror();
@@ -60,20 +60,19 @@ void loadAndUnload(int cycles) {
   }
 }
 
-/// What the process has allocated and not freed.
-// A single pattern that is built by loading and not destroyed by unloading would leave some
-// kilobytes each time.
-TEST(Unloading, FreesWhatLoadingBuilt) {
+// If unloading did not destroy a regular expression that loading compiles, each cycle would leak
+// some kilobytes.
+TEST(Unloading, FreesWhatLoadingAllocated) {
   const int cycles = isLongRun() ? 1000 : 200;
   const std::size_t allocatorCaches = 100 * static_cast<std::size_t>(cycles);
-  loadAndUnload(cycles);  // what the standard library keeps once it has been used
+  loadAndUnload(cycles);  // the standard library fills its caches
   const std::size_t before = bytesInUse();
   loadAndUnload(cycles);
-  if (!bytesAreCounted()) GTEST_SKIP() << "this program's allocator does not tell";
+  if (!bytesAreCounted()) GTEST_SKIP() << "the allocator of this program does not count";
   EXPECT_LT(bytesInUse(), before + allocatorCaches);
 }
 
-/// The pages of the process that are in memory.
+/// Returns the number of pages of this process that are in memory.
 long residentPages() {
   long all = 0;
   long resident = 0;
@@ -81,9 +80,9 @@ long residentPages() {
   return resident;
 }
 
-TEST(Unloading, LeavesNothingInMemory) {
-  SKIP_UNDER_EMULATOR("its own memory would count");
-  if (!bytesAreCounted()) GTEST_SKIP() << "this program's allocator may hold freed memory back";
+TEST(Unloading, ReturnsItsMemoryToTheSystem) {
+  SKIP_UNDER_EMULATOR("the memory of the emulator would count");
+  if (!bytesAreCounted()) GTEST_SKIP() << "the allocator of this program may keep freed memory";
   const int cycles = isLongRun() ? 1000 : 200;
   const long lessThanOneInEachCycle = cycles / 4;
   loadAndUnload(cycles);

@@ -26,7 +26,7 @@ using Julian = unsigned long long;
 constexpr Julian kDay = 86400000;
 constexpr Julian kSample = 212576407629000;  // 5 March 2024 14:07:09
 
-/// Every test starts from the zero state of the settings, as a program does.
+/// Starts each test with all settings zero, as at the start of a program.
 class DateTime : public testing::Test {
  protected:
   DateTime() {
@@ -53,7 +53,7 @@ TEST_F(DateTime, HeaderExamples) {
 
 // ---- Settings
 
-// Read before any test can have set anything.
+// Initialised before any test changes the settings.
 const zn_lib::date_time_set settingsAtLoad = zn_lib::getDateTimeFormat();
 
 TEST(DateTimeAtLoad, SettingsAreAllZero) {
@@ -110,7 +110,7 @@ TEST_F(DateTime, EnumerationsHoldAnyInt) {
 
 // ---- Records
 
-TEST_F(DateTime, BlankRecordStandsAtNoon) {
+TEST_F(DateTime, ResetDateTimeSetsNoon) {
   zn_lib::date_time_record record = {1, 2, 3, 4, 5, 6.5};
   zn_lib::resetDateTime(record);
   EXPECT_EQ(fieldsOf(record), "0-0-0 12:0:0");
@@ -154,7 +154,7 @@ TEST_F(DateTime, IsValidDateTime) {
   }
 }
 
-TEST_F(DateTime, ValidDateRepairs) {
+TEST_F(DateTime, ValidDateRepairsRecords) {
   const struct {
     unsigned short day, month, year, repairedDay, repairedMonth;
   } cases[] = {
@@ -254,7 +254,7 @@ TEST_F(DateTime, DateToJulianReferenceValues) {
   EXPECT_EQ(zn_lib::dateToJulian(record), kSample);
 }
 
-TEST_F(DateTime, DateToJulianRefusesImpossibleDates) {
+TEST_F(DateTime, DateToJulianRejectsInvalidDates) {
   EXPECT_EQ(zn_lib::dateToJulian(2023, 2, 29, 0, 0, 0.0), 0u);
   EXPECT_NE(zn_lib::dateToJulian(2024, 2, 29, 0, 0, 0.0), 0u);
   EXPECT_EQ(zn_lib::dateToJulian(2024, 0, 1, 0, 0, 0.0), 0u);
@@ -286,7 +286,7 @@ TEST_F(DateTime, DateToJulianIsExactForEveryHourAndMinute) {
   EXPECT_EQ(zn_lib::dateToJulian(record), midnight + 65535ull * (3600000 + 60000 + 1000));
 }
 
-TEST_F(DateTime, LaterYearsPassAsTheYearThatTheyAreCutTo) {
+TEST_F(DateTime, LaterYearsAreCheckedByTheirLow16Bits) {
   constexpr Julian cycle = 146097;  // days in 400 years
   const Julian earlier = zn_lib::dateToJulian(2, 1, 1, 0, 0, 0.0);
   const Julian later = zn_lib::dateToJulian(2 + 400 * 4096, 1, 1, 0, 0, 0.0);
@@ -296,7 +296,7 @@ TEST_F(DateTime, LaterYearsPassAsTheYearThatTheyAreCutTo) {
 }
 
 TEST_F(DateTime, ANegativeYearCountsAsTheYearAfterIt) {
-  // -4 on the left is -3, a common year; the check sees the year cut to 16 bits.
+  // The year -4 counts as -3, a common year. The check sees the low 16 bits of the year.
   EXPECT_EQ(zn_lib::dateToJulian(-1, 6, 1, 0, 0, 0.0), zn_lib::dateToJulian(0, 6, 1, 0, 0, 0.0));
   EXPECT_EQ(zn_lib::dateToJulian(-5, 6, 1, 0, 0, 0.0) + 365 * kDay,
             zn_lib::dateToJulian(-4, 6, 1, 0, 0, 0.0));
@@ -339,7 +339,7 @@ TEST_F(DateTime, RoundTripKeepsEveryMillisecondOfADay) {
   EXPECT_EQ(record.second, 9.25);
 }
 
-/// Days from 1 January of year 1 by the rules of the calendar alone.
+/// Reference model of the calendar, which advances by days from 1 January of year 1.
 class Calendar {
  public:
   unsigned short day = 1, month = 1, year = 1;
@@ -357,10 +357,10 @@ class Calendar {
 TEST_F(DateTime, EveryDateOfTheYears1To65535) {
   const zn_lib::date_time_record february29 = {29, 2, 300, 12, 0, 0.0};
   const Julian first =
-      211813488000000 - 730119 * kDay;  // 1 January 2000 is day 730119 of the count
+      211813488000000 - 730119 * kDay;  // 1 January 2000 is day 730119 from the start
   int dates = 0;
   int exceptions = 0;
-  // The year behind the last one is 0 again.
+  // The year after 65535 wraps to 0.
   for (Calendar date; date.year != 0; date.next(), ++dates) {
     const Julian julian = zn_lib::dateToJulian(date.year, date.month, date.day, 0, 0, 0.0);
     ASSERT_EQ(julian, first + static_cast<Julian>(dates) * kDay)
@@ -383,7 +383,7 @@ TEST_F(DateTime, EveryDateOfTheYears1To65535) {
   EXPECT_EQ(exceptions, 1);
 }
 
-TEST_F(DateTime, YearsOfFiveDigitsHaveTimesToo) {
+TEST_F(DateTime, FiveDigitYearsHaveATimeOfDay) {
   zn_lib::defaultDateTimeFormat();
   for (const int year : {10000, 54078, 54079, 60000, 65535}) {
     const Julian julian = zn_lib::dateToJulian(year, 3, 5, 14, 7, 9.25);
@@ -443,7 +443,7 @@ TEST_F(DateTime, DateToJulianDays) {
 // ---- ISO 8601
 
 TEST_F(DateTime, ParseISOdate) {
-  const std::string blank = "0-1-1 12:0:0";
+  const std::string noDate = "0-1-1 12:0:0";
   const struct {
     std::string text, fields;
   } cases[] = {
@@ -469,19 +469,19 @@ TEST_F(DateTime, ParseISOdate) {
       {"2024-03-05 00:00:00", "2024-3-5 0:0:0"},
       {"2024-13-45", "2024-13-45 12:0:0"},
       {"2024-03-05 99:99:99", "2024-3-5 99:99:99"},
-      {"", blank},
-      {"hello", blank},
-      {"05/03/2024", blank},
-      {"2024-03-05Z", blank},
-      {"2024-03-05t14:07:09", blank},
-      {"2024-03-05T14:07:09.5", blank},
-      {" 2024-03-05", blank},
+      {"", noDate},
+      {"hello", noDate},
+      {"05/03/2024", noDate},
+      {"2024-03-05Z", noDate},
+      {"2024-03-05t14:07:09", noDate},
+      {"2024-03-05T14:07:09.5", noDate},
+      {" 2024-03-05", noDate},
       {"2024-03-05 ", "2024-3-5 12:0:0"},
-      {"2024-3-5", blank},
-      {"202", blank},
-      {"2024-03-05\0"s, blank},
-      {"2024---05", blank},
-      {"2024-03-05  14", blank},
+      {"2024-3-5", noDate},
+      {"202", noDate},
+      {"2024-03-05\0"s, noDate},
+      {"2024---05", noDate},
+      {"2024-03-05  14", noDate},
   };
   for (const auto& c : cases) {
     zn_lib::date_time_record record = {9, 9, 9, 9, 9, 9.0};
@@ -490,7 +490,7 @@ TEST_F(DateTime, ParseISOdate) {
   }
 }
 
-TEST_F(DateTime, ParseISOdateAgreesWithItsPattern) {
+TEST_F(DateTime, ParseISOdateAgreesWithItsDefinition) {
   static const reference::Engine isoDateTime = reference::engine(definitions::isoDateTime);
   const auto agrees = [](const std::string& text) {
     zn_lib::date_time_record record;
@@ -499,7 +499,7 @@ TEST_F(DateTime, ParseISOdateAgreesWithItsPattern) {
   };
   forEveryText("2-T :\t", 6, agrees);
   forEveryText("0-T:x\n\0\xB2"s, 5, agrees);
-  // Every order of the parts behind the year.
+  // Every order of parts after the year.
   const std::string parts[] = {"-", "12", ":", "T", " ", "\n", "3"};
   forEveryText("0123456"s, 6, [&](const std::string& order) {
     std::string text = "2024";
@@ -562,7 +562,7 @@ TEST_F(DateTime, DateToISO) {
   }
 }
 
-TEST_F(DateTime, ZeroSettingsWriteNuls) {
+TEST_F(DateTime, ZeroSeparatorsAreWrittenAsNuls) {
   EXPECT_EQ(zn_lib::dateToISO("03/05/2024 14:07"),
             "2024\0"
             "03\0"
@@ -585,7 +585,7 @@ TEST_F(DateTime, ZeroSettingsWriteNuls) {
 
 // ---- Formatting
 
-TEST_F(DateTime, NoDateGivesTheEmptyText) {
+TEST_F(DateTime, JulianZeroIsFormattedAsAnEmptyText) {
   EXPECT_EQ(zn_lib::julianToISO(0), "");
   EXPECT_EQ(zn_lib::julianToYYYYMMDD(0), "");
   EXPECT_EQ(zn_lib::formatJulianDate(0), "");
@@ -614,7 +614,7 @@ TEST_F(DateTime, JulianToYYYYMMDD) {
   EXPECT_EQ(zn_lib::julianToYYYYMMDD(kSample), "20240305");
 }
 
-TEST_F(DateTime, YearsAreFilledAndNeverCut) {
+TEST_F(DateTime, YearsArePaddedAndNeverTruncated) {
   zn_lib::setDateTimeFormat(zn_lib::DAY_MONTH_YEAR, zn_lib::MONTH_NUMBER, '-', ' ', ':', false);
   const Julian early = zn_lib::dateToJulian(812, 3, 5, 0, 0, 0.0);
   EXPECT_EQ(zn_lib::julianToISO(early), "0812-03-05");
@@ -664,7 +664,7 @@ TEST_F(DateTime, FormatJulianDate) {
   EXPECT_EQ(zn_lib::formatJulianDate(kSample), "2024-03-05 14:07:09");
 }
 
-/// `value` as a stream writes it into a zero-filled field of two.
+/// Returns `value` as a stream writes it, padded with zeros to a width of two.
 std::string streamed(double value) {
   std::ostringstream stream;
   stream.imbue(std::locale::classic());
@@ -672,7 +672,7 @@ std::string streamed(double value) {
   return stream.str();
 }
 
-TEST_F(DateTime, SecondsAreWrittenAsAStreamWritesThem) {
+TEST_F(DateTime, SecondsMatchStreamOutput) {
   zn_lib::defaultDateTimeFormat();
   const Julian midnight = zn_lib::dateToJulian(2024, 3, 5, 0, 0, 0.0);
   for (Julian ms = 0; ms < kDay; ms += 997) {
@@ -693,7 +693,7 @@ TEST_F(DateTime, HourFormat) {
   for (const auto& c : cases) EXPECT_EQ(zn_lib::hourFormat(c.hours), c.text) << c.hours;
 }
 
-TEST_F(DateTime, HourFormatWritesWhatAStreamWrites) {
+TEST_F(DateTime, HourFormatMatchesStreamOutput) {
   const double infinity = std::numeric_limits<double>::infinity();
   std::vector<double> values = {0.0,
                                 -0.0,
@@ -732,7 +732,7 @@ TEST_F(DateTime, TodayIsTheLocalDateAndTime) {
       std::strftime(text, sizeof text, format, &local);
       return std::string(text);
     };
-    // The clock may tick between two looks at it, so ask until both surround one second.
+    // The clock may tick between two calls. The loop ends once both fall into the same second.
     std::string before, today, after;
     do {
       before = now();
@@ -754,9 +754,9 @@ TEST_F(DateTime, TodayIsTheLocalDateAndTime) {
   EXPECT_EQ(zn_lib::julianToISO(zn_lib::dateToJulian(record)), before);
 }
 
-// ---- Any values
+// ---- Extreme values
 
-TEST_F(DateTime, ExtremesComeBack) {
+TEST_F(DateTime, ExtremeValuesReturn) {
   const int ints[] = {
       std::numeric_limits<int>::min(), -65536, -1, 0, 1, 2, 12, 28, 65535, 65537, 1 << 30,
       std::numeric_limits<int>::max()};
@@ -792,7 +792,7 @@ TEST_F(DateTime, ExtremesComeBack) {
   }
 }
 
-TEST_F(DateTime, LongTextsComeBack) {
+TEST_F(DateTime, LongTextsReturn) {
   zn_lib::date_time_record record;
   for (const char c : {'2', '-', ' ', 'T', '\0', 'x'}) {
     const std::string text(kLongText, c);

@@ -51,7 +51,7 @@ TEST(ZnDayLength, HeaderExamples) {
   EXPECT_EQ(zn_lib::hourFormat(day.dayLength), "16:41");
 }
 
-TEST(DayLength, NothingIsComputedAtFirst) {
+TEST(DayLength, IsInitiallyNotComputed) {
   static_assert(std::is_standard_layout_v<DayLength> && !std::is_polymorphic_v<DayLength>, "");
   static_assert(offsetof(DayLength, julian) == 0 && offsetof(DayLength, latitude) == 8 &&
                     offsetof(DayLength, meanLongitude) == 16 &&
@@ -112,7 +112,7 @@ TEST(DayLength, TwelveHoursOnTheEquatorOnEveryDate) {
   }
 }
 
-TEST(DayLength, HoursOfTheDayDoNotCount) {
+TEST(DayLength, TimeOfDayDoesNotMatter) {
   const double hours = hoursAt(kMidsummer, 52.0);
   EXPECT_EQ(hoursAt(kMidsummer - kHalfDay, 52.0), hours);
   EXPECT_EQ(hoursAt(kMidsummer + kHalfDay - 1, 52.0), hours);
@@ -120,7 +120,7 @@ TEST(DayLength, HoursOfTheDayDoNotCount) {
   EXPECT_NE(hoursAt(kMidsummer - kHalfDay - 1, 52.0), hours);
 }
 
-TEST(DayLength, DateSettingsDoNotCount) {
+TEST(DayLength, DateSettingsDoNotMatter) {
   zn_lib::setDateTimeFormat(zn_lib::MONTH_DAY_YEAR, zn_lib::MONTH_NUMBER, '\0', '\0', '\0', false);
   const double hours = hoursAt(kMidsummer, 52.0);
   const double sum = dayAt(kMidsummer, 52.0).cumulative(3);
@@ -167,7 +167,7 @@ TEST(FNday, CountsEveryDayOfTwoCenturies) {
   }
 }
 
-/// Days from 1 January 2000 to a date of a calendar in which every fourth year is a leap year.
+/// Returns the days from 1 January 2000 to a date, if every fourth year were a leap year.
 int daysOfFourYearCycles(int year, int month, int date) {
   constexpr int daysBefore[] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
   const int leapDay = year % 4 == 0 && month > 2 ? 1 : 0;
@@ -175,12 +175,13 @@ int daysOfFourYearCycles(int year, int month, int date) {
   return years + daysBefore[month - 1] + leapDay + date - 1;
 }
 
-// So away from those centuries it is ahead or behind by the leap days that 1900, 2100 ... lack.
-TEST(FNday, KnowsNoCenturies) {
+// Before 1 March 1900 and after 28 February 2100 the result is off by the leap days that 1900, 2100
+// and later centuries lack.
+TEST(FNday, CountsEveryFourthYearAsALeapYear) {
   for (int year = 1; year <= 9999; ++year) {
     for (int month = 1; month <= 12; ++month) {
       for (const int date : {1, 28}) {
-        // The one date that no record gives back.
+        // julianToDate never returns this date.
         const bool isDayBefore = year == 300 && month == 3 && date == 1;
         const int expected = isDayBefore ? daysOfFourYearCycles(year, 2, 29)
                                          : daysOfFourYearCycles(year, month, date);
@@ -193,7 +194,7 @@ TEST(FNday, KnowsNoCenturies) {
   EXPECT_EQ(dayAt(noonOf(1900, 2, 28), 0.0).FNday(), -36466.0 - 1.0);
 }
 
-TEST(FNday, FarJulianValuesHaveTheDaysOfTheirRecord) {
+TEST(FNday, FollowsTheRecordOfDistantJulianValues) {
   for (const Julian julian : {Julian{0}, Julian{1}, kHalfDay - 1, kHalfDay, kLargestJulian / 100000,
                               Julian{148699584000000}}) {
     const zn_lib::date_time_record date = zn_lib::julianToDate(julian);
@@ -204,7 +205,7 @@ TEST(FNday, FarJulianValuesHaveTheDaysOfTheirRecord) {
 
 // ---- FNrange
 
-TEST(FNrange, TakesOffWholeTurns) {
+TEST(FNrange, RemovesWholeTurns) {
   DayLength day;
   EXPECT_EQ(day.FNrange(0.0), 0.0);
   EXPECT_EQ(day.FNrange(kTwoPi), 0.0);
@@ -223,21 +224,21 @@ TEST(FNrange, TakesOffWholeTurns) {
   }
 }
 
-TEST(FNrange, TakesAnyValue) {
+TEST(FNrange, AcceptsAnyValue) {
   DayLength day;
   EXPECT_TRUE(std::isnan(day.FNrange(Limits::infinity())));
   EXPECT_TRUE(std::isnan(day.FNrange(-Limits::infinity())));
   EXPECT_TRUE(std::isnan(day.FNrange(Limits::quiet_NaN())));
   for (const double angle : {1e300, -1e300, Limits::max(), Limits::lowest()}) {
-    EXPECT_EQ(day.FNrange(angle), 0.0) << "no fraction of a turn is left of " << angle;
+    EXPECT_EQ(day.FNrange(angle), 0.0) << "no fraction of a turn remains of " << angle;
   }
   EXPECT_EQ(day.FNrange(Limits::denorm_min()), 0.0);
-  EXPECT_EQ(day.FNrange(-1e-20), kTwoPi) << "too little below a whole turn to be told from it";
+  EXPECT_EQ(day.FNrange(-1e-20), kTwoPi) << "the difference to a whole turn is lost by rounding";
 }
 
 // ---- FNsun
 
-/// The sun as the almanac has it, in degrees.
+/// Reference model of the sun by the formulas of the Astronomical Almanac, in degrees.
 struct Almanac {
   double meanLongitude, meanAnomaly, longitude, obliquity;
 
@@ -254,7 +255,7 @@ struct Almanac {
   }
 };
 
-/// `degrees` and `radians` are the same angle, whole turns aside.
+/// Expects the same angle in radians and in degrees, except for whole turns.
 void expectSameAngle(double radians, double degrees, double d) {
   ASSERT_NEAR(std::remainder(radians - degrees * kRadians, kTwoPi), 0.0, 1e-10) << d;
   ASSERT_GE(radians, 0.0) << d;
@@ -271,10 +272,10 @@ TEST(FNsun, FollowsTheAlmanac) {
     expectSameAngle(day.meanLongitude, sun.meanLongitude, d);
     expectSameAngle(day.meanAnomaly, sun.meanAnomaly, d);
   }
-  EXPECT_TRUE(std::isnan(day.dayLength)) << "only compute has a result";
+  EXPECT_TRUE(std::isnan(day.dayLength)) << "only compute sets the result";
 }
 
-TEST(FNsun, MeetsTheSeasons) {
+TEST(FNsun, MatchesTheStartOfTheSeasons) {
   const struct {
     const char* what;
     double d;
@@ -298,7 +299,7 @@ TEST(HourAngle, IsAQuarterTurnOnTheEquatorAndMoreAtTheEquinox) {
   for (const double declination : {-0.4, -0.1, 0.0, 0.2, 0.4}) {
     EXPECT_DOUBLE_EQ(dayAt(0, 0.0).hourAngle(declination), kTwoPi / 4) << declination;
   }
-  // The sun's upper limb is then on the horizon that is raised to the declination.
+  // kHorizon is the depth of the sun's centre at sunrise: half its diameter and the refraction.
   constexpr double halfDiameterAndRefraction = 0.53 / 2 + 34.0 / 60.0;
   EXPECT_NEAR(kHorizon / kRadians, halfDiameterAndRefraction, 0.0001);
   EXPECT_DOUBLE_EQ(dayAt(0, 50.0).hourAngle(-kHorizon), kTwoPi / 4);
@@ -325,7 +326,7 @@ TEST(HourAngle, OnlyPolarDayIsClamped) {
     EXPECT_DOUBLE_EQ(dayAt(0, side * 80.0).hourAngle(side * 0.4), kTwoPi / 2);
     EXPECT_TRUE(std::isnan(dayAt(0, side * 80.0).hourAngle(side * -0.4)));
   }
-  // The clamp acts on the product of the tangents, from 0.99999 on.
+  // The product of the tangents is clamped from 0.99999 on.
   const double raised = 20.0;
   const double declination = raised * kRadians - kHorizon;
   EXPECT_DOUBLE_EQ(dayAt(0, 90.0 - raised).hourAngle(declination), kTwoPi / 2);
@@ -339,7 +340,7 @@ TEST(HourAngle, OnlyPolarDayIsClamped) {
   }
 }
 
-TEST(HourAngle, StoresNothing) {
+TEST(HourAngle, DoesNotChangeTheObject) {
   DayLength day = dayAt(kMidsummer, 40.0);
   day.hourAngle(0.3);
   EXPECT_TRUE(std::isnan(day.dayLength));
@@ -349,7 +350,7 @@ TEST(HourAngle, StoresNothing) {
 
 // ---- compute
 
-/// The day length by the almanac's formulas, in degrees.
+/// Reference model of the day length by the formulas of the almanac.
 double almanacHours(double d, double latitude) {
   const Almanac sun(d);
   const double declination =
@@ -389,7 +390,7 @@ TEST(Compute, FollowsTheAlmanac) {
   EXPECT_GT(polarNights, 10000);
 }
 
-/// The last latitude, from `from` toward `to`, for which `holds`, to the last bit.
+/// Returns the last latitude between `from` and `to` for which `holds` is true, to the last bit.
 template <class Holds>
 double lastLatitude(double from, double to, Holds holds) {
   while (std::nextafter(from, to) != to) {
@@ -399,14 +400,14 @@ double lastLatitude(double from, double to, Holds holds) {
   return from;
 }
 
-TEST(Compute, DaysNearlyAsLongAsPolarDayAreClamped) {
+TEST(Compute, ClampsDaysJustBeforePolarDay) {
   const auto isShorter = [](double latitude) { return hoursAt(kMidsummer, latitude) < 24.0; };
   const double last = lastLatitude(60.0, 70.0, isShorter);
   EXPECT_NEAR(hoursAt(kMidsummer, last), 12.0 + std::asin(0.99999) / kRadians / 7.5, 1e-9);
   EXPECT_EQ(hoursAt(kMidsummer, std::nextafter(last, 90.0)), 24.0);
 }
 
-TEST(Compute, LastDaysBeforePolarNightAreZeroOrLonger) {
+TEST(Compute, LastDaysBeforePolarNightAreNotNegative) {
   const auto isNumber = [](double latitude) { return !std::isnan(hoursAt(kMidwinter, latitude)); };
   double latitude = lastLatitude(60.0, 70.0, isNumber);
   EXPECT_EQ(hoursAt(kMidwinter, latitude), 0.0);
@@ -428,7 +429,7 @@ TEST(Compute, LastDaysBeforePolarNightAreZeroOrLonger) {
   EXPECT_GT(others, 10);
 }
 
-TEST(Compute, TakesAnyValue) {
+TEST(Compute, AcceptsAnyValue) {
   const Julian julians[] = {0,
                             1,
                             kHalfDay - 1,
@@ -473,7 +474,7 @@ TEST(Compute, TakesAnyValue) {
 
 // ---- cumulative
 
-TEST(Cumulative, IsTheSameDayOverAndOver) {
+TEST(Cumulative, AddsTheSameDayRepeatedly) {
   const double hours = hoursAt(kMidsummer, 52.0);
   EXPECT_EQ(dayAt(kMidsummer, 52.0).cumulative(0), hours);
   EXPECT_DOUBLE_EQ(dayAt(kMidsummer, 52.0).cumulative(2), 3 * hours);
@@ -485,7 +486,7 @@ TEST(Cumulative, IsTheSameDayOverAndOver) {
   }
 }
 
-TEST(Cumulative, MidnightMayFallAmongItsInstants) {
+TEST(Cumulative, MayCrossMidnight) {
   constexpr Julian midnight = kFirstDay + 80 * kDay + kHalfDay;
   constexpr double latitude = 52.0;
   const double before = hoursAt(midnight - 1, latitude);
@@ -521,8 +522,8 @@ TEST(Cumulative, MidnightMayFallAmongItsInstants) {
   }
 }
 
-TEST(Cumulative, StepsGrow) {
-  // 1 + 2 + ... + 9294 ms are just short of half a day, 9295 more of them are not.
+TEST(Cumulative, StepsGrowByAMillisecond) {
+  // 1 + 2 + ... + 9294 ms are less than half a day. With 9295 ms more they are longer.
   const double today = hoursAt(kFirstDay, 52.0);
   const double tomorrow = hoursAt(kFirstDay + kDay, 52.0);
   const int last = 9294;
@@ -535,7 +536,7 @@ TEST(Cumulative, StepsGrow) {
   EXPECT_EQ(day.dayLength, tomorrow);
 }
 
-TEST(Cumulative, PolarNightHasNoSum) {
+TEST(Cumulative, IsNanInPolarNight) {
   DayLength day = dayAt(kMidwinter, 80.0);
   EXPECT_TRUE(std::isnan(day.cumulative(2)));
   EXPECT_TRUE(std::isnan(day.dayLength));
@@ -543,7 +544,7 @@ TEST(Cumulative, PolarNightHasNoSum) {
   EXPECT_EQ(dayAt(kMidsummer, 80.0).cumulative(-2), 72.0);
 }
 
-TEST(Cumulative, MostNegativeCountComputesNothing) {
+TEST(Cumulative, IsZeroForTheSmallestInt) {
   DayLength day = dayAt(kMidsummer, 52.0);
   EXPECT_EQ(day.cumulative(std::numeric_limits<int>::min()), 0.0);
   EXPECT_EQ(day.julian, kMidsummer);
@@ -552,7 +553,7 @@ TEST(Cumulative, MostNegativeCountComputesNothing) {
   EXPECT_EQ(day.meanAnomaly, 0.0);
 }
 
-TEST(Cumulative, AnyJulianValueIsRestored) {
+TEST(Cumulative, RestoresAnyJulianValue) {
   for (const Julian julian :
        {Julian{0}, Julian{1}, Julian{2}, (Julian{1} << 53) + 1, (Julian{1} << 63) - 1,
         Julian{1} << 63, kLargestJulian - 1, kLargestJulian}) {
@@ -566,9 +567,9 @@ TEST(Cumulative, AnyJulianValueIsRestored) {
   }
 }
 
-// ---- Accuracy, with what was seen on every day of the years 2000 to 2050
+// ---- Accuracy: the bounds are the errors found on every day of the years 2000 to 2050
 
-TEST(DayLengthAccuracy, IsShortOfTheTrueLength) {
+TEST(DayLengthAccuracy, IsLessThanTheReference) {
   const struct {
     int latitude;        // north and south
     double least, most;  // minutes
@@ -591,7 +592,7 @@ TEST(DayLengthAccuracy, IsShortOfTheTrueLength) {
       most = std::max(most, minutes);
     }
   }
-  EXPECT_LT(least, 1.2) << "the bounds are not idle";
+  EXPECT_LT(least, 1.2) << "the bounds are too wide";
   EXPECT_GT(most, 7.4);
 }
 

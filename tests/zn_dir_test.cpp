@@ -28,13 +28,13 @@ namespace {
 bool typesAreUnknown = false;
 int entriesUntilError = INT_MAX;
 
-/// As which the headers have the C library's function with wide inode numbers.
+/// The name under which the headers declare readdir with 64-bit inode numbers.
 constexpr const char* kReaddir = sizeof(long) == 4 ? "readdir64" : "readdir";
 
 }  // namespace
 
-/// Stands in for the C library's function of this name, in the library under test too, so that it
-/// can be made to give no entry types, or to fail.
+/// Replaces the function of the C library, for the library under test too, so that it can omit the
+/// types of entries, or fail.
 extern "C" __attribute__((visibility("default"))) dirent* readdir(DIR* directory) {
   static const auto next = nextDefinition<dirent* (*)(DIR*)>(kReaddir);
   if (entriesUntilError == 0) {
@@ -56,7 +56,7 @@ class Directories : public InTemporaryDirectory {
   Directories() { zn_lib::setVerbose(true); }
   ~Directories() override { zn_lib::setVerbose(false); }
 
-  /// Two files, a hidden one, a link, and two directories, one of them hidden.
+  /// Creates two files, a hidden file, a link, and two directories, one of them hidden.
   void fill() {
     writeFile("one.txt", "1");
     writeFile("two.cpp", "22");
@@ -67,7 +67,7 @@ class Directories : public InTemporaryDirectory {
   }
 };
 
-/// The names that `listDir` gives, sorted, since the system's order is its own.
+/// Returns the names that `listDir` lists, sorted.
 Names listed(const std::string& dir, const std::string& filter, bool skipHidden) {
   Names names;
   EXPECT_TRUE(zn_lib::listDir(dir, filter, skipHidden, names)) << dir << ' ' << filter;
@@ -75,7 +75,7 @@ Names listed(const std::string& dir, const std::string& filter, bool skipHidden)
   return names;
 }
 
-/// What is printed on standard error when `call` fails, as it must.
+/// Expects that `call` fails. Returns what it prints on standard error.
 std::string messageOf(const std::function<bool()>& call) {
   const Written text = written([&] { EXPECT_FALSE(call()); });
   EXPECT_EQ(text.out, "");
@@ -103,7 +103,7 @@ TEST_F(Directories, ChangeAndCreate) {
   EXPECT_EQ(std::filesystem::current_path(), directory / "a");
 }
 
-TEST_F(Directories, ChangeAndCreateTakeNamesAsTheyAre) {
+TEST_F(Directories, ChangeAndCreateDoNotExpandNames) {
   const Home home(directory.c_str());
   for (const std::string name : {"~", "~/a", "a\\b", " x "}) {
     EXPECT_TRUE(zn_lib::createDir(name)) << name;
@@ -121,7 +121,7 @@ TEST_F(Directories, ChangeAndCreateTakeNamesAsTheyAre) {
   EXPECT_EQ(text.out + text.err, "") << "no message in verbose mode either";
 }
 
-TEST_F(Directories, CreateLetsOwnerAndGroupIn) {
+TEST_F(Directories, CreateGrantsAccessToOwnerAndGroup) {
   struct stat status;
   for (const mode_t mask : {mode_t{0}, mode_t{0027}}) {
     const mode_t before = umask(mask);
@@ -142,7 +142,7 @@ TEST_F(Directories, CreateLetsOwnerAndGroupIn) {
   }
 }
 
-TEST_F(Directories, ListSelects) {
+TEST_F(Directories, ListAppliesFilters) {
   fill();
   const struct {
     const char* filter;
@@ -170,7 +170,7 @@ TEST_F(Directories, ListSelects) {
   for (const auto& c : cases) EXPECT_EQ(listed(".", c.filter, c.skipHidden), c.names) << c.filter;
 }
 
-TEST_F(Directories, ListSelectsDirectoriesWhereTheSystemGivesNoTypes) {
+TEST_F(Directories, ListSelectsDirectoriesWithoutEntryTypes) {
   fill();
   typesAreUnknown = true;
   EXPECT_EQ(listed(".", "<dir>", false), (Names{".hiddensub", "sub"})) << "links are not followed";
@@ -183,13 +183,13 @@ TEST_F(Directories, ListSelectsDirectoriesWhereTheSystemGivesNoTypes) {
 TEST_F(Directories, ListKeepsTheOrderOfTheSystem) {
   for (int i = 0; i < 40; ++i) writeFile(std::to_string(i * 7919 % 1000), "");
   const Names inOrder = namesInSystemOrder(".");
-  ASSERT_FALSE(std::is_sorted(inOrder.begin(), inOrder.end())) << "this file system sorts";
+  ASSERT_FALSE(std::is_sorted(inOrder.begin(), inOrder.end())) << "this file system sorts names";
   Names names;
   EXPECT_TRUE(zn_lib::listDir("", "", false, names));
   EXPECT_EQ(names, inOrder);
 }
 
-TEST_F(Directories, ListLeavesTheCallersNameAsItIs) {
+TEST_F(Directories, ListDoesNotChangeTheCallersName) {
   const Home home(directory.c_str());
   const std::string dir = " ~";
   Names names;
@@ -205,7 +205,8 @@ TEST_F(Directories, ListAppends) {
   ASSERT_EQ(names.size(), 5u);
   EXPECT_EQ(names[0], "before");
   names = {"sub", "t"};
-  EXPECT_TRUE(zn_lib::listDir(".", names[1], true, names)) << "arguments from the list itself";
+  EXPECT_TRUE(zn_lib::listDir(".", names[1], true, names))
+      << "the filter is an element of the list";
   EXPECT_EQ(names.size(), 4u);
 }
 
@@ -238,9 +239,9 @@ TEST_F(Directories, ListFailures) {
   std::filesystem::current_path(directory);
 }
 
-TEST_F(Directories, ListsThatBreakOffAreFailures) {
+TEST_F(Directories, ListFailsIfReadingFails) {
   fill();
-  for (const int entries : {0, 1, 3, 8}) {  // of eight
+  for (const int entries : {0, 1, 3, 8}) {  // of eight entries
     for (const char* const filter : {"", "<dir>", "t"}) {
       Names names = {"before"};
       const std::string message = messageOf([&] {
@@ -255,7 +256,7 @@ TEST_F(Directories, ListsThatBreakOffAreFailures) {
   }
 }
 
-TEST_F(Directories, ListsLeaveTheErrorOfBefore) {
+TEST_F(Directories, ListPreservesErrno) {
   fill();
   typesAreUnknown = true;
   for (const int error : {0, ENOENT}) {
@@ -294,7 +295,7 @@ TEST_F(Directories, FiltersAgreeWithTheEngine) {
     ASSERT_EQ(listed(".", filter, false), expected) << filter;
   };
   forEveryText("ab.+^$\\", 3, agrees);
-  // Texts that all matches have stand among pieces that may match nothing, or another text.
+  // Filters that combine text that every match contains with parts that may match nothing.
   const Names pieces = {"a",   "b",     "ab",    "7",    ".",   "]",    "*",    "+",
                         "?",   "{2}",   "{,}",   "^",    "$",   "\\.",  "\\+",  "\\d",
                         "\\W", "\\x61", "\\b",   "[ab]", "[]",  "[7]",  "[^a]", "(ab)",
@@ -314,25 +315,25 @@ TEST_F(Directories, LongFiltersSelectNothing) {
   EXPECT_EQ(listed(".", std::string(255, '.'), false), Names{});
 }
 
-// The engine would exhaust the stack in compiling them.
-TEST_F(Directories, LongFiltersWithOperatorsAreRefused) {
+// Compiling such a filter would exhaust the stack.
+TEST_F(Directories, LongFiltersWithOperatorsAreInvalid) {
   fill();
   constexpr std::size_t longest = 10000;
   const std::string set(longest, 'x');
   const struct {
     const char* what;
     std::string filter;
-    bool isTaken;
+    bool isValid;
   } cases[] = {
-      {"the longest with an operator", std::string(longest - 1, 'x') + "|", true},
-      {"longer, with an operator", std::string(longest, 'x') + "|", false},
-      {"longer, with an escaped dot", std::string(longest, 'x') + "\\.", false},
-      {"longer, for the start of a name", "^" + std::string(longest, 'x'), false},
-      {"longer, with a NUL", std::string(longest, 'x') + '\0', false},
-      {"longer, plain characters and dots", std::string(longest, 'x') + ".", true},
+      {"the longest filter with an operator", std::string(longest - 1, 'x') + "|", true},
+      {"a longer filter with an operator", std::string(longest, 'x') + "|", false},
+      {"a longer filter with an escaped dot", std::string(longest, 'x') + "\\.", false},
+      {"a longer filter for the start of a name", "^" + std::string(longest, 'x'), false},
+      {"a longer filter with a NUL", std::string(longest, 'x') + '\0', false},
+      {"a longer filter of plain characters and dots", std::string(longest, 'x') + ".", true},
       {"a set", "[" + set + "]", true},
-      {"all but a set", "[^" + set + "]", true},
-      {"a set with another mark", "[" + set + "\\]]", false},
+      {"a negated set", "[^" + set + "]", true},
+      {"a set with an escaped bracket", "[" + set + "\\]]", false},
       {"a set and a character", "[" + set + "]x", false},
       {"a character and a set", "x[" + set + "]", false},
       {"parentheses", std::string(longest + 1, '('), false},
@@ -341,15 +342,15 @@ TEST_F(Directories, LongFiltersWithOperatorsAreRefused) {
   };
   for (const auto& c : cases) {
     Names names = {"before"};
-    EXPECT_EQ(zn_lib::listDir(".", c.filter, false, names), c.isTaken) << c.what;
+    EXPECT_EQ(zn_lib::listDir(".", c.filter, false, names), c.isValid) << c.what;
     EXPECT_EQ(names.front(), "before") << c.what;
-    EXPECT_TRUE(c.isTaken || names.size() == 1) << c.what;
+    EXPECT_TRUE(c.isValid || names.size() == 1) << c.what;
   }
 }
 
 // ---- Copying
 
-TEST_F(Directories, CopyMakesTheTarget) {
+TEST_F(Directories, CopyCreatesTheTarget) {
   fill();
   std::filesystem::rename("link", "sub/link");
   writeFile("sub/file", "text");
@@ -361,13 +362,13 @@ TEST_F(Directories, CopyMakesTheTarget) {
   const Written text = written([&] { EXPECT_TRUE(zn_lib::copyDir(source, target)); });
   EXPECT_EQ(text.out + text.err, "");
   EXPECT_EQ(listed("copy", "", false), (Names{".", "..", "deeper", "file"}))
-      << "the link, which led nowhere from there, has no file behind it";
+      << "the link dangles in the copy";
   EXPECT_EQ(readFile("copy/file"), "text");
   EXPECT_TRUE(std::filesystem::is_regular_file("copy/deeper")) << "not entered";
   EXPECT_EQ(readFile("copy/deeper"), "");
 }
 
-TEST_F(Directories, CopyOfAPlainFileIsTrue) {
+TEST_F(Directories, CopyOfAPlainFileSucceeds) {
   fill();
   std::string source = "one.txt";
   std::string target = "copy";
@@ -377,13 +378,13 @@ TEST_F(Directories, CopyOfAPlainFileIsTrue) {
   EXPECT_EQ(listed("copy", "", true), Names{});
 }
 
-TEST_F(Directories, CopyOfADirectoryThatCannotBeReadToItsEnd) {
+TEST_F(Directories, CopyIsEmptyIfListingFails) {
   fill();
   writeFile("sub/file", "text");
   std::string source = "sub";
   std::string target = "copy";
   const Written text = written([&] {
-    entriesUntilError = 3;  // all there are
+    entriesUntilError = 3;  // all entries of the directory
     EXPECT_TRUE(zn_lib::copyDir(source, target));
     entriesUntilError = INT_MAX;
   });
@@ -391,7 +392,7 @@ TEST_F(Directories, CopyOfADirectoryThatCannotBeReadToItsEnd) {
   EXPECT_EQ(listed("copy", "", true), Names{});
 }
 
-TEST_F(Directories, CopyKeepsWhatIsThere) {
+TEST_F(Directories, CopyKeepsExistingFiles) {
   fill();
   std::filesystem::create_directory("copy");
   writeFile("copy/file", "kept");
@@ -406,7 +407,7 @@ TEST_F(Directories, CopyKeepsWhatIsThere) {
   }
 }
 
-TEST_F(Directories, CopyIsTrueWhateverBecomesOfTheFiles) {
+TEST_F(Directories, CopySucceedsEvenIfFilesCannotBeCopied) {
   fill();
   writeFile("sub/file", "text");
   std::string source = "sub";

@@ -25,7 +25,7 @@ class ErrorCatalog : public InTemporaryDirectory {
   ~ErrorCatalog() override { zn_lib::setVerbose(false); }
 };
 
-/// The catalog in a file that holds `xml`.
+/// Returns the catalog that is read from a file with the contents `xml`.
 Catalog catalogOf(const std::string& xml) {
   writeFile("errors.xml", xml);
   Catalog catalog;
@@ -48,7 +48,7 @@ TEST_F(ErrorCatalog, HeaderExamples) {
   EXPECT_EQ(catalog, (Catalog{{1, "Text of error one"}, {2, "Text of error two"}}));
 }
 
-TEST_F(ErrorCatalog, Reads) {
+TEST_F(ErrorCatalog, ReadsCatalogs) {
   const struct {
     const char* what;
     std::string xml;
@@ -57,7 +57,7 @@ TEST_F(ErrorCatalog, Reads) {
       {"no error", "<E></E>", {}},
       {"any root", "<x>" + errorXml("7", "seven") + "</x>", {{7, "seven"}}},
       {"any depth", "<x><y>" + errorXml("7", "seven") + "</y></x>", {{7, "seven"}}},
-      {"blanks around",
+      {"whitespace around",
        "<E><ERROR><ID> 7 </ID><MESSAGE> a b </MESSAGE></ERROR></E>",
        {{7, "a b "}}},
       {"no number", "<E>" + errorXml("x", "m") + "</E>", {{0, "m"}}},
@@ -79,24 +79,24 @@ TEST_F(ErrorCatalog, Reads) {
       {"line breaks between the elements",
        "<E><ERROR><ID>1</ID>\n<MESSAGE>a</MESSAGE>\n</ERROR></E>",
        {{0, ""}}},
-      {"text behind the error",
+      {"text after the error",
        "<E>" + errorXml("1", "a") + "\n text " + errorXml("2", "b") + "</E>",
        {{1, "a"}, {2, "b"}}},
-      {"text behind the number counts for it",
+      {"text after the number counts as the number",
        "<E><ERROR><ID>1</ID>5<MESSAGE>a</MESSAGE></ERROR></E>",
        {{5, "a"}}},
-      {"text behind the message counts for it",
+      {"text after the message counts as the message",
        "<E><ERROR><ID>1</ID><MESSAGE>a</MESSAGE>b</ERROR></E>",
        {{1, "b"}}},
       {"an empty number", "<E>" + errorXml("1", "a") + errorXml("", "b") + "</E>", {{1, "b"}}},
       {"an empty message",
        "<E>" + errorXml("1", "a") + errorXml("2", "") + "</E>",
        {{1, "a"}, {2, "a"}}},
-      {"a message of blanks",
+      {"a message of whitespace",
        "<E>" + errorXml("1", "a") + errorXml("2", " ") + "</E>",
        {{1, "a"}, {2, ""}}},
       {"neither", "<E><ERROR/></E>", {{0, ""}}},
-      {"the number behind the message",
+      {"the number after the message",
        "<E><ERROR><MESSAGE>a</MESSAGE><ID>1</ID></ERROR></E>",
        {{1, "a"}}},
       {"a reference at the end", "<E>" + errorXml("1", "less than &lt;") + "</E>", {{1, "<"}}},
@@ -140,7 +140,9 @@ TEST_F(ErrorCatalog, Reads) {
       {"attributes",
        "<E><ERROR x='1'><ID y='2'>1</ID><MESSAGE>a</MESSAGE></ERROR></E>",
        {{1, "a"}}},
-      {"broken behind an error", "<E>" + errorXml("1", "a") + "<ERROR><ID>2</MESSAGE>", {{1, "a"}}},
+      {"malformed after an error",
+       "<E>" + errorXml("1", "a") + "<ERROR><ID>2</MESSAGE>",
+       {{1, "a"}}},
       {"an empty file", "", {}},
       {"no XML", "\x01\xFF\0"s, {}},
       {"another encoding declared",
@@ -150,7 +152,7 @@ TEST_F(ErrorCatalog, Reads) {
   for (const auto& c : cases) EXPECT_EQ(catalogOf(c.xml), c.catalog) << c.what;
 }
 
-TEST_F(ErrorCatalog, MergesIntoWhatIsThere) {
+TEST_F(ErrorCatalog, MergesIntoAnExistingCatalog) {
   writeFile("errors.xml", "<E>" + errorXml("1", "new") + "</E>");
   Catalog catalog = {{1, "old"}, {2, "kept"}};
   EXPECT_TRUE(zn_lib::readErrorFile("errors.xml", catalog));
@@ -218,7 +220,7 @@ TEST(ErrorOrder, IsAscending) {
 
 // ---- The reader
 
-TEST_F(ErrorCatalog, ReaderOpensOnlyWhatIsThere) {
+TEST_F(ErrorCatalog, ReaderOpensExistingFilesOnly) {
   zn_lib::ReadXml<zn_lib::ErrorEvent> reader;
   ASSERT_NE(reader.event, nullptr);
   EXPECT_EQ(reader.event->id, 0);
@@ -233,8 +235,8 @@ TEST_F(ErrorCatalog, ReaderOpensOnlyWhatIsThere) {
   EXPECT_TRUE(reader.event->data.empty());
 }
 
-TEST_F(ErrorCatalog, ReaderTakesFilesOfEverySize) {
-  // The end of the file and the blocks in which it is read fall on every place of the document.
+TEST_F(ErrorCatalog, ReaderAcceptsFilesOfAnySize) {
+  // The ends of the blocks that are read fall on every byte of the document.
   for (int padding = 8192 - 120; padding < 8192 + 20; ++padding) {
     const std::string xml =
         "<E>" + std::string(static_cast<std::size_t>(padding), ' ') + errorXml("1", "a") + "</E>";
@@ -247,7 +249,7 @@ TEST_F(ErrorCatalog, ReaderTakesFilesOfEverySize) {
   }
 }
 
-TEST_F(ErrorCatalog, ReaderTakesDeepAndLongDocuments) {
+TEST_F(ErrorCatalog, ReaderAcceptsDeepAndLongDocuments) {
   std::string deep;
   for (int i = 0; i < 300000; ++i) deep += "<a>";
   EXPECT_EQ(catalogOf(deep), Catalog());
@@ -284,10 +286,10 @@ TEST(XmlEvent, SkipWhiteSpace) {
 
 // ---- File names
 
-/// Stands in for the file objects: FileName is made as their base only.
+// FileName can only be created as a base.
 class Named : public zn_lib::FileName {};
 
-static_assert(!std::is_default_constructible_v<zn_lib::FileName>, "made as a base only");
+static_assert(!std::is_default_constructible_v<zn_lib::FileName>, "created as a base only");
 static_assert(std::has_virtual_destructor_v<zn_lib::FileName>, "the root of the file objects");
 
 std::string returned(std::string name) {
@@ -296,13 +298,13 @@ std::string returned(std::string name) {
   return file.getFileName();
 }
 
-TEST(FileName, IsEmptyAtFirst) {
+TEST(FileName, IsInitiallyEmpty) {
   Named file;
   EXPECT_EQ(file.nameParts.path + file.nameParts.name + file.nameParts.extension, "");
   EXPECT_EQ(file.getFileName(), "");
 }
 
-TEST(FileName, KeepsANameInItsParts) {
+TEST(FileName, StoresTheParts) {
   Named file;
   std::string name = "dir\\sub\\notes.txt";
   file.setFileName(name);
@@ -333,7 +335,7 @@ TEST(FileName, ExpandsTheHomeDirectoryTwice) {
   for (const auto& c : cases) EXPECT_EQ(returned(c[0]), c[1]) << c[0];
 }
 
-TEST(FileName, StaysAsItIsWithoutHome) {
+TEST(FileName, IsNotExpandedWithoutHome) {
   const Home home(nullptr);
   EXPECT_EQ(returned("~/notes.txt~"), "~/notes.txt~");
 }

@@ -31,7 +31,7 @@ TEST(ZnIp, HeaderExamples) {
   EXPECT_EQ(address.text(), "8.8.8.8");
 }
 
-TEST(IPv4, IsZeroAtFirst) {
+TEST(IPv4, IsInitiallyZero) {
   const zn_lib::IPv4 address;
   EXPECT_EQ(address.binary, 0u);
   EXPECT_EQ(blocksOf(address), "0 0 0 0 ");
@@ -39,7 +39,7 @@ TEST(IPv4, IsZeroAtFirst) {
   EXPECT_EQ(address.getLevel(), -1);
 }
 
-TEST(IPv4, SetTakesTextOfLowDigits) {
+TEST(IPv4, SetAcceptsDigitsUpToFive) {
   const struct {
     const char* text;
     const char* blocks;
@@ -61,7 +61,7 @@ TEST(IPv4, SetTakesTextOfLowDigits) {
   }
 }
 
-TEST(IPv4, RefusedTextChangesNothing) {
+TEST(IPv4, RejectedTextChangesNothing) {
   for (const std::string& text :
        {"192.168.1.1"s, "127.0.0.1"s, "10.0.0.9"s,    "8.8.8.8"s,  "555.1.1.1"s,
         "555.0.0.0"s,   "1.2.3"s,     "010.0.0.1"s,   "00.0.0.0"s, "1.2.3.4.5"s,
@@ -76,7 +76,7 @@ TEST(IPv4, RefusedTextChangesNothing) {
   }
 }
 
-TEST(IPv4, SetTakesAnyValue) {
+TEST(IPv4, SetAcceptsAnyValue) {
   zn_lib::IPv4 address;
   EXPECT_TRUE(address.set(htonl(0x7F000001u)));
   EXPECT_EQ(address.text(), "127.0.0.1");
@@ -90,7 +90,7 @@ TEST(IPv4, SetTakesAnyValue) {
   }
 }
 
-TEST(IPv4, ValidFormatAgreesWithItsPattern) {
+TEST(IPv4, ValidFormatAgreesWithItsDefinition) {
   const reference::Engine ipv4 = reference::engine(definitions::ipv4);
   const zn_lib::IPv4 address;
   int matches = 0;
@@ -135,7 +135,7 @@ TEST(IPv4, TextToBlocksReadsPartsInOrder) {
   }
 }
 
-TEST(IPv4, TextToBlocksLetsNumberErrorsPass) {
+TEST(IPv4, TextToBlocksThrowsNumberErrors) {
   const struct {
     const char* text;
     const char* blocks;
@@ -155,7 +155,7 @@ TEST(IPv4, TextToBlocksLetsNumberErrorsPass) {
   EXPECT_EQ(blocksOf(address), "1 0 0 0 ");
 }
 
-TEST(IPv4, BlocksAndBinaryConvertEachWay) {
+TEST(IPv4, BlocksAndBinaryConvertBothWays) {
   zn_lib::IPv4 address;
   address.binaryToBlocks(htonl(0xC0A80001u));
   EXPECT_EQ(blocksOf(address), "192 168 0 1 ");
@@ -165,7 +165,7 @@ TEST(IPv4, BlocksAndBinaryConvertEachWay) {
   EXPECT_EQ(address.text(), "192.168.0.1");
 }
 
-TEST(IPv6, TakesWhatThePlatformTakes) {
+TEST(IPv6, AcceptsWhatThePlatformAccepts) {
   zn_lib::IPv6 address;
   EXPECT_EQ(address.text(), "::");
   EXPECT_TRUE(address.set("::1"));
@@ -179,7 +179,7 @@ TEST(IPv6, TakesWhatThePlatformTakes) {
   EXPECT_EQ(address.text(), "::2");
 }
 
-TEST(IPv6, RefusedTextChangesNothing) {
+TEST(IPv6, RejectedTextChangesNothing) {
   zn_lib::IPv6 address;
   ASSERT_TRUE(address.set("fe80::5"));
   for (const char* text : {"1:2:3:4:5:6:7:8:9", "", "::1 ", "10.0.0.1", "g::", ":::", "::1%eth0"}) {
@@ -188,7 +188,7 @@ TEST(IPv6, RefusedTextChangesNothing) {
   }
 }
 
-TEST(LongText, IsRefused) {
+TEST(LongText, IsRejected) {
   zn_lib::IPv4 v4;
   zn_lib::IPv6 v6;
   for (const char c : {'1', '.', ':', 'x', '\0'}) {

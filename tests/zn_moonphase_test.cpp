@@ -24,7 +24,7 @@ MoonPhase moonAt(double days) {
   return moon;
 }
 
-/// The shorter way from `from` to `to` on the circle, -180 to 180.
+/// Returns the shorter way from `from` to `to` on the circle, in degrees from -180 to 180.
 double difference(double to, double from) { return std::remainder(to - from, 360.0); }
 
 TEST(ZnMoonPhase, HeaderExamples) {
@@ -40,7 +40,7 @@ TEST(ZnMoonPhase, HeaderExamples) {
   EXPECT_EQ(moon.phase, 4);
 }
 
-TEST(MoonPhase, IsAPlainRecordOfZerosAtFirst) {
+TEST(MoonPhase, IsInitiallyARecordOfZeros) {
   static_assert(std::is_same_v<decltype(MoonPhase::phase), int>, "");
   static_assert(std::is_standard_layout_v<MoonPhase> && !std::is_polymorphic_v<MoonPhase>, "");
   static_assert(offsetof(MoonPhase, days) == 0 && offsetof(MoonPhase, phaseAngle) == 8 &&
@@ -96,7 +96,7 @@ TEST(MoonPhase, EclipsesNeedANewOrAFullMoon) {
   }
 }
 
-TEST(MoonPhase, SunStandsAtTheQuartersOfItsOrbitWhenSeasonsBegin) {
+TEST(MoonPhase, SunIsAtAQuarterOfItsOrbitWhenASeasonBegins) {
   const struct {
     const char* what;
     double days;
@@ -114,64 +114,68 @@ TEST(MoonPhase, SunStandsAtTheQuartersOfItsOrbitWhenSeasonsBegin) {
   }
 }
 
-// ---- A second implementation
+// ---- The reference model
 
-/// Keeps the compiler from fusing a product with the sum it is part of, which would change the last
-/// bits of angles of many turns.
+/// Returns `product`. Prevents the compiler from fusing it with a sum, which would change the last
+/// bits of large angles.
 double rounded(double product) {
   volatile double value = product;
   return value;
 }
 
-/// The model, step by step, for days at which no count of turns leaves 32 bits.
+/// Computes the model step by step, for days at which the number of turns fits in 32 bits.
 struct Model {
-  double sun, moon, phaseAngle, illuminated;
+  double sunLongitude, moonLongitude, phaseAngle, illuminated;
   int phase;
 
-  /// `moonsSunMotion` is the sun's daily motion in the moon's perturbations.
-  explicit Model(double days, double moonsSunMotion = 0.985647332099) {
-    const double n = reduced(rounded(days * 0.9856473320990837));
-    const double m = radians(fixed(n - 3.762863));
-    const double e = 0.016718;
-    double ecc = m;
+  /// `sunMotionInPerturbations` is the daily motion of the sun in the perturbations of the moon.
+  explicit Model(double days, double sunMotionInPerturbations = 0.985647332099) {
+    const double meanSun = reduced(rounded(days * 0.9856473320990837));
+    const double sunAnomaly = radians(fixed(meanSun - 3.762863));
+    const double eccentricity = 0.016718;
+    double eccentricAnomaly = sunAnomaly;
     double delta;
     do {
-      delta = ecc - e * std::sin(ecc) - m;
-      ecc = ecc - delta / (1 - e * std::cos(ecc));
+      delta = eccentricAnomaly - eccentricity * std::sin(eccentricAnomaly) - sunAnomaly;
+      eccentricAnomaly = eccentricAnomaly - delta / (1 - eccentricity * std::cos(eccentricAnomaly));
     } while (std::fabs(delta) >= 1e-12);
-    const double nu = 114.59155902616465 * std::atan(1.01686011182 * std::tan(ecc / 2));
-    sun = reduced(nu + 282.596403);
+    const double trueAnomaly =
+        114.59155902616465 * std::atan(1.01686011182 * std::tan(eccentricAnomaly / 2));
+    sunLongitude = reduced(trueAnomaly + 282.596403);
 
-    const double ms = fixed(rounded(moonsSunMotion * days) - 3.762863);
-    const double l = fixed(reduced(rounded(13.176396 * days) + 64.975464));
-    const double mm = reduced(l - rounded(0.1114041 * days) - 349.383063);
-    const double ev = 1.2739 * sine(2 * (l - sun) - mm);
-    const double ae = 0.1858 * sine(ms);
-    const double a3 = 0.37 * sine(ms);
-    const double mm2 = mm + ev - ae - a3;
-    const double ec = 6.2886 * sine(mm2);
-    const double a4 = 0.214 * sine(2 * mm2);
-    const double l2 = l + ev + ec - ae + a4;
-    const double v = 0.6583 * sine(2 * (l2 - sun));
-    moon = l2 + v;
+    const double perturbingAnomaly = fixed(rounded(sunMotionInPerturbations * days) - 3.762863);
+    const double meanMoon = fixed(reduced(rounded(13.176396 * days) + 64.975464));
+    const double meanMoonAnomaly = reduced(meanMoon - rounded(0.1114041 * days) - 349.383063);
+    const double evection = 1.2739 * sine(2 * (meanMoon - sunLongitude) - meanMoonAnomaly);
+    const double annualEquation = 0.1858 * sine(perturbingAnomaly);
+    const double thirdCorrection = 0.37 * sine(perturbingAnomaly);
+    const double moonAnomaly = meanMoonAnomaly + evection - annualEquation - thirdCorrection;
+    const double equationOfCentre = 6.2886 * sine(moonAnomaly);
+    const double fourthCorrection = 0.214 * sine(2 * moonAnomaly);
+    const double corrected =
+        meanMoon + evection + equationOfCentre - annualEquation + fourthCorrection;
+    const double variation = 0.6583 * sine(2 * (corrected - sunLongitude));
+    moonLongitude = corrected + variation;
 
-    const double a = moon - sun;
-    phaseAngle = a < 0 ? a + 360 : a;
+    const double age = moonLongitude - sunLongitude;
+    phaseAngle = age < 0 ? age + 360 : age;
     phase = static_cast<int>(std::trunc((phaseAngle + 22.5) / 45.0)) % 8;
-    illuminated = (1 - std::cos(radians(a))) * 0.5;
+    illuminated = (1 - std::cos(radians(age))) * 0.5;
   }
 
   static double radians(double degrees) { return degrees * 0.017453292519943295; }
   static double sine(double degrees) { return std::sin(radians(degrees)); }
+  /// Returns `x`, increased by a turn if it is negative.
   static double fixed(double x) { return x < 0 ? x + 360 : x; }
+  /// Returns `x` without whole turns.
   static double reduced(double x) { return x - rounded(std::trunc(x / 360) * 360); }
 };
 
 void expectModel(double days) {
   const Model model(days);
   MoonPhase moon = moonAt(days);
-  ASSERT_NEAR(moon.sunPosition(), model.sun, 1e-11) << days;
-  ASSERT_NEAR(moon.moonPosition(), model.moon, 1e-11) << days;
+  ASSERT_NEAR(moon.sunPosition(), model.sunLongitude, 1e-11) << days;
+  ASSERT_NEAR(moon.moonPosition(), model.moonLongitude, 1e-11) << days;
   ASSERT_NEAR(moon.phaseAngle, model.phaseAngle, 1e-11) << days;
   ASSERT_NEAR(moon.illuminated, model.illuminated, 1e-12) << days;
   ASSERT_EQ(moon.phase, model.phase) << days;
@@ -195,10 +199,11 @@ TEST(MoonPhase, SunMovesDifferentlyInTheMoonsPerturbations) {
   double largest = 0.0;
   for (int i = -1000; i <= 1000; ++i) {
     const double days = i * 1234567.8;
-    largest = std::max(largest, std::fabs(Model(days, sunsOwnMotion).moon - Model(days).moon));
+    largest = std::max(
+        largest, std::fabs(Model(days, sunsOwnMotion).moonLongitude - Model(days).moonLongitude));
     expectModel(days);
   }
-  EXPECT_GT(largest, 1e-7) << "one constant for both would be seen";
+  EXPECT_GT(largest, 1e-7) << "the test must distinguish the two constants";
 }
 
 TEST(MoonPhase, SunPositionIsLessThanATurn) {
@@ -213,11 +218,11 @@ TEST(MoonPhase, SunPositionIsLessThanATurn) {
   }
   EXPECT_GE(lowest, 0.0);
   EXPECT_LT(highest, 360.0);
-  EXPECT_LT(lowest, 0.01) << "the whole circle was seen";
+  EXPECT_LT(lowest, 0.01) << "the whole circle is covered";
   EXPECT_GT(highest, 359.99);
 }
 
-TEST(MoonPhase, MoonPositionMayLieBesideTheTurn) {
+TEST(MoonPhase, MoonPositionMayLeaveTheCircle) {
   double lowest = 360.0;
   double highest = 0.0;
   for (int i = -100000; i <= 100000; ++i) {
@@ -233,7 +238,7 @@ TEST(MoonPhase, MoonPositionMayLieBesideTheTurn) {
   EXPECT_LT(highest, 369.1);
 }
 
-TEST(MoonPhase, PositionsStoreNothing) {
+TEST(MoonPhase, PositionsDoNotChangeTheObject) {
   MoonPhase moon = moonAt(16097.0);
   const MoonPhase before = moon;
   moon.days = 100.0;
@@ -247,7 +252,7 @@ TEST(MoonPhase, PositionsStoreNothing) {
 
 // ---- Sectors
 
-/// The first two neighbouring doubles from `days` on between which the phase angle reaches `angle`.
+/// The first pair of adjacent doubles after `days` between which the phase angle reaches `angle`.
 struct Crossing {
   double before, after;
 
@@ -280,7 +285,7 @@ TEST(MoonPhase, SectorsBeginHalfwayBetweenThePhases) {
   }
 }
 
-TEST(MoonPhase, SectorsHoldTheirAngles) {
+TEST(MoonPhase, SectorsContainTheirAngles) {
   const struct {
     double phaseAngle;
     int phase;
@@ -302,9 +307,9 @@ TEST(MoonPhase, LitFractionGrowsFromNewToFull) {
   EXPECT_NEAR(moonAt(Crossing(16000.0, 270.0).after).illuminated, 0.5, 1e-9);
 }
 
-// One turn at most is added, and only to a negative difference. So beside a new moon at which sun
-// and moon stand on either side of longitude 0 the phase angle may leave the circle.
-TEST(MoonPhase, PhaseAngleBesideTheTurnIsANewMoon) {
+// At most one turn is added, and only to a negative difference. Near a new moon at longitude 0 the
+// phase angle may therefore lie outside the circle.
+TEST(MoonPhase, PhaseAngleOutsideTheCircleIsANewMoon) {
   int beside = 0;
   for (int i = -400000; i <= 400000; ++i) {
     const MoonPhase moon = moonAt(i * 0.21);
@@ -319,9 +324,9 @@ TEST(MoonPhase, PhaseAngleBesideTheTurnIsANewMoon) {
   EXPECT_GT(beside, 10);
 }
 
-// ---- Any value
+// ---- Extreme values
 
-TEST(MoonPhase, NothingCanBeSaidOfNoNumber) {
+TEST(MoonPhase, IsNanOutsideTheRangeOfTheModel) {
   for (const double days : {Limits::quiet_NaN(), Limits::infinity(), -Limits::infinity(),
                             Limits::max(), Limits::lowest(), 1e308, -1e308}) {
     MoonPhase moon;
@@ -357,8 +362,8 @@ TEST(MoonPhase, LargeDaysStayInRange) {
   }
 }
 
-// Angles of more than 2147483647 turns are reduced another way.
-TEST(MoonPhase, CountOfTurnsMayLeave32Bits) {
+// Angles of more than 2147483647 turns are reduced in another way.
+TEST(MoonPhase, NumberOfTurnsMayExceed32Bits) {
   for (const double motion : {13.176396, 13.0649919, 0.9856473320990837}) {
     const double last = 2147483647.0 * 360.0 / motion;
     for (int i = -20000; i <= 20000; ++i) {
@@ -366,16 +371,16 @@ TEST(MoonPhase, CountOfTurnsMayLeave32Bits) {
       expectSane(-last + i * 0.37);
     }
   }
-  // A day is no longer told from the next by much: neither are the angles.
+  // Doubles of this size resolve days coarsely, so the angles have few exact digits.
   for (double days = 1e12; days < 4e12; days += 1.0007e10) {
     for (const double signedDays : {days, -days}) {
-      const double difference = moonAt(signedDays).sunPosition() - Model(signedDays).sun;
+      const double difference = moonAt(signedDays).sunPosition() - Model(signedDays).sunLongitude;
       EXPECT_NEAR(std::remainder(difference, 360.0), 0.0, 0.01) << signedDays;
     }
   }
 }
 
-// ---- Accuracy, with the largest errors seen at every half hour of the years 2000 to 2050
+// ---- Accuracy: the bounds are the largest errors at every half hour of the years 2000 to 2050
 
 TEST(MoonPhaseAccuracy, PhaseAngleAndLitFraction) {
   double largestAngle = 0.0;
@@ -389,7 +394,7 @@ TEST(MoonPhaseAccuracy, PhaseAngleAndLitFraction) {
     largestAngle = std::max(largestAngle, std::fabs(angle));
     largestFraction = std::max(largestFraction, std::fabs(fraction));
   }
-  EXPECT_GT(largestAngle, 0.25) << "the bounds are not idle";
+  EXPECT_GT(largestAngle, 0.25) << "the bounds are too wide";
   EXPECT_GT(largestFraction, 0.003);
 }
 
@@ -408,7 +413,7 @@ TEST(MoonPhaseAccuracy, InstantsOfNewAndFullMoon) {
     largest = std::max(largest, std::fabs(error));
   }
   EXPECT_EQ(fullMoons, 631);
-  EXPECT_GT(largest, 30.0) << "the bound is not idle";
+  EXPECT_GT(largest, 30.0) << "the bound is too wide";
 }
 
 }  // namespace

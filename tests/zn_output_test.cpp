@@ -39,7 +39,7 @@ TEST_F(Output, HeaderExamples) {
   EXPECT_EQ(text.err, "ERROR: disk full\n");
 }
 
-TEST_F(Output, IsSilentByDefaultButForDebugMessages) {
+TEST_F(Output, IsSilentByDefaultExceptForDebugMessages) {
   EXPECT_FALSE(zn_lib::isVerbose());
   const Written text = written([] {
     zn_lib::display("a");
@@ -105,8 +105,8 @@ TEST_F(Output, WritesEachKindOfMessage) {
   }
 }
 
-TEST_F(Output, FlushesLinesAndNothingElse) {
-  // A buffer that counts how often it is flushed stands in for the terminal.
+TEST_F(Output, FlushesLinesOnly) {
+  // A buffer that counts its flushes replaces the terminal.
   class Counter : public std::streambuf {
    public:
     int flushes = 0;
@@ -125,7 +125,7 @@ TEST_F(Output, FlushesLinesAndNothingElse) {
   EXPECT_EQ(counter.flushes, 3);
 }
 
-// ---- Prompts, each in a child process of its own with its own standard input.
+// ---- Prompts. Each runs in a child process with its own standard input.
 
 void writeAll(int descriptor, const std::string& text) {
   for (std::size_t done = 0; done < text.size();) {
@@ -135,7 +135,7 @@ void writeAll(int descriptor, const std::string& text) {
   }
 }
 
-/// Reads until the end, which a terminal whose last user is gone reports as an error.
+/// Reads to the end. A terminal reports an error as its end, once no process has it open.
 std::string readAll(int descriptor) {
   std::string text;
   std::array<char, 4096> buffer;
@@ -163,11 +163,12 @@ Prompt askYesOrNo(const std::string& prompt) {
 }
 
 struct Answer {
-  int result;          ///< what the prompt function returned
-  std::string screen;  ///< what the terminal showed
+  int result;          ///< of the prompt function
+  std::string screen;  ///< the text on the terminal
 };
 
-/// Waits until the terminal no longer echoes by itself, so that what is typed is shown once.
+/// Waits until libedit has switched off the echo of the terminal. Before that, input is shown
+/// twice.
 void awaitEditing(int terminal) {
   termios mode;
   for (int tries = 0; tries < 5000 && tcgetattr(terminal, &mode) == 0 && (mode.c_lflag & ECHO) != 0;
@@ -178,8 +179,8 @@ void awaitEditing(int terminal) {
 
 enum class Editor { kLibedit, kTerminal };
 
-/// Runs `prompt` on a new terminal and types `typed` once `shown` stands there, and once libedit is
-/// ready where it is the one that edits.
+/// Runs `prompt` on a new terminal and types `typed` once the terminal shows `shown`. Waits for
+/// libedit first, if it edits the input.
 Answer atTerminal(const Prompt& prompt, const std::string& shown, const std::string& typed,
                   Editor editor = Editor::kLibedit) {
   int terminal = -1;
@@ -190,7 +191,7 @@ Answer atTerminal(const Prompt& prompt, const std::string& shown, const std::str
     _exit(prompt());
   }
   if (child < 0) {
-    ADD_FAILURE() << "no pseudo-terminal to be had (is /dev/pts mounted?)";
+    ADD_FAILURE() << "no pseudo-terminal is available (is /dev/pts mounted?)";
     return {-1, ""};
   }
   std::string screen = readUntil(terminal, shown);
@@ -229,7 +230,7 @@ TEST(Prompts, ShowTheirTextAndReadOneLine) {
   }
 }
 
-TEST(Prompts, CountTheEndOfInputAtATerminalAsAnEmptyAnswer) {
+TEST(Prompts, TreatTheEndOfInputAtATerminalAsAnEmptyAnswer) {
   EXPECT_EQ(atTerminal(askMore, "continue ", "\x04").result, 1);
   EXPECT_EQ(atTerminal(askYesOrNo("Sure?"), "Sure?", "\x04").result, 0);
   EXPECT_EQ(atTerminal(askToContinue, "continue ", "\x04").result, 7);
@@ -250,7 +251,7 @@ TEST(Prompts, ShowBytesThatTheLocaleCannotDecode) {
   }
 }
 
-TEST(Prompts, ShowTheirTextInTheLocaleOfTheMoment) {
+TEST(Prompts, ShowTheirTextInTheCurrentLocale) {
   const std::string text = "\xC3\x9C? ";
   const Prompt askInThreeLocales = [&] {
     int result = 0;
@@ -265,7 +266,7 @@ TEST(Prompts, ShowTheirTextInTheLocaleOfTheMoment) {
   EXPECT_EQ(answer.screen, text + "y\r\n" + text + "n\r\n" + text + "y\r\n");
 }
 
-/// What a host may do with standard input between two prompts.
+// Ways in which a host may replace standard input between two prompts.
 void closeInput() { close(STDIN_FILENO); }
 void takeInputFromNowhere() { dup2(open("/dev/null", O_RDONLY), STDIN_FILENO); }
 void takeInputFromPipe() {
@@ -276,7 +277,7 @@ void takeInputFromPipe() {
   dup2(ends[0], STDIN_FILENO);
 }
 
-TEST(Prompts, AnswerWhenStandardInputIsNoLongerTheTerminal) {
+TEST(Prompts, ReturnIfStandardInputIsNoLongerTheTerminal) {
   const struct {
     const char* what;
     void (*change)();
@@ -286,11 +287,11 @@ TEST(Prompts, AnswerWhenStandardInputIsNoLongerTheTerminal) {
     const char* what;
     std::string prompt, screen;
   } prompts[] = {
-      {"no character of the locale", "\xFF? ", ""},
-      {"the same behind a NUL", "\0\xFF? "s, ""},
-      {"the same before a NUL", "\xFF\0? "s, ""},
+      {"an invalid character", "\xFF? ", ""},
+      {"an invalid character after a NUL", "\0\xFF? "s, ""},
+      {"an invalid character before a NUL", "\xFF\0? "s, ""},
       {"empty", "", ""},
-      {"one of the locale", "Still there? ", "Still there? "},
+      {"valid characters", "Still there? ", "Still there? "},
   };
   for (const auto& change : changes) {
     for (const auto& c : prompts) {
@@ -308,7 +309,7 @@ TEST(Prompts, AnswerWhenStandardInputIsNoLongerTheTerminal) {
   }
 }
 
-/// How `prompt` ends in a process whose terminal hangs up while it asks.
+/// Runs `prompt` and hangs up its terminal while it waits. Returns what `waitForExit` does.
 int whenTheTerminalHangsUp(const Prompt& prompt, const std::string& shown) {
   constexpr unsigned deadline = 10;  // seconds
   int terminal = -1;
@@ -318,7 +319,7 @@ int whenTheTerminalHangsUp(const Prompt& prompt, const std::string& shown) {
     _exit(prompt());
   }
   if (child < 0) {
-    ADD_FAILURE() << "no pseudo-terminal to be had (is /dev/pts mounted?)";
+    ADD_FAILURE() << "no pseudo-terminal is available (is /dev/pts mounted?)";
     return -1;
   }
   readUntil(terminal, shown);
@@ -334,19 +335,20 @@ TEST(Prompts, EndWhenTheTerminalHangsUp) {
   };
   EXPECT_EQ(whenTheTerminalHangsUp(ignoring, "continue "), 11) << "as at the end of input";
   EXPECT_EQ(whenTheTerminalHangsUp(askMore, "continue "), kSignalled + SIGHUP)
-      << "as the system does it";
+      << "by the default action";
 }
 
-/// Runs `prompt` with `input` behind a pipe as standard input, then reads what is left of it.
 struct PipedAnswer {
   int result;
-  std::string out, rest;
+  std::string out;
+  std::string rest;  ///< the input that the prompt did not read
 };
 
+/// Runs `prompt` with `input` in a pipe as standard input.
 PipedAnswer throughPipe(const Prompt& prompt, const std::string& input) {
   int in[2], out[2], rest[2];
   if (pipe(in) != 0 || pipe(out) != 0 || pipe(rest) != 0) {
-    ADD_FAILURE() << "no pipe to be had";
+    ADD_FAILURE() << "no pipe is available";
     return {-1, "", ""};
   }
   const pid_t child = fork();
@@ -402,8 +404,8 @@ TEST(Prompts, ReadOneLineFromAPipe) {
   }
 }
 
-/// A buffer that keeps what it is given until it is flushed, as that of `std::cout` does in a host
-/// that has called `sync_with_stdio(false)`.
+/// A buffer that is only written when it is flushed. `std::cout` has such a buffer in a host that
+/// calls `sync_with_stdio(false)`.
 class Unsynchronized : public std::stringbuf {
   int sync() override {
     writeAll(STDOUT_FILENO, str());
@@ -412,7 +414,7 @@ class Unsynchronized : public std::stringbuf {
   }
 };
 
-TEST(Prompts, ComeAfterTheOutputBeforeThem) {
+TEST(Prompts, FollowEarlierOutput) {
   const struct {
     const char* what;
     std::function<void()> print;
@@ -438,10 +440,10 @@ TEST(Prompts, ComeAfterTheOutputBeforeThem) {
     std::cout << "Before.";
     return zn_lib::more();
   };
-  EXPECT_EQ(throughPipe(askQuietly, "q\n").out, "Before.") << "where no prompt is shown, too";
+  EXPECT_EQ(throughPipe(askQuietly, "q\n").out, "Before.") << "even if no prompt is shown";
 }
 
-TEST(Prompts, ReadWhatTheStandardStreamHasNotBuffered) {
+TEST(Prompts, ReadInputThatTheStandardStreamHasNotBuffered) {
   const auto readLineThenAsk = [] {
     std::string line;
     std::getline(std::cin, line);
@@ -455,8 +457,8 @@ TEST(Prompts, ReadWhatTheStandardStreamHasNotBuffered) {
   EXPECT_EQ(throughPipe(readByteByByte, "first\nyes\n").result, 11);
 }
 
-// Which loops end with the input: no state of std::cin does it.
-TEST(Prompts, LeaveTheStateOfTheStandardStreamAsItIs) {
+// A loop that prompts until std::cin fails therefore never ends.
+TEST(Prompts, DoNotChangeTheStateOfTheStandardStream) {
   const Prompt untilTheStreamEnds = [] {
     constexpr int most = 50;
     int asked = 0;
@@ -487,8 +489,8 @@ TEST(Prompts, EndWithAnEmptyAnswerAtAHandledSignal) {
   EXPECT_EQ(atTerminal(asking(SIG_DFL), "continue ", interrupt).result, kSignalled + SIGINT);
 }
 
-TEST(Prompts, SendASignalAgainToTheWholeGroup) {
-  // Another process of the group interrupts the one that asks, and waits for an interrupt itself.
+TEST(Prompts, ResendASignalToTheWholeGroup) {
+  // Another process of the group interrupts the prompt, and then waits for an interrupt itself.
   const Prompt ask = [] {
     std::signal(SIGINT, takeNoNotice);
     sigset_t interrupt;
@@ -508,7 +510,7 @@ TEST(Prompts, SendASignalAgainToTheWholeGroup) {
   EXPECT_EQ(atTerminal(ask, "continue ", "", Editor::kTerminal).result, 17);
 }
 
-TEST(Prompts, ShowWhatTakesNoColumnAsTheirLibeditDoes) {
+TEST(Prompts, ShowZeroWidthCharactersAsLibeditDoes) {
   const struct {
     std::string prompt, older, newer;
   } cases[] = {
@@ -528,7 +530,7 @@ TEST(Prompts, ShowWhatTakesNoColumnAsTheirLibeditDoes) {
   }
 }
 
-TEST(Prompts, ShowNothingWhereTheFirstOneWasAtNoTerminal) {
+TEST(Prompts, StayHiddenIfTheFirstPromptHadNoTerminal) {
   const Prompt ask = [] {
     const int terminal = dup(STDIN_FILENO);
     takeInputFromPipe();
@@ -542,8 +544,8 @@ TEST(Prompts, ShowNothingWhereTheFirstOneWasAtNoTerminal) {
   EXPECT_EQ(answer.screen.find('?'), std::string::npos) << answer.screen;
 }
 
-// libedit may leave out what it cannot decode: which answer that makes is its affair.
-TEST(Prompts, AnswerToBytesThatTheLocaleCannotDecode) {
+// libedit may drop bytes that it cannot decode, so either answer is correct.
+TEST(Prompts, ReturnForInputThatTheLocaleCannotDecode) {
   for (const char* locale : {"C", "C.UTF-8"}) {
     for (const std::string typed : {"\xFFy", "\xC3\x28y", "\x80"}) {
       const Prompt ask = [&] {
@@ -555,7 +557,7 @@ TEST(Prompts, AnswerToBytesThatTheLocaleCannotDecode) {
   }
 }
 
-TEST(Prompts, CountClosedStandardInputAsAnEmptyAnswer) {
+TEST(Prompts, TreatClosedStandardInputAsAnEmptyAnswer) {
   const auto closed = [](const Prompt& prompt) {
     return throughPipe([&] { return close(STDIN_FILENO), prompt(); }, "").result;
   };

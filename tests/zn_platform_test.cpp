@@ -17,7 +17,7 @@ namespace {
 
 bool unameFails = false;
 
-/// What the system answers, without the library.
+/// Returns the answer of the system, without the library.
 utsname askSystem() {
   utsname system{};
   EXPECT_EQ(syscall(SYS_uname, &system), 0);
@@ -26,8 +26,7 @@ utsname askSystem() {
 
 }  // namespace
 
-/// Stands in for the C library's function of this name, in the library under test too, so that it
-/// can be made to fail.
+/// Replaces the function of the C library, for the library under test too, so that it can fail.
 extern "C" __attribute__((visibility("default"))) int uname(utsname* system) noexcept {
   if (unameFails) {
     errno = EFAULT;
@@ -55,7 +54,7 @@ TEST_F(Platform, HeaderExamples) {
   EXPECT_EQ(zn_lib::rotate4b(0x12345678), 0x12345678u);
 }
 
-TEST_F(Platform, WritesSixLinesWhateverTheFlag) {
+TEST_F(Platform, WritesSixLinesRegardlessOfTheVerboseFlag) {
   const utsname system = askSystem();
   using namespace std::string_literals;
   const std::string lines =
@@ -74,7 +73,7 @@ TEST_F(Platform, WritesSixLinesWhateverTheFlag) {
 }
 
 TEST_F(Platform, FlushesEachLine) {
-  // A buffer that counts the lines that were flushed one by one stands in for the terminal.
+  // A buffer that counts the lines that are flushed one by one replaces the terminal.
   class Terminal : public std::streambuf {
    public:
     int lines = 0, flushes = 0;
@@ -97,7 +96,7 @@ TEST_F(Platform, FlushesEachLine) {
   EXPECT_EQ(terminal.flushes, 6);
 }
 
-TEST_F(Platform, AnswersThoughTheSystemDoesNot) {
+TEST_F(Platform, ReportsUnknownIfTheSystemCallFails) {
   unameFails = true;
   for (const bool verbose : {false, true}) {
     zn_lib::setVerbose(verbose);
@@ -123,7 +122,7 @@ TEST_F(Platform, AsksTheSystemEachTime) {
   }
 }
 
-TEST(ByteOrder, RotatesNothing) {
+TEST(ByteOrder, RotationsReturnTheirArgument) {
   static_assert(sizeof(short) == 2 && sizeof(unsigned int) == 4);
   for (int value = std::numeric_limits<short>::min(); value <= std::numeric_limits<short>::max();
        ++value) {

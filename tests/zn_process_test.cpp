@@ -25,27 +25,27 @@ using namespace std::string_literals;
 
 constexpr pid_t kAnyChild = -1;
 
-/// Ends `child`, which is still running, and reaps it; gives `kSignalled + SIGKILL`.
+/// Kills `child`, which is still running, and reaps it. Returns `kSignalled + SIGKILL`.
 int killAndReap(pid_t child) {
-  // A process that is no child of ours any more must not be hit.
+  // The process must still be a child of this one.
   if (child <= 0 || waitpid(child, nullptr, WNOHANG) != 0) return kNoSuchChild;
   kill(child, SIGKILL);
   return waitForExit(child);
 }
 
-/// The process that the message about waiting names; 0 where there is no such message.
+/// Returns the process that the message about waiting names, and 0 if there is no message.
 pid_t namedChild(const std::string& out) {
   const std::string before = "Waiting for child process #";
   return out.rfind(before, 0) == 0 ? std::stoi(out.substr(before.size())) : 0;
 }
 
-/// Runs `childProcess` without waiting and gives the exit status of the child.
+/// Runs `childProcess` without waiting. Returns the exit status of the child.
 int childStatus(const std::string& program, const std::string& argument) {
   zn_lib::childProcess(program, argument, false);
   return waitForExit(kAnyChild);
 }
 
-/// Gives the program `name` in the working directory this text, and its absolute path.
+/// Writes the program `name` to the working directory. Returns its absolute path.
 std::string makeProgram(const std::string& name, mode_t mode, const std::string& text) {
   writeFile(name, text);
   chmod(name.c_str(), mode);
@@ -56,11 +56,11 @@ std::string makeScript(const std::string& name, const std::string& text) {
   return makeProgram(name, 0700, "#!/bin/sh\n" + text);
 }
 
-/// Each test leaves no child behind.
+/// Expects that each test reaps its children.
 class Process : public InTemporaryDirectory {
  protected:
   ~Process() override {
-    EXPECT_EQ(waitpid(kAnyChild, nullptr, WNOHANG), -1) << "a child was left";
+    EXPECT_EQ(waitpid(kAnyChild, nullptr, WNOHANG), -1) << "a child is left";
     zn_lib::setVerbose(false);
   }
 };
@@ -83,7 +83,7 @@ TEST_F(Process, PassesExactlyOneArgument) {
   } cases[] = {
       {"a word", "word", "word"},
       {"the empty text", "", ""},
-      {"blanks are not split at", " a  b\tc\n", " a  b\tc\n"},
+      {"whitespace does not split it", " a  b\tc\n", " a  b\tc\n"},
       {"nothing is expanded", "~ * $HOME `id`", "~ * $HOME `id`"},
       {"quotes", R"('a' "b" \c)", R"('a' "b" \c)"},
       {"an option", "-n", "-n"},
@@ -99,9 +99,9 @@ TEST_F(Process, PassesExactlyOneArgument) {
   }
 }
 
-TEST_F(Process, GivesTheProgramItsExpandedPathAsArgumentZero) {
+TEST_F(Process, PassesTheExpandedPathAsArgumentZero) {
   const Home home("/bin");
-  // What a process was called with, each argument closed by a NUL.
+  // The command line of a process, with a NUL after each argument.
   const std::string arguments = "/bin/cat\0/proc/self/cmdline\0"s;
   for (const std::string program : {"/bin/cat", " \t\n/bin/cat", "~/cat", "  ~/cat"}) {
     const auto run = [&] { zn_lib::childProcess(program, "/proc/self/cmdline", true); };
@@ -111,7 +111,7 @@ TEST_F(Process, GivesTheProgramItsExpandedPathAsArgumentZero) {
   EXPECT_EQ(written(run).out, arguments) << "a NUL ends the program";
 }
 
-TEST_F(Process, ExpandsTheFirstTildeWhereverItStands) {
+TEST_F(Process, ExpandsTheFirstTildeAnywhere) {
   const struct {
     const char* what;
     const char* home;
@@ -120,8 +120,8 @@ TEST_F(Process, ExpandsTheFirstTildeWhereverItStands) {
   } cases[] = {
       {"within the name", "bin", "/~/false", 1},
       {"the whole name", "/bin/false", "~", 1},
-      {"without HOME there is no such program", nullptr, "~", 0},
-      {"without HOME the blanks go", nullptr, " /bin/false", 1},
+      {"without HOME the tilde is the name", nullptr, "~", 0},
+      {"without HOME leading whitespace is removed", nullptr, " /bin/false", 1},
   };
   for (const auto& c : cases) {
     const Home home(c.home);
@@ -129,7 +129,7 @@ TEST_F(Process, ExpandsTheFirstTildeWhereverItStands) {
   }
 }
 
-TEST_F(Process, ReturnsZeroWhateverTheProgramsStatus) {
+TEST_F(Process, ReturnsZeroForAnyExitStatus) {
   const struct {
     const char* program;
     int status;
@@ -141,8 +141,8 @@ TEST_F(Process, ReturnsZeroWhateverTheProgramsStatus) {
   }
 }
 
-TEST_F(Process, TakesAProgramThatCannotBeStartedForASuccess) {
-  // Each of them would end with a status other than 0 if it ran.
+TEST_F(Process, TreatsAProgramThatCannotStartAsASuccess) {
+  // Each program would end with a status other than 0 if it ran.
   const struct {
     const char* what;
     std::string program, argument;
@@ -151,7 +151,7 @@ TEST_F(Process, TakesAProgramThatCannotBeStartedForASuccess) {
       {"no such directory", "missing/program", ""},
       {"no name", "", ""},
       {"nothing before the NUL", "\0/bin/false"s, ""},
-      {"a trailing blank belongs to the name", "/bin/false ", ""},
+      {"a trailing space belongs to the name", "/bin/false ", ""},
       {"PATH is not searched", "false", ""},
       {"a directory", "/bin", ""},
       {"not executable", makeProgram("plain", 0600, "#!/bin/sh\nexit 5"), ""},
@@ -173,7 +173,7 @@ TEST_F(Process, TakesAProgramThatCannotBeStartedForASuccess) {
   }
 }
 
-TEST_F(Process, SaysForWhichProcessItWaits) {
+TEST_F(Process, PrintsTheProcessThatItWaitsFor) {
   const std::string program = makeScript("number", "echo $$ > \"$1\"");
   const auto run = [&] { zn_lib::childProcess(program, "pid", true); };
   zn_lib::setVerbose(true);
@@ -192,8 +192,8 @@ TEST_F(Process, SaysForWhichProcessItWaits) {
   EXPECT_EQ(silent.err, "");
 }
 
-/// A program that ends once standard output, a file here, is no longer empty; after 5 s in any
-/// case.
+/// Creates a program that ends once its standard output, a file, is not empty, and after 5 seconds
+/// in any case.
 std::string makePatientProgram() {
   return makeScript("patient",
                     "tries=0\n"
@@ -204,16 +204,16 @@ std::string makePatientProgram() {
                     "echo ended\n");
 }
 
-TEST_F(Process, SaysSoBeforeItWaits) {
+TEST_F(Process, PrintsBeforeItWaits) {
   const std::string program = makePatientProgram();
   zn_lib::setVerbose(true);
   const std::string out = written([&] { zn_lib::childProcess(program, "", true); }).out;
-  EXPECT_GT(namedChild(out), 0) << "the message does not come first";
+  EXPECT_GT(namedChild(out), 0) << "the message must come first";
   EXPECT_EQ(out.substr(out.find('\n') + 1), "ended\n");
 }
 
 TEST_F(Process, LeavesAChildUnreapedUnlessItWaits) {
-  // The program reads from a named pipe, so it cannot end before the test opens the other side.
+  // The program reads from a named pipe, so it does not end before the test opens the other end.
   ASSERT_EQ(mkfifo("gate", 0600), 0);
   zn_lib::setVerbose(true);
   const Written text = written([&] { zn_lib::childProcess("/bin/cat", "gate", false); });
@@ -241,7 +241,7 @@ TEST_F(Process, MayReapAnotherChildThanItsOwn) {
   EXPECT_EQ(waitForExit(other), kNoSuchChild);
 }
 
-TEST_F(Process, WaitsOnAfterASignalWhoseHandlerRestartsCalls) {
+TEST_F(Process, KeepsWaitingAfterASignalThatRestartsCalls) {
   zn_lib::setVerbose(true);
   const Written text = written([] {
     const Alarms alarm(SA_RESTART);
@@ -249,10 +249,10 @@ TEST_F(Process, WaitsOnAfterASignalWhoseHandlerRestartsCalls) {
   });
   EXPECT_GT(alarms, 0);
   ASSERT_GT(namedChild(text.out), 0);
-  EXPECT_EQ(waitForExit(namedChild(text.out)), kNoSuchChild) << "the child was not waited for";
+  EXPECT_EQ(waitForExit(namedChild(text.out)), kNoSuchChild) << "the child must be reaped";
 }
 
-TEST_F(Process, StopsWaitingAtASignalWhoseHandlerDoesNotRestartCalls) {
+TEST_F(Process, StopsWaitingAtASignalThatInterruptsCalls) {
   zn_lib::setVerbose(true);
   const Written text = written([] {
     const Alarms alarm(0);
@@ -262,7 +262,7 @@ TEST_F(Process, StopsWaitingAtASignalWhoseHandlerDoesNotRestartCalls) {
   EXPECT_EQ(killAndReap(namedChild(text.out)), kSignalled + SIGKILL);
 }
 
-TEST_F(Process, WaitsForAllChildrenWhereTheirSignalIsIgnored) {
+TEST_F(Process, WaitsForAllChildrenIfSigchldIsIgnored) {
   const auto before = std::signal(SIGCHLD, SIG_IGN);
   const pid_t other = fork();
   if (other == 0) {
@@ -274,11 +274,11 @@ TEST_F(Process, WaitsForAllChildrenWhereTheirSignalIsIgnored) {
   EXPECT_TRUE(isThere("ended")) << "another child is still running";
 
   EXPECT_EQ(zn_lib::childProcess("/bin/true", "", false), 0);
-  EXPECT_EQ(waitForExit(kAnyChild), kNoSuchChild) << "a zombie was left";
+  EXPECT_EQ(waitForExit(kAnyChild), kNoSuchChild) << "a zombie is left";
   std::signal(SIGCHLD, before);
 }
 
-TEST_F(Process, FlushesTheStreamOnlyWhenItSaysThatItWaits) {
+TEST_F(Process, FlushesTheStreamOnlyIfItPrints) {
   const auto run = [&](const std::string& program) {
     return written([&] {
              std::cout << "host, ";
@@ -307,7 +307,7 @@ TEST_F(Process, WritesBufferedOutputOnce) {
   }
 }
 
-TEST_F(Process, EndsTheCallerWhenNoChildCanBeCreated) {
+TEST_F(Process, EndsTheCallerIfNoChildCanBeCreated) {
   for (const bool verbose : {false, true}) {
     for (const bool wait : {false, true}) {
       int status = -1;
@@ -317,7 +317,7 @@ TEST_F(Process, EndsTheCallerWhenNoChildCanBeCreated) {
           if (!forbidForks()) _exit(kCannotPrepare);
           zn_lib::setVerbose(verbose);
           std::atexit([] { std::cout << "exit handler" << std::endl; });
-          // A buffer of its own, which the message does not flush.
+          // The message does not flush this buffer.
           std::fputs("buffered", fdopen(dup(STDOUT_FILENO), "w"));
           std::cout << "of the stream";
           zn_lib::childProcess("/bin/true", "", wait);

@@ -19,7 +19,7 @@ using namespace std::string_literals;
 
 class ReadFileTest : public InTemporaryDirectory {};
 
-/// Gives the object its name, which it takes by reference.
+/// Opens `file` on `name`.
 void open(zn_lib::ReadFile& file, std::string name) {
   file.setFileName(name);
   ASSERT_TRUE(file.fileOpen()) << name;
@@ -37,16 +37,16 @@ TEST_F(ReadFileTest, HeaderExample) {
             "one\ntwo\n");
 }
 
-TEST_F(ReadFileTest, IsClosedAtFirst) {
+TEST_F(ReadFileTest, IsInitiallyClosed) {
   zn_lib::ReadFile file;
   EXPECT_FALSE(file.binary);
   EXPECT_FALSE(file.file.is_open());
   file.fileClose();
-  EXPECT_TRUE(file.file.good()) << "closing what is not open does nothing";
+  EXPECT_TRUE(file.file.good()) << "closing a closed file does nothing";
   EXPECT_EQ(written([&] { EXPECT_FALSE(file.cat()); }).out, "");
 }
 
-TEST_F(ReadFileTest, IsANameAFlagAndAStream) {
+TEST_F(ReadFileTest, HasANameAFlagAndAStream) {
   static_assert(std::is_base_of_v<zn_lib::FileName, zn_lib::ReadFile>);
   static_assert(std::has_virtual_destructor_v<zn_lib::ReadFile>);
   const zn_lib::ReadFile file;
@@ -67,13 +67,13 @@ TEST_F(ReadFileTest, DestructorClosesTheFile) {
   EXPECT_EQ(nextDescriptor(), descriptor);
 }
 
-/// Opens a file that cannot be closed, and asks its stream for exceptions.
+/// Opens a file whose close fails, and enables the exceptions of its stream.
 void openToFail(zn_lib::ReadFile& file) {
   writeFile("a", "x");
   const int descriptor = nextDescriptor();
   open(file, "a");
   file.file.exceptions(std::ios_base::badbit | std::ios_base::failbit);
-  ASSERT_EQ(close(descriptor), 0) << "behind the stream's back";
+  ASSERT_EQ(close(descriptor), 0) << "so that the stream cannot close it";
 }
 
 TEST_F(ReadFileTest, DestructorDoesNotThrow) {
@@ -90,19 +90,19 @@ TEST_F(ReadFileTest, DestructorDoesNotThrowWhileAnExceptionUnwinds) {
   EXPECT_THROW(read(), std::runtime_error);
 }
 
-TEST_F(ReadFileTest, ClosingThrowsWhereTheHostAsksForIt) {
+TEST_F(ReadFileTest, CloseThrowsIfTheHostEnablesExceptions) {
   zn_lib::ReadFile file;
   openToFail(file);
   EXPECT_THROW(file.fileClose(), std::ios_base::failure);
 }
 
-TEST_F(ReadFileTest, AFailedCloseShowsInTheStream) {
+TEST_F(ReadFileTest, AFailedCloseSetsTheStateOfTheStream) {
   writeFile("a", "x");
   const int descriptor = nextDescriptor();
   zn_lib::ReadFile file;
   open(file, "a");
   const Written text = written([&] {
-    EXPECT_EQ(close(descriptor), 0) << "behind the stream's back";
+    EXPECT_EQ(close(descriptor), 0) << "so that the stream cannot close it";
     file.fileClose();
   });
   EXPECT_EQ(text.out + text.err, "");
@@ -110,7 +110,7 @@ TEST_F(ReadFileTest, AFailedCloseShowsInTheStream) {
   EXPECT_FALSE(file.file.is_open());
 }
 
-TEST_F(ReadFileTest, ComposesTheNameAtEachOpening) {
+TEST_F(ReadFileTest, ComposesTheNameEachTimeItOpens) {
   std::string name = "~/notes.txt";
   zn_lib::ReadFile file;
   file.setFileName(name);
@@ -125,7 +125,7 @@ TEST_F(ReadFileTest, ComposesTheNameAtEachOpening) {
   }
 }
 
-TEST_F(ReadFileTest, DoesNotOpenWhatMayNotBeRead) {
+TEST_F(ReadFileTest, DoesNotOpenUnreadableFiles) {
   writeFile("secret", "x");
   ASSERT_EQ(chmod("secret", 0), 0);
   ASSERT_EQ(chmod(".", 0755), 0);
@@ -151,7 +151,7 @@ TEST_F(ReadFileTest, OpensInEitherMode) {
   }
 }
 
-TEST_F(ReadFileTest, SaysNothingAboutAMissingFile) {
+TEST_F(ReadFileTest, PrintsNothingAboutAMissingFile) {
   zn_lib::setVerbose(true);
   zn_lib::ReadFile file;
   std::string name = "missing";
@@ -160,7 +160,7 @@ TEST_F(ReadFileTest, SaysNothingAboutAMissingFile) {
   zn_lib::setVerbose(false);
   EXPECT_EQ(text.out + text.err, "");
   writeFile("missing", "x");
-  EXPECT_TRUE(file.fileOpen()) << "a later try starts afresh";
+  EXPECT_TRUE(file.fileOpen()) << "the next attempt starts afresh";
   EXPECT_TRUE(file.file.good());
 }
 
@@ -217,7 +217,7 @@ TEST_F(ReadFileTest, CatPrintsTheRest) {
   EXPECT_EQ(written([&] { file.cat(); }).out, "two\nthree\n");
 }
 
-TEST_F(ReadFileTest, CatOfADirectoryEndsAsThatOfAnEmptyFile) {
+TEST_F(ReadFileTest, CatOfADirectoryPrintsAnEmptyFile) {
   zn_lib::ReadFile file;
   open(file, ".");
   EXPECT_EQ(written([&] { EXPECT_TRUE(file.cat()); }).out, "\n");

@@ -24,9 +24,9 @@ namespace {
 using namespace std::string_literals;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using Call = std::pair<int, bool>;  // length, and whether it is the last one
+using Call = std::pair<int, bool>;  // the length, and whether the call is the last one
 
-/// What the library asked of expat.
+/// Calls that the library has made to expat.
 struct ExpatCalls {
   bool creationFails = false;
   int created = 0, freed = 0;
@@ -36,7 +36,7 @@ struct ExpatCalls {
 
 }  // namespace
 
-// These stand before expat's own functions and call them.
+// These functions replace those of expat, and call them.
 extern "C" {
 
 XML_Parser XML_ParserCreate_MM(const XML_Char* encoding, const XML_Memory_Handling_Suite* suite,
@@ -67,7 +67,8 @@ class ReadXml : public InTemporaryDirectory {
   ReadXml() { expatCalls = ExpatCalls(); }
 };
 
-/// Reads a file that holds `xml`; what was asked of expat is in `expatCalls`.
+/// Returns what is read from a file with the contents `xml`. The calls to expat are in
+/// `expatCalls`.
 template <class Event>
 auto read(const std::string& xml) {
   writeFile("a.xml", xml);
@@ -77,7 +78,7 @@ auto read(const std::string& xml) {
   expatCalls = ExpatCalls();
   EXPECT_TRUE(reader.parseFile());
   EXPECT_EQ(expatCalls.created, 1);
-  EXPECT_EQ(expatCalls.freed, 1) << "the parser lasts for one call";
+  EXPECT_EQ(expatCalls.freed, 1) << "the parser is freed with each call";
   return reader.event->data;
 }
 
@@ -115,7 +116,7 @@ TEST_F(ReadXml, IsAFileWithAnEventHandler) {
             reinterpret_cast<const char*>(&event.message));
 }
 
-TEST_F(ReadXml, AsksForUtf8WithoutNamespaces) {
+TEST_F(ReadXml, RequestsUtf8WithoutNamespaces) {
   read<zn_lib::ErrorEvent>("<E/>");
   EXPECT_EQ(expatCalls.encoding, "UTF-8");
   EXPECT_EQ(expatCalls.separator, "-");
@@ -160,7 +161,7 @@ TEST_F(ReadXml, TextIsCutBetweenBlocks) {
   for (std::size_t place = 8100; place < 8300; ++place) {
     const std::string head = "<C><k a='t'>";
     const std::string text(place - head.size(), 'x');
-    // Each piece loses its leading blanks, so the blank goes when a block begins with it.
+    // Each piece loses its leading whitespace, so the space is lost if a block begins with it.
     const std::string value = place == 8192 ? text + "y" : text + " y";
     ASSERT_EQ(read<zn_lib::ConfigEvent>(head + text + " y</k></C>").at("k").value, value) << place;
 
@@ -175,7 +176,7 @@ TEST_F(ReadXml, TextIsCutBetweenBlocks) {
   }
 }
 
-TEST_F(ReadXml, KnowsElementsAndTextOnly) {
+TEST_F(ReadXml, HandlesElementsAndTextOnly) {
   const std::string xml =
       "<?xml version='1.0' standalone='no'?><!DOCTYPE C SYSTEM 'missing.dtd' [<!ENTITY e 'E'>]>"
       "<?target data?><C><!-- note --><k a='t'>v<!-- note -->w<?target data?>"
@@ -185,7 +186,7 @@ TEST_F(ReadXml, KnowsElementsAndTextOnly) {
   EXPECT_EQ(settings.at("k").value, "vw<x> E");
 }
 
-TEST_F(ReadXml, LeavesStreamAndFlagOfTheFileAlone) {
+TEST_F(ReadXml, DoesNotTouchTheStreamOrTheFlag) {
   writeFile("a.xml", "<E/>");
   zn_lib::ReadXml<zn_lib::ErrorEvent> reader;
   std::string name = "a.xml";
@@ -196,11 +197,11 @@ TEST_F(ReadXml, LeavesStreamAndFlagOfTheFileAlone) {
   EXPECT_FALSE(reader.file.is_open());
   EXPECT_TRUE(reader.file.good());
   EXPECT_TRUE(reader.fileOpen());
-  EXPECT_TRUE(reader.parseFile()) << "beside the open stream";
+  EXPECT_TRUE(reader.parseFile()) << "the stream may be open";
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(reader.file), {}), "<E/>");
 }
 
-/// A handler that counts its events, and runs out of memory at an element called "bad".
+/// A handler that counts its events and throws std::bad_alloc at an element called "bad".
 class Failing final : public zn_lib::XmlEvent<Catalog> {
  public:
   void OnStartElement(const XML_Char* name, const XML_Char**) override { count(name); }
@@ -215,7 +216,7 @@ class Failing final : public zn_lib::XmlEvent<Catalog> {
   }
 };
 
-TEST_F(ReadXml, ThrowsWhatACallbackThrowsWhenTheParserIsDone) {
+TEST_F(ReadXml, RethrowsFromCallbacksAfterTheParse) {
   writeFile("good.xml", "<E><good>text</good></E>");
   writeFile("bad.xml", "<E><bad>text</bad></E>");
   zn_lib::ReadXml<Failing> reader;
@@ -223,8 +224,8 @@ TEST_F(ReadXml, ThrowsWhatACallbackThrowsWhenTheParserIsDone) {
   reader.setFileName(name);
   expatCalls = ExpatCalls();
   EXPECT_THROW(reader.parseFile(), std::bad_alloc);
-  EXPECT_EQ(reader.event->events, 2) << "none behind the failure";
-  EXPECT_EQ(expatCalls.parsed.back(), std::make_pair(22, true)) << "the parser came to the end";
+  EXPECT_EQ(reader.event->events, 2) << "no event after the exception";
+  EXPECT_EQ(expatCalls.parsed.back(), std::make_pair(22, true)) << "the parser reads to the end";
   EXPECT_EQ(expatCalls.freed, 1);
   name = "good.xml";
   reader.setFileName(name);
@@ -232,7 +233,7 @@ TEST_F(ReadXml, ThrowsWhatACallbackThrowsWhenTheParserIsDone) {
   EXPECT_EQ(reader.event->events, 7);
 }
 
-TEST_F(ReadXml, AddsToWhatItHasRead) {
+TEST_F(ReadXml, AccumulatesWhatItReads) {
   zn_lib::ReadXml<zn_lib::ErrorEvent> reader;
   for (const std::string id : {"1", "2"}) {
     std::string name = id + ".xml";
@@ -243,7 +244,7 @@ TEST_F(ReadXml, AddsToWhatItHasRead) {
   EXPECT_EQ(reader.event->data, (Catalog{{1, "m"}, {2, "m"}}));
 }
 
-TEST_F(ReadXml, IsFalseWhereNothingCanBeOpened) {
+TEST_F(ReadXml, ReturnsFalseIfNothingCanBeOpened) {
   writeFile("secret.xml", "<E/>");
   ASSERT_EQ(chmod("secret.xml", 0), 0);
   ASSERT_EQ(chmod(".", 0755), 0);
@@ -266,7 +267,7 @@ TEST_F(ReadXml, IsFalseWhereNothingCanBeOpened) {
   EXPECT_TRUE(reader.event->data.empty());
 }
 
-TEST(ReadXmlDeathTest, AParserThatCannotBeCreatedIsAFailedAssertion) {
+TEST(ReadXmlDeathTest, AssertsThatTheParserIsCreated) {
   testing::GTEST_FLAG(death_test_style) = kDeathTestStyle;
   expatCalls.creationFails = true;
   zn_lib::ReadXml<zn_lib::ErrorEvent> catalog;

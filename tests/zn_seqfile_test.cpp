@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "output_capture.h"
-#include "reference_engine.h"
+#include "reference_name_parts.h"
 #include "reference_names.h"
 #include "samples.h"
 #include "temporary_files.h"
@@ -82,16 +82,16 @@ TEST_F(SequentialFile, TheLastStemWithoutNumberWins) {
   EXPECT_EQ(sequential("out/run.log"), "out/" + last + "-1.log");
 }
 
-TEST_F(SequentialFile, TakesTheParentDirectoryForABase) {
+TEST_F(SequentialFile, TreatsTheParentDirectoryAsABase) {
   writeFile("here", "");
   const std::string tail = "-1./logs/x";
   const std::string name = sequential("../logs/x");
   std::vector<std::string> entries;
   ASSERT_TRUE(zn_lib::listDir("", "", false, entries));
-  EXPECT_EQ(name, entries.back() + tail) << "of all names here, the last one is the base";
+  EXPECT_EQ(name, entries.back() + tail) << "all names match, and the last one is the base";
 }
 
-TEST_F(SequentialFile, LooksIntoTheDirectoryOfTheName) {
+TEST_F(SequentialFile, SearchesTheDirectoryOfTheName) {
   const Home home(directory.c_str());
   std::filesystem::create_directory("out");
   writeFile("out/rerun.log", "");
@@ -100,7 +100,7 @@ TEST_F(SequentialFile, LooksIntoTheDirectoryOfTheName) {
   EXPECT_EQ(sequential("~/out/run.log"), "~/out/rerun-1.log") << "written back unexpanded";
 }
 
-TEST_F(SequentialFile, ALongBaseFindsNamesAsItsFilterDoes) {
+TEST_F(SequentialFile, ALongBaseMatchesNamesAsAFilterDoes) {
   writeFile("rerun.log", "");
   for (const std::size_t length : {200u, 256u, 1000u, 9000u}) {
     const std::string base = "(" + std::string(length, 'a') + "|run)";
@@ -130,9 +130,9 @@ TEST_F(SequentialFile, KeepsANameWhoseDirectoryCannotBeListed) {
   }
 }
 
-TEST_F(SequentialFile, AgreesWithItsPattern) {
+TEST_F(SequentialFile, AgreesWithItsDefinition) {
   const reference::Engine fileseq = reference::engine(definitions::fileseq);
-  // In an empty directory the base comes from the name alone; listing finds "." and ".." at most.
+  // In an empty directory only the name determines the base, as the listing has only "." and "..".
   forEveryText("a-1\n", 7, [&](const std::string& base) {
     if (base.empty() || base.find('\n') != std::string::npos) return;
     std::smatch match;
@@ -141,35 +141,26 @@ TEST_F(SequentialFile, AgreesWithItsPattern) {
   });
 }
 
-const reference::Engine lastExt = reference::engine(definitions::lastExt);
-const reference::Engine fileSplit = reference::engine(definitions::fileSplit);
 const reference::Engine fileseq = reference::engine(definitions::fileseq);
 
-/// `sequentialFile` by the letter of its patterns, where HOME plays no part.
-std::string byPatterns(const std::string& text) {
-  const std::string name = reference::withSlashes(text);
-  std::smatch match;
-  const bool hasExtension = std::regex_match(name, match, lastExt);
-  const std::string extension = hasExtension ? match.str(2) : "";
-  const std::string rest = hasExtension ? match.str(1) : name;
-  std::regex_match(rest, match, fileSplit);
-  const std::string path = match.str(1);
-  std::string base = match.str(2);
+/// Reference model of `sequentialFile` by its definitions, without HOME.
+std::string byDefinitions(const std::string& text) {
+  const reference::Parts parts = reference::splitByDefinitions(text).parts;
+  std::string base = parts.name;
   std::smatch number;
-  if (std::regex_match(base, number, fileseq)) base = std::string(number[1]);
-  const std::vector<std::string> entries = namesInSystemOrder(path);
-  if (entries.empty()) return name;
+  if (std::regex_match(parts.name, number, fileseq)) base = number[1];
+  const std::vector<std::string> entries = namesInSystemOrder(parts.path);
+  if (entries.empty()) return reference::withSlashes(text);
   const reference::Engine filter = reference::engine(base);
   for (const std::string& entry : entries) {
     if (!reference::contains(entry, filter)) continue;
-    std::string stem = reference::withSlashes(entry);
-    if (std::regex_match(stem, match, lastExt)) stem = std::string(match[1]);
+    const std::string stem = reference::splitByDefinitions(entry).stem;
     if (!std::regex_match(stem, fileseq)) base = stem;
   }
-  return path + base + "-1." + extension;
+  return parts.path + base + "-1." + parts.extension;
 }
 
-TEST_F(SequentialFile, AgreesWithAllItsPatterns) {
+TEST_F(SequentialFile, AgreesWithAllItsDefinitions) {
   std::filesystem::create_directory("work");
   std::filesystem::current_path("work");
   for (const char* file : {"a", "a.x", "1-a", "a-1", "-", "--1", "aa.1", "a\\.-", ".a", "a\n-1"}) {
@@ -178,21 +169,19 @@ TEST_F(SequentialFile, AgreesWithAllItsPatterns) {
   std::filesystem::create_directory("1");
   writeFile("1/a1.x", "");
   forEveryText("./-1a\n\r\\", 4, [](const std::string& name) {
-    ASSERT_EQ(sequential(name), byPatterns(name)) << name;
+    ASSERT_EQ(sequential(name), byDefinitions(name)) << name;
   });
   forEveryText("./-1a", 6, [](const std::string& name) {
-    ASSERT_EQ(sequential(name), byPatterns(name)) << name;
+    ASSERT_EQ(sequential(name), byDefinitions(name)) << name;
   });
   std::filesystem::current_path("..");
 }
 
-TEST_F(SequentialFile, StemsOfFilesAgreeWithItsPattern) {
+TEST_F(SequentialFile, StemsOfFilesAgreeWithItsDefinition) {
   forEveryText("a-1.\n\r\\", 4, [&](const std::string& tail) {
     const std::string file = "base" + tail;
     writeFile(file, "");
-    std::string stem = reference::withSlashes(file);
-    std::smatch match;
-    if (std::regex_match(stem, match, lastExt)) stem = std::string(match[1]);
+    const std::string stem = reference::splitByDefinitions(file).stem;
     const bool isNumbered = std::regex_match(stem, fileseq);
     ASSERT_EQ(reference::beforeNumber(stem).empty(), !isNumbered) << stem;
     ASSERT_EQ(sequential("base.x"), (isNumbered ? "base" : stem) + "-1.x") << file;
@@ -200,15 +189,15 @@ TEST_F(SequentialFile, StemsOfFilesAgreeWithItsPattern) {
   });
 }
 
-// Comparing with EXPECT_EQ would print both texts where they differ.
-TEST_F(SequentialFile, AnswersForNamesOfAnyLength) {
+// EXPECT_EQ would print both texts.
+TEST_F(SequentialFile, AcceptsNamesOfAnyLength) {
   const auto all = [](char c) { return std::string(kLongText, c); };
   const std::string a(kLongText / 16, 'a');
   std::mt19937 random(35);
   const std::string part = randomText(random, "ab.-17 ~", 1000);
   std::string mixture = "x";
   while (mixture.size() < kLongText) mixture += part;
-  // A base without name selects all there is, which is "." and "..".
+  // An empty base matches all entries, which are "." and "..".
   const std::string lastDots = namesInSystemOrder(".").back();
   const struct {
     const char* what;
@@ -220,13 +209,13 @@ TEST_F(SequentialFile, AnswersForNamesOfAnyLength) {
       {"backslashes", all('\\'), all('/')},
       {"hyphens", all('-'), all('-') + "1."},
       {"digits", all('7'), all('7') + "-1."},
-      {"blanks", all(' '), all(' ') + "-1."},
+      {"spaces", all(' '), all(' ') + "-1."},
       {"line feeds", all('\n'), lastDots + "-1."},
       {"tildes", all('~'), all('~') + "-1."},
       {"a mixture", mixture + "z.x", mixture + "z-1.x"},
       {"a numbered mixture", mixture + "z-77.x", mixture + "z-1.x"},
       {"a mixture as a directory", mixture + "\\z.x", mixture + "/z.x"},
-      {"a line feed behind a mixture", mixture + "\n", lastDots + "-1."},
+      {"a line feed after a mixture", mixture + "\n", lastDots + "-1."},
       {"an extension", a + ".x", a + "-1.x"},
       {"a number", a + "-77.x", a + "-1.x"},
       {"two dots", a + "." + a + ".x", a + "." + a + "-1.x"},
@@ -236,8 +225,8 @@ TEST_F(SequentialFile, AnswersForNamesOfAnyLength) {
       {"the longest pattern", std::string(9999, 'a') + "+.x", std::string(9999, 'a') + "+-1.x"},
       {"too long for a pattern", std::string(10000, 'a') + "+.x", std::string(10000, 'a') + "+.x"},
       {"a set of any length", "[" + a + "].x", "[" + a + "]-1.x"},
-      {"malformed", std::string(300, '(') + ".x", std::string(300, '(') + ".x"},
-      {"far too long for one", a + "+.x", a + "+.x"},
+      {"a malformed pattern", std::string(300, '(') + ".x", std::string(300, '(') + ".x"},
+      {"far too long for a pattern", a + "+.x", a + "+.x"},
   };
   for (const auto& c : cases) EXPECT_TRUE(sequential(c.name) == c.result) << c.what;
 }

@@ -29,12 +29,12 @@
 
 namespace {
 
-/// How much one call of the system takes at most.
+/// The number of bytes that one system call writes at most.
 std::size_t longestWrite = static_cast<std::size_t>(-1);
 
 }  // namespace
 
-// Stands before the C library's.
+// Replaces the function of the C library.
 extern "C" ssize_t write(int descriptor, const void* bytes, std::size_t size) {
   return syscall(SYS_write, descriptor, bytes, std::min(size, longestWrite));
 }
@@ -49,7 +49,7 @@ class Settings : public InTemporaryDirectory {
   Settings() { zn_lib::setUseTime(false); }
 };
 
-/// What a store reads from a file that holds `xml`.
+/// Returns the settings that are read from a file with the contents `xml`.
 zn_lib::config_map loaded(const std::string& xml) {
   writeFile("config.xml", xml);
   Configuration store;
@@ -76,7 +76,7 @@ TEST_F(Settings, HeaderExamples) {
       "</CONFIGURATION>\n");
 }
 
-TEST_F(Settings, StartEmpty) {
+TEST_F(Settings, AreInitiallyEmpty) {
   const zn_lib::ConfigElement element;
   EXPECT_EQ(fieldsOf(element), "|TEXT|");
   Configuration store;
@@ -159,7 +159,7 @@ TEST_F(Settings, SetWithAValue) {
   store.set("new", "2");
   EXPECT_EQ(fieldsOf(store.get("new")), "2|NUMBER|a number");
   store.set(" new ", "3");
-  EXPECT_EQ(fieldsOf(store.get("new")), "3|TEXT| new ") << "looked up as given";
+  EXPECT_EQ(fieldsOf(store.get("new")), "3|TEXT| new ") << "the key is looked up untrimmed";
   store.elements[" odd "];
   store.set(" odd ", "4");
   EXPECT_EQ(fieldsOf(store.get("odd")), "4|TEXT|");
@@ -179,8 +179,8 @@ TEST_F(Settings, SetWithAnElement) {
   EXPECT_EQ(store.elements.size(), 1u);
   store.set("key", element);
   store.set("", element);
-  store.set(" ", "t", "blank", "d");
-  EXPECT_EQ(store.get("").value, "blank");
+  store.set(" ", "t", "a space", "d");
+  EXPECT_EQ(store.get("").value, "a space");
   EXPECT_EQ(store.elements.size(), 2u);
   store.set("copy", store.elements.at("key").value);
   EXPECT_EQ(store.get("copy").value, "v");
@@ -199,7 +199,7 @@ TEST(MapKey, IsByteWise) {
 
 // ---- Loading
 
-TEST_F(Settings, LoadReads) {
+TEST_F(Settings, LoadReadsElements) {
   const struct {
     const char* what;
     std::string xml, fields;
@@ -209,20 +209,20 @@ TEST_F(Settings, LoadReads) {
       {"more attributes", "<C><k a='t' b='d' c='x'>v</k></C>", "v|t|d"},
       {"no attribute", "<C><k>v</k></C>", "v|TEXT|"},
       {"no text", "<C><k a='t'/></C>", "|t|"},
-      {"blanks", "<C><k a='t'>  v w \n </k></C>", "v w |t|"},
+      {"whitespace", "<C><k a='t'>  v w \n </k></C>", "v w |t|"},
       {"an entity", "<C><k a='t'>a &amp; b</k></C>", "a &b|t|"},
       {"a line break", "<C><k a='t'>a\n  b</k></C>", "ab|t|"},
       {"twice", "<C><k a='t' b='d'>v</k><k a='u'>w</k></C>", "w|u|d"},
-      {"text behind a child", "<C><k a='t'>v<x/>w</k></C>", "v|t|"},
-      {"deeper", "<C><x><k a='t'>v</k></x></C>", "v|t|"},
-      {"broken behind it", "<C><k a='t'>v</k><", "v|t|"},
+      {"text after a child", "<C><k a='t'>v<x/>w</k></C>", "v|t|"},
+      {"at any depth", "<C><x><k a='t'>v</k></x></C>", "v|t|"},
+      {"malformed after it", "<C><k a='t'>v</k><", "v|t|"},
       {"a later element without text", "<C><k a='t'>v</k><k a='u'/></C>", "v|u|"},
       {"a later element without attributes", "<C><k a='t' b='d'>v</k><k>w</k></C>", "w|t|d"},
       {"within itself", "<C><k a='t'>v<k>w</k>x</k></C>", "w|t|"},
       {"a CDATA section", "<C><k a='t'>v<![CDATA[ <w> ]]></k></C>", "v<w> |t|"},
-      {"a blank as a reference", "<C><k a='t'>v&#32;w</k></C>", "vw|t|"},
+      {"a space as a reference", "<C><k a='t'>v&#32;w</k></C>", "vw|t|"},
       {"a comment", "<C><k a='t'>v <!-- -->  w</k></C>", "v w|t|"},
-      {"blanks only", "<C><k> \n </k></C>", "|TEXT|"},
+      {"whitespace only", "<C><k> \n </k></C>", "|TEXT|"},
       {"any attributes", "<C><k describe='t' data_type='d'>v</k></C>", "v|t|d"},
       {"in the usual root", "<CONFIGURATION type='x'>y<k a='t'>v</k>z</CONFIGURATION>", "v|t|"},
       {"a quote", "<C><k a='t' b=\"it's\">v</k></C>", "v|t|it's"},
@@ -234,14 +234,14 @@ TEST_F(Settings, LoadReads) {
   }
 }
 
-TEST_F(Settings, LoadSkipsOnlyTheRootsUsualName) {
+TEST_F(Settings, LoadSkipsElementsCalledConfiguration) {
   EXPECT_TRUE(loaded("<CONFIGURATION type='x'>text</CONFIGURATION>").empty());
   EXPECT_EQ(fieldsOf(loaded("<root type='x'>text</root>").at("root")), "text|x|");
   EXPECT_TRUE(
       loaded("<CONFIGURATION><CONFIGURATION type='x'>text</CONFIGURATION></CONFIGURATION>").empty())
       << "at any depth";
   const zn_lib::config_map elements = loaded("<C>\n<k a='t'>v</k>\n</C>");
-  EXPECT_EQ(elements.size(), 2u) << "a line break is text enough to make the root an entry";
+  EXPECT_EQ(elements.size(), 2u) << "a line break in the root makes the root an entry";
   EXPECT_EQ(fieldsOf(elements.at("C")), "|TEXT|");
   EXPECT_EQ(loaded("<C><k a='t'>v</k>\n</C>").size(), 1u);
   EXPECT_TRUE(loaded("<C><k/></C>").empty()) << "neither text nor attributes";
@@ -261,15 +261,15 @@ TEST_F(Settings, LoadMerges) {
   EXPECT_EQ(store.type, "SYSTEM");
 }
 
-TEST_F(Settings, LoadReadsAnotherNameThanSaveWrites) {
+TEST_F(Settings, LoadAndSaveMayUseDifferentNames) {
   const Home home(directory.c_str());
-  // The reader expands and splits the name again.
+  // Loading expands and splits the name again.
   const struct {
     const char* what;
     std::string name, read;
   } cases[] = {
       {"a tilde in the base name", "a~", "a" + directory.string() + ".cfg"},
-      {"a blank in front", " b", "b.cfg"},
+      {"a leading space", " b", "b.cfg"},
       {"a backslash", "d\\e", "d/e.cfg"},
       {"a line break", "f\ng", ""},
   };
@@ -290,7 +290,7 @@ TEST_F(Settings, LoadReadsAnotherNameThanSaveWrites) {
   }
 }
 
-TEST_F(Settings, LoadOfAMissingFileIsNoFailure) {
+TEST_F(Settings, LoadSucceedsWithoutAFile) {
   Configuration store;
   store.changed = true;
   EXPECT_TRUE(store.load());
@@ -332,7 +332,7 @@ TEST_F(Settings, SaveEscapesNothing) {
             "<my key data_type='t' describe='d''>a<b&c</my key>\n</CONFIGURATION>\n");
 }
 
-TEST_F(Settings, WhatIsSavedIsLoaded) {
+TEST_F(Settings, SavedSettingsAreLoaded) {
   {
     Configuration store;
     store.set("plain", "TEXT", "value", "description");
@@ -350,7 +350,8 @@ TEST_F(Settings, WhatIsSavedIsLoaded) {
   EXPECT_EQ(fieldsOf(store.get("bytes")), "\xC3\xA4|TEXT|\xE2\x82\xAC");
 }
 
-/// What the setting "k" reads after each of three loads and saves; "lost" where one behind it is.
+/// Returns the value of the setting "k" after each of three saves and loads, and "lost" once a load
+/// ends before the last setting.
 std::vector<std::string> afterEachSave(const std::string& value) {
   Configuration first("TYPE", "tool");
   first.set("k", value);
@@ -366,7 +367,7 @@ std::vector<std::string> afterEachSave(const std::string& value) {
   return values;
 }
 
-TEST_F(Settings, EncodedValuesAreLoadedAsTheyAreUnlessXmlDecodesThem) {
+TEST_F(Settings, EncodedValuesAreLoadedUnchangedUnlessXmlDecodesThem) {
   using Values = std::vector<std::string>;
   for (const std::string value :
        {"a%26b%3Cc%20", "6126623c63", "YSZiPGM=", "YSZiPGM", "a=26b", "a\\x26b\\u003c", "a;b"}) {
@@ -377,7 +378,7 @@ TEST_F(Settings, EncodedValuesAreLoadedAsTheyAreUnlessXmlDecodesThem) {
   EXPECT_EQ(afterEachSave("<![CDATA[a<b]]>"), (Values{"a<b", "lost", "lost"}));
 }
 
-TEST_F(Settings, AKeyWithABlankEndsTheNextLoad) {
+TEST_F(Settings, AKeyWithASpaceEndsTheNextLoad) {
   {
     Configuration store;
     store.set("a", "1");
@@ -390,7 +391,7 @@ TEST_F(Settings, AKeyWithABlankEndsTheNextLoad) {
   EXPECT_EQ(store.elements.count("z"), 0u);
 }
 
-TEST_F(Settings, TheDestructorSavesWhatWasChanged) {
+TEST_F(Settings, TheDestructorSavesChanges) {
   writeFile("config.xml", "<C><a x='t'>1</a></C>");
   { Configuration().load(); }
   EXPECT_EQ(readFile("config.xml"), "<C><a x='t'>1</a></C>");
@@ -422,7 +423,7 @@ TEST_F(Settings, BackupIsThePreviousFile) {
   EXPECT_EQ(loaded(readFile("config.xml~")).at("run").value, "2");
 }
 
-TEST_F(Settings, TheTextIsTheSameHoweverItIsWritten) {
+TEST_F(Settings, TheFileIsTheSameHoweverItIsWritten) {
   const std::string longType(1000, 'T');
   Configuration store(longType, "store");
   store.set("a", "TEXT", "one", "first");
@@ -480,7 +481,7 @@ TEST_F(Settings, ASaveThatFailsWithoutStandardInput) {
   EXPECT_EQ(status, 0);
 }
 
-TEST_F(Settings, SaveFailsWhereNoFileCanBe) {
+TEST_F(Settings, SaveFailsWithoutADirectory) {
   zn_lib::setVerbose(true);
   Configuration store;
   store.path = "missing";
@@ -505,7 +506,7 @@ TEST_F(Settings, TheDestructorTriesAgainAfterAFailedSave) {
   EXPECT_EQ(loaded(readFile("later/config.xml")).at("a").value, "1");
 }
 
-TEST_F(Settings, ADirectoryInTheFilesPlace) {
+TEST_F(Settings, ADirectoryInPlaceOfTheFile) {
   std::filesystem::create_directories("config.xml/full");
   {
     Configuration store;
@@ -518,12 +519,12 @@ TEST_F(Settings, ADirectoryInTheFilesPlace) {
   }
   EXPECT_TRUE(std::filesystem::is_directory("config.xml/full"));
   Configuration store;
-  EXPECT_TRUE(store.save()) << "moved aside as a file is";
+  EXPECT_TRUE(store.save()) << "it is moved to the backup like a file";
   EXPECT_TRUE(std::filesystem::is_directory("config.xml~/full"));
   EXPECT_TRUE(std::filesystem::is_regular_file("config.xml"));
 }
 
-TEST_F(Settings, ADeviceThatIsFullIsNotTold) {
+TEST_F(Settings, SaveSucceedsOnAFullDevice) {
   Configuration store("T", "full");
   store.path = "/dev";
   store.extension = "";
@@ -562,7 +563,7 @@ TEST_F(Settings, TheFileHasTheModeOfANewFile) {
   umask(before);
 }
 
-TEST_F(Settings, ALinkIsMovedAsItIs) {
+TEST_F(Settings, ALinkIsMovedToTheBackup) {
   writeFile("real", "text");
   std::filesystem::create_symlink("real", "config.xml");
   Configuration store;
@@ -573,11 +574,11 @@ TEST_F(Settings, ALinkIsMovedAsItIs) {
   EXPECT_FALSE(std::filesystem::is_symlink("config.xml"));
 }
 
-TEST_F(Settings, ADirectoryInTheBackupsPlace) {
+TEST_F(Settings, ADirectoryInPlaceOfTheBackup) {
   writeFile("config.xml", "old");
   std::filesystem::create_directories("config.xml~");
   Configuration().save();
-  EXPECT_EQ(readFile("config.xml~"), "old") << "an empty directory makes way";
+  EXPECT_EQ(readFile("config.xml~"), "old") << "an empty directory is replaced";
   std::filesystem::remove("config.xml~");
   std::filesystem::create_directories("config.xml~/full");
   Configuration().save();
@@ -586,7 +587,7 @@ TEST_F(Settings, ADirectoryInTheBackupsPlace) {
 }
 
 TEST_F(Settings, LongNamesAreWrittenInPlace) {
-  // No name beside a name of the greatest length: there is no room for more.
+  // No longer name is possible beside a name of the greatest length.
   Configuration store("T", std::string(250, 'n'));
   store.set("a", "1");
   EXPECT_TRUE(store.save());
@@ -597,7 +598,7 @@ TEST_F(Settings, LongNamesAreWrittenInPlace) {
 
 // ---- Nothing is lost
 
-/// A store of `count` settings, besides the stamp.
+/// Saves a store of `count` settings, besides the stamp.
 void makeStore(int count) {
   Configuration store;
   for (int i = 0; i < count; ++i)
@@ -632,11 +633,11 @@ TEST_F(Settings, ASaveKilledAtAnySystemCallLosesNothing) {
             << key << " after a kill at call " << kills + 1;
       }
     }
-    EXPECT_GT(kills, 15) << "the calls of a load and a save";
+    EXPECT_GT(kills, 15) << "a load and a save make more system calls";
   }
 }
 
-TEST_F(Settings, SavesThatCannotBeWrittenWholeLeaveFileAndBackup) {
+TEST_F(Settings, IncompleteSavesKeepFileAndBackup) {
   makeStore(1000);
   changeStore();
   const std::string file = readFile("config.xml");
@@ -700,7 +701,7 @@ TEST(ConfigEvent, ExportsWhatItRead) {
   EXPECT_EQ(target.at("other").value, "kept");
 }
 
-/// What a handler reads of the start of `key`, with a type.
+/// Starts the element `key` with a type.
 void start(zn_lib::ConfigEvent& event, const char* key) {
   const XML_Char* const attributes[] = {"data_type", "t", nullptr};
   event.OnStartElement(key, const_cast<const XML_Char**>(attributes));
@@ -751,7 +752,7 @@ TEST(ConfigEvent, MembersMayBeChangedBetweenEvents) {
          event.data.swap(other);
        },
        "k", "othertwo"},
-      {"an entry behind it", [](auto& event) { event.data["z"]; }, "k", "onetwo"},
+      {"a later entry", [](auto& event) { event.data["z"]; }, "k", "onetwo"},
       {"the element set", [](auto& event) { event.element = "other"; }, "other", "two"},
       {"the last element cleared", [](auto& event) { event.lastElement = ""; }, "k", "two"},
       {"the last element set", [](auto& event) { event.element = event.lastElement = "other"; },
@@ -821,7 +822,7 @@ TEST_F(Settings, DocumentsOfAnySize) {
   std::string many = "<C>";
   for (int i = 0; i < 100000; ++i)
     many += "<k" + std::to_string(i) + " a='t'>v</k" + std::to_string(i) + ">";
-  EXPECT_EQ(loaded(many).size(), 100000u) << "cut off behind the last";
+  EXPECT_EQ(loaded(many).size(), 100000u) << "although the end tag is missing";
 }
 
 }  // namespace

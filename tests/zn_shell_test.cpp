@@ -25,8 +25,8 @@ bool commandsFail = false;
 
 }  // namespace
 
-/// Stands in for the C library's function of this name, in the library under test too, so that it
-/// can be made to fail for commands.
+/// Replaces the function of the C library, for the library under test too, so that it can fail for
+/// commands.
 extern "C" __attribute__((visibility("default"))) int system(const char* command) {
   if (commandsFail && command != nullptr) return -1;
   static const auto next = nextDefinition<int (*)(const char*)>("system");
@@ -71,7 +71,7 @@ TEST_F(Shell, RunsTheCommandInTheShell) {
   }
 }
 
-TEST_F(Shell, NeverExaminesTheExitStatus) {
+TEST_F(Shell, IgnoresTheExitStatus) {
   zn_lib::setVerbose(true);
   const struct {
     const char* what;
@@ -79,7 +79,7 @@ TEST_F(Shell, NeverExaminesTheExitStatus) {
   } cases[] = {
       {"the empty command", ""},
       {"nothing before the NUL", "\0exit 1"s},
-      {"a blank", " "},
+      {"a space", " "},
       {"status 3", "exit 3"},
       {"status 255", "exit 255"},
       {"status 127", "exit 127"},
@@ -93,13 +93,13 @@ TEST_F(Shell, NeverExaminesTheExitStatus) {
   }
 }
 
-TEST_F(Shell, LeavesItToTheShellToReportACommandThatDoesNotExist) {
+TEST_F(Shell, LetsTheShellReportAMissingCommand) {
   const Written text = written([] { EXPECT_TRUE(zn_lib::execShell("/missing/command")); });
   EXPECT_EQ(text.out, "");
   EXPECT_NE(text.err.find("/missing/command"), std::string::npos) << text.err;
 }
 
-TEST_F(Shell, LeavesItToTheShellToReportACommandThatDoesNotParse) {
+TEST_F(Shell, LetsTheShellReportASyntaxError) {
   const Written text = written([] { EXPECT_TRUE(zn_lib::execShell("if")); });
   EXPECT_EQ(text.out, "");
   EXPECT_NE(text.err, "");
@@ -111,7 +111,7 @@ TEST_F(Shell, LeavesNoChildBehind) {
   EXPECT_EQ(errno, ECHILD);
 }
 
-TEST_F(Shell, WaitsOnAfterASignal) {
+TEST_F(Shell, KeepsWaitingAfterASignal) {
   for (const int flags : {0, int{SA_RESTART}}) {
     const Alarms alarm(flags);
     const Written text =
@@ -130,14 +130,15 @@ TEST_F(Shell, WritesBufferedOutputOnce) {
   EXPECT_EQ(text.out, "buffered");
 }
 
-// ---- Failures, each in a child process that spoils something for itself.
+// ---- Failures, each in a child process that prepares for it.
 
-/// What `execShell(command)` gives and writes in a child process that ran `prepare` first.
+/// The result and the output of `execShell`.
 struct Outcome {
   int result;
   Written text;
 };
 
+/// Runs `prepare` and then `command` in a child process.
 Outcome after(const std::function<bool()>& prepare, const std::string& command, bool verbose) {
   int status = 0;
   const Written text = written([&] {
@@ -151,13 +152,13 @@ Outcome after(const std::function<bool()>& prepare, const std::string& command, 
   return {status, text};
 }
 
-/// Ignoring the signal lets the system reap the shell, unseen by the process that started it.
+/// Ignores SIGCHLD, so that the system reaps the shell and its status is lost.
 bool ignoreChildSignal() { return std::signal(SIGCHLD, SIG_IGN) != SIG_ERR; }
 
-/// Makes the next command fail in the system; see `system` below.
+/// Makes `system` fail for all commands.
 bool failCommands() { return commandsFail = true; }
 
-TEST_F(Shell, SaysThatThereIsNoCommandProcessor) {
+TEST_F(Shell, ReportsAMissingCommandProcessor) {
   for (const bool verbose : {false, true}) {
     for (const auto& prepare : {forbidForks, ignoreChildSignal}) {
       const Outcome outcome = after(prepare, "echo a", verbose);
@@ -168,7 +169,7 @@ TEST_F(Shell, SaysThatThereIsNoCommandProcessor) {
   }
 }
 
-TEST_F(Shell, SaysThatACommandCouldNotBeExecuted) {
+TEST_F(Shell, ReportsACommandThatCannotBeExecuted) {
   for (const bool verbose : {false, true}) {
     const Outcome outcome = after(failCommands, "echo a", verbose);
     EXPECT_EQ(outcome.result, 0);
@@ -177,7 +178,7 @@ TEST_F(Shell, SaysThatACommandCouldNotBeExecuted) {
   }
 }
 
-TEST_F(Shell, SucceedsInAChildProcessThatSpoilsNothing) {
+TEST_F(Shell, SucceedsInAnUnchangedChildProcess) {
   const Outcome outcome = after([] { return true; }, "echo a", true);
   EXPECT_EQ(outcome.result, 1);
   EXPECT_EQ(outcome.text.out, "a\n");

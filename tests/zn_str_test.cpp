@@ -31,19 +31,19 @@ TEST(ZnStr, HeaderExamples) {
   EXPECT_EQ(zn_lib::replaceString("", "", "X"), "");
 }
 
-TEST(Trim, TakesBlanksOfTheCLocaleOnly) {
+TEST(Trim, RemovesWhitespaceOfTheCLocaleOnly) {
   const struct {
     const char* what;
     std::string text, left, right, all;
   } cases[] = {
       {"both ends", "  \t a b\r\n", "a b\r\n", "  \t a b", "a b"},
-      {"all six blanks", " \t\n\v\f\rx \t\n\v\f\r", "x \t\n\v\f\r", " \t\n\v\f\rx", "x"},
-      {"only blanks", " \t\n", "", "", ""},
+      {"all whitespace", " \t\n\v\f\rx \t\n\v\f\r", "x \t\n\v\f\r", " \t\n\v\f\rx", "x"},
+      {"only whitespace", " \t\n", "", "", ""},
       {"nothing", "", "", "", ""},
-      {"no blanks", "abc", "abc", "abc", "abc"},
-      {"0xA0 is none", "\xA0 x\xA0", "\xA0 x\xA0", "\xA0 x\xA0", "\xA0 x\xA0"},
-      {"0x85 is none", "\x85x", "\x85x", "\x85x", "\x85x"},
-      {"NUL is none", " \0 x \0 "s, "\0 x \0 "s, " \0 x \0"s, "\0 x \0"s},
+      {"no whitespace", "abc", "abc", "abc", "abc"},
+      {"0xA0 is no whitespace", "\xA0 x\xA0", "\xA0 x\xA0", "\xA0 x\xA0", "\xA0 x\xA0"},
+      {"0x85 is no whitespace", "\x85x", "\x85x", "\x85x", "\x85x"},
+      {"NUL is no whitespace", " \0 x \0 "s, "\0 x \0 "s, " \0 x \0"s, "\0 x \0"s},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(zn_lib::leftTrim(c.text), c.left) << c.what;
@@ -64,7 +64,7 @@ TEST(Case, ChangesAsciiLettersOnly) {
   }
 }
 
-TEST(Pad, PushesTheTextToTheNamedSide) {
+TEST(Pad, AlignsTheTextToTheNamedSide) {
   const struct {
     std::string text;
     int width;
@@ -93,7 +93,7 @@ TEST(Pad, PushesTheTextToTheNamedSide) {
   }
 }
 
-// ---- The validators, against the patterns that define them.
+// ---- Recognised forms, compared with their definitions
 
 const reference::Engine isBool = reference::engine(definitions::isBool);
 const reference::Engine validNumber = reference::engine(definitions::validNumber);
@@ -110,7 +110,7 @@ TEST(StringToBool, Examples) {
   }
 }
 
-TEST(StringToBool, AgreesWithItsPattern) {
+TEST(StringToBool, AgreesWithItsDefinition) {
   int matches = 0;
   forEveryText("yYeEsStTrRuUoOnN.1 \n", 4, [&](const std::string& text) {
     const bool expected = std::regex_match(text, isBool);
@@ -136,7 +136,7 @@ TEST(IsNumber, Examples) {
   }
 }
 
-TEST(IsNumber, AgreesWithItsPattern) {
+TEST(IsNumber, AgreesWithItsDefinition) {
   const auto agrees = [](const std::string& text) {
     ASSERT_EQ(zn_lib::isNumber(text), std::regex_match(text, validNumber)) << text;
   };
@@ -149,7 +149,7 @@ TEST(IsNumber, AgreesWithItsPattern) {
   const std::string nearMisses[] = {"0123456789", "01234,", "5-+.,eE", "0123456789,.e+"};
   for (int i = 0; i < 20000; ++i) {
     agrees(randomText(random, nearMisses[i % 4], length(random)));
-    // Texts that are numbers, or were before one byte changed.
+    // Numbers, and numbers with one changed byte.
     std::string number = "-" + randomText(random, "0123456789", length(random)) + "." +
                          randomText(random, "0123456789", length(random)) + "e-" +
                          randomText(random, "0123456789", length(random));
@@ -159,8 +159,8 @@ TEST(IsNumber, AgreesWithItsPattern) {
   }
 }
 
-TEST(StringToDouble, ReadsWhatStodReads) {
-  // The one function that the C locale has a say in.
+TEST(StringToDouble, MatchesStod) {
+  // The only function whose result depends on the C locale.
   const std::string host = std::setlocale(LC_NUMERIC, nullptr);
   ASSERT_NE(std::setlocale(LC_NUMERIC, "C"), nullptr);
   const struct {
@@ -189,7 +189,7 @@ TEST(PercentString, Examples) {
   EXPECT_EQ(zn_lib::percentString(std::numeric_limits<double>::quiet_NaN(), 1, 2), "nan%");
 }
 
-TEST(PercentString, WritesWhatAStreamWrites) {
+TEST(PercentString, MatchesStreamOutput) {
   const auto streamed = [](double part, double whole, int decimals) {
     std::ostringstream stream;
     stream.imbue(std::locale::classic());
@@ -200,7 +200,8 @@ TEST(PercentString, WritesWhatAStreamWrites) {
   };
   const double max = std::numeric_limits<double>::max();
   const double least = std::numeric_limits<double>::denorm_min();
-  const volatile double zero = 0.0;  // volatile: the compiler is not to settle the sign of a NaN
+  const volatile double zero =
+      0.0;  // volatile, so that the compiler does not choose the sign of a NaN
   const double parts[] = {1,   -1,        3,    0.5,   2.5,  1e-5,  1e300,
                           max, max / 100, -max, least, zero, -zero, 7};
   for (const double part : parts) {
@@ -213,7 +214,7 @@ TEST(PercentString, WritesWhatAStreamWrites) {
   }
 }
 
-TEST(PercentString, TakesAnyNumberOfDecimals) {
+TEST(PercentString, AcceptsAnyNumberOfDecimals) {
   const std::string text = zn_lib::percentString(1, 3, 100000000);
   EXPECT_EQ(text.size(), 2 + 1 + 100000000 + 1u);
   EXPECT_EQ(text.compare(0, 7, "33.3333"), 0);
@@ -266,7 +267,7 @@ TEST(Quotes, Examples) {
   EXPECT_EQ(zn_lib::inQuotes("x", '\0'), "\0x\0"s);
 }
 
-TEST(RemoveQuotes, AgreesWithItsPattern) {
+TEST(RemoveQuotes, AgreesWithItsDefinition) {
   const reference::Engine quote = reference::engine(definitions::quote);
   const auto agrees = [&](const std::string& text) {
     ASSERT_EQ(zn_lib::removeQuotes(text), std::regex_replace(text, quote, "")) << text;
@@ -294,7 +295,7 @@ TEST(ReplaceString, ReplacesTheFirstOccurrence) {
   }
 }
 
-// Short texts are searched in another way than long ones.
+// Long texts are searched by another algorithm.
 TEST(ReplaceString, AgreesWithTheStandardStringAtAnyLength) {
   std::mt19937 random(3);
   for (std::size_t length = 0; length < 600; ++length) {
@@ -317,17 +318,17 @@ TEST(FindStrings, Examples) {
   EXPECT_FALSE(zn_lib::findStrings("abc", {"abcd", "ac"}));
 }
 
-// ---- Any length.
+// ---- Long texts
 
-TEST(LongText, EveryFunctionAnswers) {
+TEST(LongText, EveryFunctionReturns) {
   const std::string digits(kLongText, '7');
-  const std::string blanks(kLongText, ' ');
+  const std::string spaces(kLongText, ' ');
   const std::string quotes(kLongText, '\'');
 
-  EXPECT_EQ(zn_lib::leftTrim(blanks + "x"), "x");
-  EXPECT_EQ(zn_lib::rightTrim("x" + blanks), "x");
-  EXPECT_EQ(zn_lib::allTrim(blanks + "x" + blanks), "x");
-  EXPECT_EQ(zn_lib::allTrim(blanks), "");
+  EXPECT_EQ(zn_lib::leftTrim(spaces + "x"), "x");
+  EXPECT_EQ(zn_lib::rightTrim("x" + spaces), "x");
+  EXPECT_EQ(zn_lib::allTrim(spaces + "x" + spaces), "x");
+  EXPECT_EQ(zn_lib::allTrim(spaces), "");
   EXPECT_EQ(zn_lib::stringToUpper(digits + "a"), digits + "A");
   EXPECT_EQ(zn_lib::stringToLower(digits + "A"), digits + "a");
   EXPECT_EQ(zn_lib::rightPad(digits, static_cast<int>(kLongText) + 1, '0'), "0" + digits);
@@ -336,13 +337,13 @@ TEST(LongText, EveryFunctionAnswers) {
   EXPECT_TRUE(std::isnan(zn_lib::stringToDouble(digits)));
   EXPECT_EQ(zn_lib::replicateString(digits, 2).size(), 2 * kLongText);
   EXPECT_EQ(zn_lib::replicateChar('7', static_cast<int>(kLongText)), digits);
-  EXPECT_EQ(zn_lib::replaceChar(digits, '7', ' '), blanks);
+  EXPECT_EQ(zn_lib::replaceChar(digits, '7', ' '), spaces);
   EXPECT_EQ(zn_lib::removeChar(digits, '7'), "");
   EXPECT_EQ(zn_lib::removeQuotes(quotes + "x" + quotes), "x");
   EXPECT_EQ(zn_lib::inQuotes(digits, '\'').size(), kLongText + 2);
 }
 
-TEST(LongText, IsNumberAnswers) {
+TEST(LongText, IsNumberReturns) {
   const std::string digits(kLongText, '7');
   EXPECT_TRUE(zn_lib::isNumber(digits));
   EXPECT_TRUE(zn_lib::isNumber("-" + digits + "." + digits + "E+" + digits));
@@ -356,7 +357,7 @@ TEST(LongText, IsNumberAnswers) {
   EXPECT_FALSE(zn_lib::isNumber(std::string(kLongText, ',')));
 }
 
-// std::string::find would need hours for these.
+// std::string::find would need hours.
 TEST(LongText, SearchTakesLinearTime) {
   const std::string haystack(kLongText, 'a');
   const std::string missing = std::string(kLongText / 2, 'a') + "b";

@@ -19,7 +19,7 @@ class WriteFileTest : public InTemporaryDirectory {
   ~WriteFileTest() override { zn_lib::setVerbose(false); }
 };
 
-/// Opens `file` on `name`, writes `text` and gives what was printed meanwhile.
+/// Opens `file` on `name` and writes `text`. Returns what is printed meanwhile.
 std::string printedByWriting(zn_lib::WriteFile& file, std::string name, const std::string& text) {
   file.setFileName(name);
   const Written printed = written([&] {
@@ -43,7 +43,7 @@ TEST_F(WriteFileTest, HeaderExample) {
   }
 }
 
-TEST_F(WriteFileTest, IsClosedAtFirst) {
+TEST_F(WriteFileTest, IsInitiallyClosed) {
   zn_lib::WriteFile file;
   EXPECT_FALSE(file.append);
   EXPECT_TRUE(file.overwrite);
@@ -52,7 +52,7 @@ TEST_F(WriteFileTest, IsClosedAtFirst) {
   EXPECT_TRUE(file.file.good());
 }
 
-TEST_F(WriteFileTest, IsANameAStreamAndTwoFlags) {
+TEST_F(WriteFileTest, HasANameAStreamAndTwoFlags) {
   static_assert(std::is_base_of_v<zn_lib::FileName, zn_lib::WriteFile>);
   static_assert(std::has_virtual_destructor_v<zn_lib::WriteFile>);
   const zn_lib::WriteFile file;
@@ -70,14 +70,14 @@ TEST_F(WriteFileTest, EmptiesAnExistingFile) {
   EXPECT_EQ(readFile("a"), "new");
 }
 
-TEST_F(WriteFileTest, WarnsAndEmptiesAllTheSame) {
+TEST_F(WriteFileTest, WarnsAndStillEmptiesTheFile) {
   writeFile("a", "old text");
   zn_lib::WriteFile file;
   file.overwrite = false;
   EXPECT_EQ(printedByWriting(file, "a", "new"), "ERROR: File name exists\n");
   EXPECT_EQ(readFile("a"), "new");
   EXPECT_FALSE(file.overwrite);
-  EXPECT_EQ(printedByWriting(file, "b", "new"), "") << "nothing to warn of";
+  EXPECT_EQ(printedByWriting(file, "b", "new"), "") << "no file to warn of";
 
   zn_lib::setVerbose(false);
   EXPECT_EQ(printedByWriting(file, "a", "newer"), "");
@@ -94,7 +94,7 @@ TEST_F(WriteFileTest, AppendingNeverWarns) {
   EXPECT_TRUE(file.overwrite);
 }
 
-TEST_F(WriteFileTest, SaysNothingWhereItCannotWrite) {
+TEST_F(WriteFileTest, PrintsNothingIfItCannotOpen) {
   zn_lib::WriteFile file;
   std::string name = "missing/a";
   file.setFileName(name);
@@ -102,7 +102,7 @@ TEST_F(WriteFileTest, SaysNothingWhereItCannotWrite) {
   EXPECT_EQ(printed.out + printed.err, "");
 }
 
-TEST_F(WriteFileTest, WarnsOfWhatItCannotOpenEither) {
+TEST_F(WriteFileTest, WarnsEvenIfItCannotOpen) {
   ASSERT_EQ(mkdir("d", 0700), 0);
   zn_lib::WriteFile file;
   std::string name = "d";
@@ -113,7 +113,7 @@ TEST_F(WriteFileTest, WarnsOfWhatItCannotOpenEither) {
   EXPECT_EQ(printed.out, "");
 }
 
-TEST_F(WriteFileTest, ComposesTheNameAtEachOpening) {
+TEST_F(WriteFileTest, ComposesTheNameEachTimeItOpens) {
   zn_lib::WriteFile file;
   std::string name = "~/a.txt";
   file.setFileName(name);
@@ -139,7 +139,7 @@ TEST_F(WriteFileTest, KeepsAnOpenFile) {
   EXPECT_FALSE(isThere("b"));
 }
 
-TEST_F(WriteFileTest, DestructorWritesWhatIsLeft) {
+TEST_F(WriteFileTest, DestructorWritesTheBuffer) {
   {
     zn_lib::WriteFile file;
     std::string name = "a";
@@ -150,8 +150,8 @@ TEST_F(WriteFileTest, DestructorWritesWhatIsLeft) {
   EXPECT_EQ(readFile("a"), "text");
 }
 
-/// Opens a device that is always full, and asks its stream for exceptions. What is written stays in
-/// the stream's buffer until the file is closed.
+/// Opens a device that is always full, enables the exceptions of its stream, and writes to its
+/// buffer. The error occurs when the file is closed.
 void writeToAFullDisk(zn_lib::WriteFile& file) {
   std::string name = "/dev/full";
   file.setFileName(name);
@@ -167,7 +167,7 @@ TEST_F(WriteFileTest, DestructorDoesNotThrowOnAFullDisk) {
     writeToAFullDisk(file);
     EXPECT_NE(nextDescriptor(), descriptor);
   }
-  EXPECT_EQ(nextDescriptor(), descriptor) << "the file is closed all the same";
+  EXPECT_EQ(nextDescriptor(), descriptor) << "the file is closed nevertheless";
 }
 
 TEST_F(WriteFileTest, DestructorDoesNotThrowWhileAnExceptionUnwinds) {
@@ -179,13 +179,13 @@ TEST_F(WriteFileTest, DestructorDoesNotThrowWhileAnExceptionUnwinds) {
   EXPECT_THROW(write(), std::runtime_error);
 }
 
-TEST_F(WriteFileTest, ClosingThrowsWhereTheHostAsksForIt) {
+TEST_F(WriteFileTest, CloseThrowsIfTheHostEnablesExceptions) {
   zn_lib::WriteFile file;
   writeToAFullDisk(file);
   EXPECT_THROW(file.fileClose(), std::ios_base::failure);
 }
 
-TEST_F(WriteFileTest, AFailedCloseShowsInTheStream) {
+TEST_F(WriteFileTest, AFailedCloseSetsTheStateOfTheStream) {
   zn_lib::WriteFile file;
   std::string name = "/dev/full";
   file.setFileName(name);

@@ -29,7 +29,7 @@ using namespace std::string_literals;
 using testing::AllOf;
 using testing::HasSubstr;
 
-/// What the library asked of expat.
+/// Calls that the library has made to expat.
 struct ExpatCalls {
   bool creationFails = false;
   int freed = 0;
@@ -41,7 +41,7 @@ struct ExpatCalls {
 
 }  // namespace
 
-// These stand before expat's own functions and call them.
+// These functions replace those of expat, and call them.
 extern "C" {
 
 XML_Parser XML_ParserCreate_MM(const XML_Char* encoding, const XML_Memory_Handling_Suite* suite,
@@ -70,7 +70,7 @@ void XML_SetUnknownEncodingHandler(XML_Parser parser, XML_UnknownEncodingHandler
 
 namespace {
 
-/// The example in the header.
+/// The example of the header.
 class Outline : public XMLEvtHandler {
  public:
   void OnStartElement(const XML_Char* name, const XML_Char**) override { names += name; }
@@ -87,8 +87,8 @@ TEST(ZnXmlParser, HeaderExamples) {
   EXPECT_STREQ(parser.GetErrorString(), "mismatched tag");
 }
 
-/// Writes down each call: the callback's name and its arguments, null as "-". Text that comes in
-/// several calls in a row is written as one.
+/// Logs the name of each callback with its arguments, null as "-". Consecutive calls with text are
+/// logged as one.
 class Recorder : public XMLEvtHandler {
  public:
   void OnPostCreate() override { add("created"); }
@@ -172,8 +172,8 @@ void enableAll(XMLParser& parser) {
   parser.EnableDoctypeDeclHandler(true);
 }
 
-/// The log of a document, parsed whole with what `prepare` switches on, without the line of
-/// `OnPostCreate`.
+/// Returns the log of a document that is parsed as a whole, with the callbacks that `prepare`
+/// enables. The line of `OnPostCreate` is left out.
 std::string logOf(const std::string& document, const std::function<void(XMLParser&)>& prepare,
                   const char* separator = nullptr) {
   Recorder recorder;
@@ -185,7 +185,7 @@ std::string logOf(const std::string& document, const std::function<void(XMLParse
   return recorder.log;
 }
 
-/// Has something for every callback.
+/// A document that reaches every callback.
 const char kDocument[] =
     "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\"?>\n"
     "<!DOCTYPE r PUBLIC \"pub\" \"sys\" [<!ENTITY e \"E\">]>\n"
@@ -244,7 +244,7 @@ TEST(XMLParser, QueriesHaveExpatsTypes) {
   EXPECT_EQ(XMLParser::GetErrorString(XML_ERROR_NONE), nullptr);
 }
 
-// A pointer to a virtual member function holds its slot's place in the table, in bytes.
+/// Returns the index of a virtual function, which a pointer to it contains as an offset in bytes.
 template <class Member>
 std::uintptr_t slotOf(Member member) {
   std::uintptr_t words[2];
@@ -289,7 +289,7 @@ TEST(XMLEvtHandler, DoesNothing) {
   EXPECT_EQ(std::memcmp(&encoding, &before, sizeof encoding), 0);
 }
 
-TEST(Create, PassesOnOnlyWhatIsNotEmpty) {
+TEST(Create, PassesNonEmptyArgumentsOnly) {
   const struct {
     const char *encoding, *separator, *passedEncoding, *passedSeparator;
   } cases[] = {
@@ -307,11 +307,11 @@ TEST(Create, PassesOnOnlyWhatIsNotEmpty) {
     EXPECT_FALSE(expatCalls.hasSuite);
     EXPECT_EQ(recorder.log, "created\n");
     EXPECT_TRUE(parser.Parse("<p:a xmlns:p='urn:p'>\xC3\xA9</p:a>", true));
-    EXPECT_EQ(recorder.log, "created\n") << "nothing is switched on";
+    EXPECT_EQ(recorder.log, "created\n") << "no callback is enabled";
   }
 }
 
-TEST(Create, EncodingOverridesTheDocuments) {
+TEST(Create, EncodingOverridesTheDeclaration) {
   const struct {
     const char *encoding, *document, *text;
   } cases[] = {
@@ -339,7 +339,7 @@ TEST(Create, EncodingOverridesTheDocuments) {
   EXPECT_EQ(parser.GetErrorCode(), XML_ERROR_UNKNOWN_ENCODING);
 }
 
-TEST(Create, SeparatorTurnsNamespacesOn) {
+TEST(Create, SeparatorEnablesNamespaces) {
   const auto elements = [](XMLParser& parser) {
     parser.EnableElementHandler(true);
     parser.EnableNamespaceDeclHandler(true);
@@ -378,12 +378,12 @@ TEST(Create, FailureLeavesNoParser) {
   });
   EXPECT_EQ(text.out + text.err, "");
 
-  EXPECT_EQ(recorder.log, "created\n") << "for the one that was created";
+  EXPECT_EQ(recorder.log, "created\n") << "for the parser that was created";
   EXPECT_TRUE(parser.Create(nullptr, nullptr));
   EXPECT_TRUE(parser.Parse("<a/>", true));
 }
 
-TEST(Create, AgainDiscardsTheParserAndWhatWasOn) {
+TEST(Create, AgainDiscardsTheParserAndItsSwitches) {
   Recorder recorder;
   XMLParser parser(&recorder);
   ASSERT_TRUE(parser.Create(nullptr, "|"));
@@ -400,8 +400,8 @@ TEST(Create, AgainDiscardsTheParserAndWhatWasOn) {
   EXPECT_EQ(recorder.log, "created\n");
 }
 
-/// Looks at its parser while it is told of the creation, and parses a document with it.
-class EarlyBird : public Recorder {
+/// Examines its parser in `OnPostCreate`, and may parse a document with it.
+class PostCreateObserver : public Recorder {
  public:
   void OnPostCreate() override {
     Recorder::OnPostCreate();
@@ -415,31 +415,31 @@ class EarlyBird : public Recorder {
 };
 
 TEST(Create, CallsOnPostCreateBeforeItSetsTheUserData) {
-  EarlyBird bird;
-  XMLParser parser(&bird);
-  bird.parser = &parser;
+  PostCreateObserver observer;
+  XMLParser parser(&observer);
+  observer.parser = &parser;
   ASSERT_TRUE(parser.Create(nullptr, "|"));
-  EXPECT_TRUE(bird.hadParser);
-  EXPECT_FALSE(bird.hadUserData);
-  EXPECT_EQ(XML_GetUserData(parser.m_parser), static_cast<XMLEvtHandler*>(&bird));
+  EXPECT_TRUE(observer.hadParser);
+  EXPECT_FALSE(observer.hadUserData);
+  EXPECT_EQ(XML_GetUserData(parser.m_parser), static_cast<XMLEvtHandler*>(&observer));
   EXPECT_TRUE(parser.Parse(kDocument, true));
-  EXPECT_EQ(bird.log, "created\n"s + kDocumentLog) << "what OnPostCreate switched on stays on";
+  EXPECT_EQ(observer.log, "created\n"s + kDocumentLog) << "switches set in OnPostCreate persist";
 }
 
 TEST(Create, NoCallbackReachesTheHandlerDuringOnPostCreate) {
-  EarlyBird bird;
-  XMLParser parser(&bird);
-  bird.parser = &parser;
-  bird.parsesEarly = true;
+  PostCreateObserver observer;
+  XMLParser parser(&observer);
+  observer.parser = &parser;
+  observer.parsesEarly = true;
   ASSERT_TRUE(parser.Create(nullptr, "|"));
-  EXPECT_TRUE(bird.parsed);
-  EXPECT_EQ(bird.log, "created\n");
+  EXPECT_TRUE(observer.parsed);
+  EXPECT_EQ(observer.log, "created\n");
 }
 
-/// Does what it is given while it is told of the creation.
-class Starter : public Recorder {
+/// Runs a function in `OnPostCreate`.
+class PostCreateRunner : public Recorder {
  public:
-  explicit Starter(std::function<void()> start) : start_(std::move(start)) {}
+  explicit PostCreateRunner(std::function<void()> start) : start_(std::move(start)) {}
   void OnPostCreate() override {
     Recorder::OnPostCreate();
     start_();
@@ -449,39 +449,39 @@ class Starter : public Recorder {
   std::function<void()> start_;
 };
 
-TEST(Create, LetsOnPostCreateAskForBufferAndPosition) {
+TEST(Create, AllowsQueriesInOnPostCreate) {
   XMLParser parser(nullptr);
-  Starter starter([&] {
+  PostCreateRunner runner([&] {
     EXPECT_EQ(parser.GetCurrentByteIndex(), -1);
     EXPECT_EQ(parser.GetErrorCode(), XML_ERROR_NONE);
     EXPECT_NE(parser.GetBuffer(100), nullptr);
     parser.EnableElementHandler(true);
   });
-  parser.m_handler = &starter;
+  parser.m_handler = &runner;
   ASSERT_TRUE(parser.Create(nullptr, nullptr));
   EXPECT_TRUE(parser.Parse("<a/>", true));
-  EXPECT_EQ(starter.log, "created\nstart a\nend a\n");
+  EXPECT_EQ(runner.log, "created\nstart a\nend a\n");
 }
 
-TEST(Create, IsTrueWithoutAParserThatOnPostCreateDestroyed) {
+TEST(Create, SucceedsIfOnPostCreateDestroysTheParser) {
   XMLParser parser(nullptr);
-  Starter starter([&] { parser.Destroy(); });
-  parser.m_handler = &starter;
+  PostCreateRunner runner([&] { parser.Destroy(); });
+  parser.m_handler = &runner;
   EXPECT_TRUE(parser.Create(nullptr, nullptr));
   EXPECT_EQ(parser.m_parser, nullptr);
 }
 
-TEST(Create, PassesOnWhatOnPostCreateThrows) {
+TEST(Create, PropagatesExceptionsOfOnPostCreate) {
   XMLParser parser(nullptr);
-  Starter starter([&] {
+  PostCreateRunner runner([&] {
     parser.EnableElementHandler(true);
     throw std::runtime_error("no");
   });
-  parser.m_handler = &starter;
+  parser.m_handler = &runner;
   EXPECT_THROW(parser.Create(nullptr, nullptr), std::runtime_error);
   ASSERT_NE(parser.m_parser, nullptr);
   EXPECT_TRUE(parser.Parse("<a/>", true));
-  EXPECT_EQ(starter.log, "created\n");
+  EXPECT_EQ(runner.log, "created\n");
 }
 
 TEST(Destroy, FreesAtMostOnce) {
@@ -491,7 +491,7 @@ TEST(Destroy, FreesAtMostOnce) {
     XMLParser parser(&recorder);
     parser.Destroy();
     EXPECT_EQ(parser.m_parser, nullptr);
-    EXPECT_EQ(expatCalls.freed, freed) << "none was created";
+    EXPECT_EQ(expatCalls.freed, freed) << "no parser was created";
     ASSERT_TRUE(parser.Create(nullptr, nullptr));
     parser.Destroy();
     EXPECT_EQ(parser.m_parser, nullptr);
@@ -500,10 +500,10 @@ TEST(Destroy, FreesAtMostOnce) {
     EXPECT_EQ(expatCalls.freed, freed + 1);
     EXPECT_TRUE(parser.Create(nullptr, nullptr));
   }
-  EXPECT_EQ(expatCalls.freed, freed + 2) << "the destructor frees, too";
+  EXPECT_EQ(expatCalls.freed, freed + 2) << "the destructor frees it";
   { const XMLParser unused(&recorder); }
   EXPECT_EQ(expatCalls.freed, freed + 2);
-  EXPECT_EQ(recorder.log, "created\ncreated\n") << "the handler lives on";
+  EXPECT_EQ(recorder.log, "created\ncreated\n") << "the handler is not destroyed";
 }
 
 TEST(Switches, TurnEachCallbackOnAndOff) {
@@ -554,8 +554,8 @@ TEST(Switches, AllTogetherReportTheWholeDocument) {
   EXPECT_EQ(logOf(kDocument, enableAll, "|"), kDocumentLog);
 }
 
-// Each half of a pair can be taken back from under the combined switch.
-TEST(Switches, CombinedOnesSetBothHalves) {
+// The combined switch can be undone for each half.
+TEST(Switches, CombinedSwitchesSetBothHalves) {
   const auto logWith = [](const Switch& both, const Switch& start, const Switch& end, bool first) {
     return logOf(
         kDocument,
@@ -602,7 +602,7 @@ TEST(Switches, DefaultExpandsEntitiesOrNot) {
             doctype + "<r>\ntext a\ndefault &e;\ntext z\ndefault <!--n--></r>\n");
   EXPECT_EQ(withDefault(true, true, true), doctype + "<r>\ntext aEz\ndefault <!--n--></r>\n");
   EXPECT_EQ(withDefault(false, true, true), "text aEz\n");
-  EXPECT_EQ(withDefault(false, false, true), "text az\n") << "the reference goes nowhere";
+  EXPECT_EQ(withDefault(false, false, true), "text az\n") << "the reference is dropped";
   EXPECT_EQ(logOf(document, [](XMLParser& parser) { parser.EnableCharacterDataHandler(true); }),
             "text aEz\n");
   for (const bool expand : {false, true}) {
@@ -615,7 +615,7 @@ TEST(Switches, DefaultExpandsEntitiesOrNot) {
   }
 }
 
-/// Changes its parser's switches from within callbacks.
+/// Changes the switches of its parser in a callback.
 class Switcher : public Recorder {
  public:
   void OnStartElement(const XML_Char* name, const XML_Char** attributes) override {
@@ -654,7 +654,7 @@ TEST(OnXmlDecl, StandaloneIsFalseForNoOnly) {
   }
 }
 
-TEST(OnStartDoctypeDecl, TellsOfIdentifiersAndSubset) {
+TEST(OnStartDoctypeDecl, ReportsIdentifiersAndSubset) {
   const struct {
     const char *declaration, *log;
   } cases[] = {
@@ -778,7 +778,7 @@ TEST(Trampolines, FindAHandlerThatIsASecondBase) {
   EXPECT_EQ(handler.calls, 0);
 }
 
-TEST(Parse, TakesChunksOfEverySize) {
+TEST(Parse, AcceptsChunksOfAnySize) {
   const std::string document = kDocument;
   for (std::size_t size = 1; size <= document.size(); ++size) {
     for (const bool emptyEnd : {false, true}) {
@@ -796,7 +796,7 @@ TEST(Parse, TakesChunksOfEverySize) {
             std::memcpy(buffer, chunk.data(), chunk.size());
             ASSERT_TRUE(parser.Parse(chunk.size(), isFinal)) << parser.GetErrorString();
           } else {
-            // A copy without a NUL, so that reading beyond it shows under AddressSanitizer.
+            // AddressSanitizer notices if the parser reads behind this copy, which has no NUL.
             const std::unique_ptr<char[]> exact(new char[chunk.size()]);
             std::memcpy(exact.get(), chunk.data(), chunk.size());
             ASSERT_TRUE(parser.Parse(exact.get(), chunk.size(), isFinal))
@@ -819,7 +819,7 @@ TEST(Parse, ReadsExactlyTheLengthGiven) {
   ASSERT_TRUE(parser.Create(nullptr, nullptr));
   EXPECT_TRUE(parser.Parse("<a/><b/>", 4, true));
   ASSERT_TRUE(parser.Create(nullptr, nullptr));
-  EXPECT_TRUE(parser.Parse("<a/>\0<b/>", true)) << "text ends at its first NUL";
+  EXPECT_TRUE(parser.Parse("<a/>\0<b/>", true)) << "a text ends at its first NUL";
   ASSERT_TRUE(parser.Create(nullptr, nullptr));
   EXPECT_FALSE(parser.Parse("<a/>\0", 5, true)) << "a buffer does not";
   EXPECT_EQ(parser.GetErrorCode(), XML_ERROR_INVALID_TOKEN);
@@ -828,9 +828,9 @@ TEST(Parse, ReadsExactlyTheLengthGiven) {
   char* const buffer = static_cast<char*>(parser.GetBuffer(100));
   ASSERT_NE(buffer, nullptr);
   std::memcpy(buffer, "<a/><b/>", 8);
-  EXPECT_TRUE(parser.Parse(std::size_t{4}, true)) << "less than the buffer holds";
+  EXPECT_TRUE(parser.Parse(std::size_t{4}, true)) << "a part of the buffer";
   ASSERT_TRUE(parser.Create(nullptr, nullptr));
-  EXPECT_FALSE(parser.Parse(std::size_t{1}, true)) << "no buffer was asked for";
+  EXPECT_FALSE(parser.Parse(std::size_t{1}, true)) << "without a buffer";
   EXPECT_NE(parser.GetErrorCode(), XML_ERROR_NONE);
 }
 
@@ -841,7 +841,7 @@ struct TakesLiteralZero<Parser, std::void_t<decltype(std::declval<Parser&>().Par
     : std::true_type {};
 static_assert(!TakesLiteralZero<XMLParser>::value, "0 is a length and a null pointer");
 
-TEST(Parse, EndsADocumentWithAnEmptyPiece) {
+TEST(Parse, AcceptsAnEmptyFinalPiece) {
   XMLEvtHandler handler;
   XMLParser parser(&handler);
   ASSERT_TRUE(parser.Create(nullptr, nullptr));
@@ -858,7 +858,7 @@ TEST(Parse, EndsADocumentWithAnEmptyPiece) {
   EXPECT_TRUE(parser.Parse(std::size_t{0}, true));
 }
 
-TEST(Parse, OnlyTheFinalCallMissesWhatIsOpen) {
+TEST(Parse, ReportsOpenElementsInTheFinalCallOnly) {
   XMLEvtHandler handler;
   XMLParser parser(&handler);
   for (const char* document : {"<a>", "<a><b/>", "<a", "", " ", "<a/><!--"}) {
@@ -870,7 +870,8 @@ TEST(Parse, OnlyTheFinalCallMissesWhatIsOpen) {
   }
 }
 
-/// Where expat alone finds the error of a document. For the empty one, versions differ.
+/// Returns the position of the error that expat alone finds. Versions differ for the empty
+/// document.
 XML_Index errorIndexOfExpat(const std::string& document) {
   XML_Parser parser = XML_ParserCreate(nullptr);
   EXPECT_EQ(XML_Parse(parser, document.data(), static_cast<int>(document.size()), true),
@@ -880,7 +881,7 @@ XML_Index errorIndexOfExpat(const std::string& document) {
   return index;
 }
 
-TEST(Parse, ErrorsAreDescribedAndStay) {
+TEST(Parse, ErrorsPersist) {
   const struct {
     const char* document;
     XML_Error code;
@@ -910,7 +911,7 @@ TEST(Parse, ErrorsAreDescribedAndStay) {
     EXPECT_EQ(parser.GetCurrentLineNumber(), c.line);
     EXPECT_EQ(parser.GetCurrentColumnNumber(), c.column);
 
-    EXPECT_FALSE(parser.Parse("<a/>", true)) << "the error stays";
+    EXPECT_FALSE(parser.Parse("<a/>", true)) << "the error persists";
     EXPECT_EQ(parser.GetErrorCode(), c.code);
     ASSERT_TRUE(parser.Create(nullptr, nullptr));
     EXPECT_TRUE(parser.Parse("<a/>", true)) << "until a new parser is created";
@@ -928,7 +929,7 @@ class Stopper : public Recorder {
   bool resumable = true;
 };
 
-TEST(Parse, SuspendedIsTrue) {
+TEST(Parse, SucceedsIfSuspended) {
   const std::string document = "<a><b/></a>";
   for (const bool inExpatsBuffer : {false, true}) {
     Stopper stopper;
@@ -954,7 +955,7 @@ TEST(Parse, SuspendedIsTrue) {
   }
 }
 
-TEST(Parse, AbortedIsFalse) {
+TEST(Parse, FailsIfAborted) {
   Stopper stopper;
   stopper.resumable = false;
   XMLParser parser(&stopper);
@@ -966,8 +967,8 @@ TEST(Parse, AbortedIsFalse) {
   EXPECT_EQ(stopper.log, "created\nstart a\n");
 }
 
-/// Asks its parser for the position at each start tag.
-class Surveyor : public XMLEvtHandler {
+/// Logs the position of its parser at each start tag.
+class PositionLogger : public XMLEvtHandler {
  public:
   void OnStartElement(const XML_Char* name, const XML_Char**) override {
     int offset = -1;
@@ -985,14 +986,14 @@ class Surveyor : public XMLEvtHandler {
   std::string log;
 };
 
-TEST(Queries, TellThePositionInACallback) {
-  Surveyor surveyor;
-  XMLParser parser(&surveyor);
-  surveyor.parser = &parser;
+TEST(Queries, ReportThePositionInACallback) {
+  PositionLogger logger;
+  XMLParser parser(&logger);
+  logger.parser = &parser;
   ASSERT_TRUE(parser.Create(nullptr, nullptr));
   parser.EnableStartElementHandler(true);
   EXPECT_TRUE(parser.Parse("<a>\n <b/>\n<c k='v'></c></a>", true));
-  EXPECT_EQ(surveyor.log,
+  EXPECT_EQ(logger.log,
             "a byte 0 at 1:0 is <a> of 27\n"
             "b byte 5 at 2:1 is <b/> of 27\n"
             "c byte 10 at 3:0 is <c k='v'> of 27\n");
@@ -1001,8 +1002,8 @@ TEST(Queries, TellThePositionInACallback) {
   EXPECT_EQ(parser.GetErrorString(), nullptr);
 }
 
-/// Tells the position and the length of each event.
-class Ruler : public XMLEvtHandler {
+/// Logs the position and the length of each event.
+class EventLogger : public XMLEvtHandler {
  public:
   void OnStartElement(const XML_Char* name, const XML_Char**) override { add(name); }
   void OnEndElement(const XML_Char* name) override { add("/"s + name); }
@@ -1026,22 +1027,22 @@ class Ruler : public XMLEvtHandler {
   }
 };
 
-TEST(Queries, TellPositionAndLengthOfEachEvent) {
+TEST(Queries, ReportPositionAndLengthOfEachEvent) {
   const struct {
     const char* what;
     std::string document, log;
   } cases[] = {
       {"start and end tags", "<a><y></y></a>", "a 0+3, y 3+3, /y 6+4, /a 10+4, "},
-      {"a tag that is both", "<a><y/>t</a>", "a 0+3, y 3+4, /y 7+0, t 7+1, /a 8+4, "},
+      {"an empty-element tag", "<a><y/>t</a>", "a 0+3, y 3+4, /y 7+0, t 7+1, /a 8+4, "},
       {"a comment", "<a><!--c--></a>", "a 0+3, comment 3+8, /a 11+4, "},
       {"a CDATA section", "<a><![CDATA[x]]></a>",
        "a 0+3, cdata 3+9, x 12+1, /cdata 13+3, /a 16+4, "},
       {"references to characters", "<a>&amp;&#65;</a>", "a 0+3, & 3+5, A 8+5, /a 13+4, "},
       {"a declaration without a subset", "<!DOCTYPE a><a/>",
        "doctype 11+1, /doctype 11+1, a 12+4, /a 16+0, "},
-      {"one with a name of the system's", "<!DOCTYPE a SYSTEM 's' ><a/>",
+      {"a declaration with a system identifier", "<!DOCTYPE a SYSTEM 's' ><a/>",
        "doctype 23+1, /doctype 23+1, a 24+4, /a 28+0, "},
-      {"one with a subset", "<!DOCTYPE a  [ ] ><a/>",
+      {"a declaration with a subset", "<!DOCTYPE a  [ ] ><a/>",
        "doctype 13+1, /doctype 17+1, a 18+4, /a 22+0, "},
       {"text of entities",
        "<!DOCTYPE a [<!ENTITY e '<b>1</b>&f;'><!ENTITY f '2<!--c-->'>]><a>&e;3</a>",
@@ -1050,19 +1051,19 @@ TEST(Queries, TellPositionAndLengthOfEachEvent) {
        "/a 70+4, "},
   };
   for (const auto& c : cases) {
-    Ruler ruler;
-    XMLParser parser(&ruler);
-    ruler.parser = &parser;
+    EventLogger logger;
+    XMLParser parser(&logger);
+    logger.parser = &parser;
     ASSERT_TRUE(parser.Create(nullptr, nullptr));
     enableAll(parser);
     EXPECT_TRUE(parser.Parse(c.document.data(), c.document.size(), true)) << c.what;
-    EXPECT_EQ(ruler.log, c.log) << c.what;
+    EXPECT_EQ(logger.log, c.log) << c.what;
     EXPECT_EQ(parser.GetCurrentByteIndex(), static_cast<XML_Index>(c.document.size())) << c.what;
     EXPECT_EQ(parser.GetCurrentByteCount(), 0) << c.what;
   }
 }
 
-TEST(Queries, AnswerBeforeTheFirstParse) {
+TEST(Queries, WorkBeforeTheFirstParse) {
   XMLEvtHandler handler;
   XMLParser parser(&handler);
   ASSERT_TRUE(parser.Create(nullptr, nullptr));
@@ -1079,10 +1080,10 @@ TEST(Queries, AnswerBeforeTheFirstParse) {
   EXPECT_EQ(size, -6);
 }
 
-// The words around the names are in the language of the locale.
+// The text around the names depends on the locale.
 TEST(AssertionsDeathTest, NameTheOperationThatHasNoParser) {
   testing::GTEST_FLAG(death_test_style) = kDeathTestStyle;
-  // GoogleTest hands its child the line as the global locale writes it, and does not read 1,000.
+  // GoogleTest passes a line number to its child, and cannot read one with digit grouping.
   const std::locale before = std::locale::global(std::locale::classic());
   const struct {
     const char* name;
@@ -1143,7 +1144,7 @@ TEST(AssertionsDeathTest, NameTheOperationThatHasNoParser) {
   std::locale::global(before);
 }
 
-TEST(GetBuffer, RefusesWhatExpatCannotCount) {
+TEST(GetBuffer, RejectsLengthsThatExpatCannotCount) {
   XMLEvtHandler handler;
   XMLParser parser(&handler);
   ASSERT_TRUE(parser.Create(nullptr, nullptr));
@@ -1156,14 +1157,14 @@ TEST(GetBuffer, RefusesWhatExpatCannotCount) {
     EXPECT_EQ(parser.GetBuffer(length), nullptr) << length;
     EXPECT_FALSE(parser.Parse(length, true)) << length;
   }
-  EXPECT_EQ(parser.GetBuffer(INT_MAX), nullptr) << "more than expat can hold";
+  EXPECT_EQ(parser.GetBuffer(INT_MAX), nullptr) << "more than expat can allocate";
   char* const buffer = static_cast<char*>(parser.GetBuffer(4));
   ASSERT_NE(buffer, nullptr);
   std::memcpy(buffer, "<a/>", 4);
-  EXPECT_TRUE(parser.Parse(std::size_t{4}, true)) << "the parser is as before";
+  EXPECT_TRUE(parser.Parse(std::size_t{4}, true)) << "the parser is unchanged";
 }
 
-TEST(LongText, IsParsedOrRefused) {
+TEST(LongText, IsParsedOrRejected) {
   XMLEvtHandler handler;
   XMLParser parser(&handler);
   for (const char c : {'<', '&', 'x', '\0', '\xFF', ' '}) {
@@ -1179,8 +1180,8 @@ TEST(LongText, IsParsedOrRefused) {
   }
 }
 
-/// The document "<a>xxx...</a>", followed by a NUL, in little memory: the same x's mapped again
-/// and again.
+/// The document "<a>xxx...</a>", followed by a NUL. It needs little memory, because the same block
+/// of x's is mapped repeatedly.
 class HugeDocument {
  public:
   explicit HugeDocument(std::size_t atLeast) : blocks_(atLeast / kBlock + 1) {
@@ -1231,7 +1232,7 @@ class Counter : public XMLEvtHandler {
   bool areAllX = true;
 };
 
-TEST(LongText, BeyondWhatExpatTakesGoesInPieces) {
+TEST(LongText, IsFedInPiecesBeyondTheLimitOfExpat) {
   const HugeDocument document(std::size_t{INT_MAX} + 1);
   ASSERT_TRUE(document.isReady());
   ASSERT_GT(document.size(), std::size_t{INT_MAX});
@@ -1246,7 +1247,7 @@ TEST(LongText, BeyondWhatExpatTakesGoesInPieces) {
   EXPECT_FALSE(parser.Parse("", true)) << "the last piece was final";
 }
 
-// Fed whole, these would be out of memory before expat reads a byte.
+// As a whole, such a document would exhaust the memory before expat reads a byte.
 TEST(LongText, StopsAtTheFirstPieceThatFails) {
   const HugeDocument document(std::size_t{1} << 30);
   ASSERT_TRUE(document.isReady());
@@ -1269,9 +1270,9 @@ TEST(LongText, StopsAtTheFirstPieceThatFails) {
   EXPECT_EQ(parser.GetCurrentByteIndex(), static_cast<XML_Index>(errorAt));
 }
 
-// ---- Any splitting
+// ---- Documents in pieces
 
-TEST(Splitting, GivesTheSameTextAtAnySize) {
+TEST(Splitting, DoesNotChangeTheText) {
   const SplitDocument expected = splitDocument();
   for (std::size_t size = 1; size <= 8192; ++size) {
     XmlOutline outline;

@@ -1,5 +1,5 @@
-/// How a store's file is replaced: whole at every moment, with the permissions that it had, and in
-/// place where its name cannot be given to another file.
+/// Tests of how a save replaces the file of a store: the file is whole at any time and keeps its
+/// permissions. It is written in place if its name cannot be given to another file.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
@@ -61,7 +61,7 @@ mode_t modeOf(const std::string& name) {
   return lstat(name.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
 }
 
-/// A store in config.xml of `directory` that holds one setting, besides the stamp.
+/// Makes `store`, in config.xml of `directory`, hold one setting besides the stamp.
 void fill(Configuration& store, const std::string& directory, const std::string& value) {
   store.path = directory;
   store.set("UPDATE", "DATE", "2024-03-05 14:07:09", "");
@@ -77,7 +77,7 @@ bool savesValue(const std::string& directory, const std::string& value) {
   return result;
 }
 
-/// What a save of that setting writes.
+/// Returns the file that a save of this setting writes.
 std::string savedXml(const std::string& value) {
   Configuration store;
   fill(store, "", value);
@@ -86,6 +86,11 @@ std::string savedXml(const std::string& value) {
 }
 
 constexpr uid_t kSomebody = 65533;
+
+/// Gives up the user and the group of root, for good.
+void becomeNobody() {
+  if (setgid(kNobody) != 0 || !dropPrivileges()) _exit(kCannotPrepare);
+}
 
 // ---- Permissions, owner and group
 
@@ -108,8 +113,8 @@ TEST_F(StagedFile, KeepsThePermissionsOfTheFileThatItReplaces) {
   }
 }
 
-TEST_F(StagedFile, KeepsThemWhereItIsWrittenInPlace) {
-  // There is no room for a name beside it.
+TEST_F(StagedFile, KeepsThePermissionsOfAFileWrittenInPlace) {
+  // No longer name is possible beside a name of this length.
   Configuration store("T", std::string(250, 'n'));
   const std::string file = store.getConfigurationFile();
   writeFile(file, "old");
@@ -118,7 +123,7 @@ TEST_F(StagedFile, KeepsThemWhereItIsWrittenInPlace) {
   EXPECT_TRUE(store.save());
   EXPECT_EQ(modeOf(file), mode_t{0600});
   EXPECT_EQ(readFile(file + "~"), "old");
-  // A link is moved as it is; what it led to may be private.
+  // The new file has the permissions of the target of the link, which may be private.
   std::filesystem::rename(file, "real");
   std::filesystem::create_symlink("real", file);
   store.set("a", "2");
@@ -127,7 +132,7 @@ TEST_F(StagedFile, KeepsThemWhereItIsWrittenInPlace) {
   EXPECT_EQ(modeOf(file), mode_t{0600});
 }
 
-TEST_F(StagedFile, KeepsOwnerAndGroupWhereItMay) {
+TEST_F(StagedFile, KeepsOwnerAndGroupIfPermitted) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
   for (const std::string& name : {std::string("config"), std::string(250, 'n')}) {
     const std::string file = name + ".cfg";
@@ -145,13 +150,13 @@ TEST_F(StagedFile, KeepsOwnerAndGroupWhereItMay) {
   }
 }
 
-TEST_F(StagedFile, AnotherUsersFileIsReplacedWithTheOwnGroup) {
+TEST_F(StagedFile, AnotherUsersFileGetsTheGroupOfTheProcess) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
   ASSERT_EQ(chmod(".", 0777), 0);
   writeFile("config.xml", "old");
   ASSERT_EQ(chmod("config.xml", 0664), 0);
   const int status = statusOfChild([] {
-    if (setgid(kNobody) != 0 || !dropPrivileges()) _exit(kCannotPrepare);
+    becomeNobody();
     EXPECT_TRUE(savesValue("", "new"));
   });
   EXPECT_EQ(status, 0);
@@ -162,9 +167,9 @@ TEST_F(StagedFile, AnotherUsersFileIsReplacedWithTheOwnGroup) {
   EXPECT_EQ(after.st_mode & 07777, mode_t{0664});
 }
 
-// ---- Names that cannot be given to another file
+// ---- Files that are written in place
 
-/// Bind-mounts `file` onto itself, for this process alone.
+/// Bind-mounts `file` onto itself, in the mount namespace of this process.
 bool makeMountPoint(const char* file) {
   return unshareMounts() && mount(file, file, nullptr, MS_BIND, nullptr) == 0;
 }
@@ -183,7 +188,7 @@ TEST_F(StagedFile, AMountPointIsWrittenInPlace) {
   if (status == kCannotPrepare) GTEST_SKIP() << "nothing can be mounted here";
   EXPECT_EQ(status, 0);
   EXPECT_EQ(readFile("config.xml"), savedXml("new"));
-  EXPECT_EQ(readFile("config.xml~"), "older") << "kept, since the file could not be moved there";
+  EXPECT_EQ(readFile("config.xml~"), "older") << "kept, since the file cannot be moved there";
   EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
   EXPECT_EQ(modeOf("config.xml"), mode_t{0600});
 }
@@ -197,7 +202,7 @@ TEST_F(StagedFile, AnotherUsersFileInAStickyDirectoryIsWrittenInPlace) {
     ASSERT_EQ(chown(name, kSomebody, kSomebody), 0);
   }
   const int status = statusOfChild([] {
-    if (setgid(kNobody) != 0 || !dropPrivileges()) _exit(kCannotPrepare);
+    becomeNobody();
     EXPECT_TRUE(savesValue("", "new"));
   });
   EXPECT_EQ(status, 0);
@@ -206,11 +211,11 @@ TEST_F(StagedFile, AnotherUsersFileInAStickyDirectoryIsWrittenInPlace) {
   EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
 }
 
-TEST_F(StagedFile, TheOwnFileInAStickyDirectoryIsReplaced) {
+TEST_F(StagedFile, AnOwnFileInAStickyDirectoryIsReplaced) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may change its user";
   ASSERT_EQ(chmod(".", 01777), 0);
   const int status = statusOfChild([] {
-    if (setgid(kNobody) != 0 || !dropPrivileges()) _exit(kCannotPrepare);
+    becomeNobody();
     EXPECT_TRUE(savesValue("", "old"));
     EXPECT_TRUE(savesValue("", "new"));
   });
@@ -221,7 +226,7 @@ TEST_F(StagedFile, TheOwnFileInAStickyDirectoryIsReplaced) {
 }
 
 #ifdef FS_IOC_SETFLAGS
-/// Sets an attribute of a file or a directory, for the time of a scope.
+/// Sets an attribute of a file or a directory for the lifetime of the object.
 class Attribute {
  public:
   Attribute(const char* name, int attribute) : descriptor_(open(name, O_RDONLY)) {
@@ -255,7 +260,7 @@ TEST_F(StagedFile, AFileInAnAppendOnlyDirectoryIsWrittenInPlace) {
   EXPECT_EQ(namesIn("d"), (Names{"config.xml", "config.xml~"}));
 }
 
-TEST_F(StagedFile, AFirstSaveInAnAppendOnlyDirectory) {
+TEST_F(StagedFile, AFirstSaveInAnAppendOnlyDirectorySucceeds) {
   std::filesystem::create_directory("d");
   const Attribute appendOnly("d", FS_APPEND_FL);
   if (!appendOnly.isSet) GTEST_SKIP() << "no directory can be made append-only here";
@@ -264,7 +269,7 @@ TEST_F(StagedFile, AFirstSaveInAnAppendOnlyDirectory) {
   EXPECT_EQ(namesIn("d"), Names{"config.xml"});
 }
 
-TEST_F(StagedFile, ASaveThatFailsLeavesTheStoreAsItWas) {
+TEST_F(StagedFile, AFailedSaveDoesNotChangeTheStore) {
   writeFile("config.xml", "old");
   writeFile("config.xml~", "older");
   const Attribute immutable("config.xml", FS_IMMUTABLE_FL);
@@ -294,9 +299,9 @@ bool isLink(const SystemCall& call) {
 }
 #endif
 
-TEST_F(StagedFile, RootReplacesNoOtherUsersFileInAStickyDirectory) {
+TEST_F(StagedFile, RootCreatesNoLinkInAStickyDirectory) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
-  // In a container root may lack the right to remove what it puts there.
+  // In a container, root may create a link there that it may not remove.
   ASSERT_EQ(chmod(".", 01777), 0);
   ASSERT_EQ(chown(".", kSomebody, kSomebody), 0);
   writeFile("config.xml", "old");
@@ -313,7 +318,7 @@ TEST_F(StagedFile, RootReplacesNoOtherUsersFileInAStickyDirectory) {
   EXPECT_EQ(readFile("config.xml~"), "old");
 }
 
-TEST_F(StagedFile, ADanglingLinkStays) {
+TEST_F(StagedFile, ADanglingLinkIsKept) {
   std::filesystem::create_symlink("target", "config.xml");
   EXPECT_TRUE(savesValue("", "new"));
   EXPECT_EQ(std::filesystem::read_symlink("config.xml"), "target");
@@ -325,7 +330,7 @@ TEST_F(StagedFile, ADanglingLinkStays) {
   EXPECT_TRUE(std::filesystem::is_symlink("config.xml"));
 }
 
-TEST_F(StagedFile, WithoutABackupAFileThatMayNotBeWrittenStays) {
+TEST_F(StagedFile, AReadOnlyFileIsKeptWithoutABackup) {
   ASSERT_EQ(chmod(".", 0777), 0);
   writeFile("config.xml", "old");
   ASSERT_EQ(chmod("config.xml", 0444), 0);
@@ -339,13 +344,13 @@ TEST_F(StagedFile, WithoutABackupAFileThatMayNotBeWrittenStays) {
   };
   EXPECT_EQ(withoutPrivileges([&] { return saves(false); }), 0);
   EXPECT_EQ(readFile("config.xml"), "old");
-  EXPECT_EQ(withoutPrivileges([&] { return saves(true); }), 1) << "it is moved aside";
+  EXPECT_EQ(withoutPrivileges([&] { return saves(true); }), 1) << "it is moved to the backup";
   EXPECT_EQ(readFile("config.xml"), savedXml("new"));
   EXPECT_EQ(readFile("config.xml~"), "old");
   EXPECT_EQ(modeOf("config.xml"), mode_t{0444});
 }
 
-TEST_F(StagedFile, WithoutDescriptorsTheFileStays) {
+TEST_F(StagedFile, TheFileIsKeptIfNoDescriptorIsLeft) {
   for (const std::string& name : {std::string("config"), std::string(250, 'n')}) {
     Configuration store("T", name);
     const std::string file = store.getConfigurationFile();
@@ -361,7 +366,7 @@ TEST_F(StagedFile, WithoutDescriptorsTheFileStays) {
 }
 
 TEST_F(StagedFile, AFileThatIsItsOwnBackupKeepsItsText) {
-  // A kill between the two renamings leaves one file under both names.
+  // A save that is killed between its two renames leaves one file with both names.
   writeFile("config.xml", "old");
   std::filesystem::create_hard_link("config.xml", "config.xml~");
   EXPECT_TRUE(savesValue("", "new"));
@@ -381,7 +386,7 @@ TEST_F(StagedFile, AFileThatIsItsOwnBackupKeepsItsText) {
 
 #ifdef __linux__
 
-TEST_F(StagedFile, IsNeverOpenToOthersThanTheFileWas) {
+TEST_F(StagedFile, NoFileGrantsMoreAccessThanTheOriginal) {
   writeFile("config.xml", "old");
   ASSERT_EQ(chmod("config.xml", 0600), 0);
   int looks = 0;
@@ -400,13 +405,12 @@ TEST_F(StagedFile, IsNeverOpenToOthersThanTheFileWas) {
 
 // ---- Power cuts
 
-/// The disk under a directory, as the calls of a process change it: what has been written is in
-/// memory, and gets to the disk when it is synchronised. Changes of the directory get there in
-/// their order, up to any one; of the bytes of a file that were not synchronised, none, the first
-/// half, or all do.
+/// Model of the disk that holds a directory while a process writes to it. A power cut keeps the
+/// changes of the directory up to any one of them. Of the bytes of a file that were not
+/// synchronised, it keeps none, the first half or all.
 class Disk {
  public:
-  /// A directory that holds these files and is on the disk.
+  /// Starts with these files, which are on the disk.
   explicit Disk(const std::map<std::string, std::string>& files) {
     for (const auto& [name, text] : files) {
       directory_[name] = files_.size();
@@ -415,6 +419,7 @@ class Disk {
     atFirst_ = directory_;
   }
 
+  /// Applies a system call that has returned.
   void apply(const CallTracer& tracer, const SystemCall& call) {
     if (call.result < 0) return;
     const auto& arguments = call.arguments;
@@ -457,14 +462,14 @@ class Disk {
     }
   }
 
-  /// What a name leads to in memory.
+  /// Returns the files as a process sees them.
   std::map<std::string, std::string> files() const {
     std::map<std::string, std::string> all;
     for (const auto& [name, file] : directory_) all[name] = files_[file].written;
     return all;
   }
 
-  /// Calls `look` with each state in which a power cut may leave the disk at this moment.
+  /// Calls `look` with each state in which a power cut may now leave the disk.
   void forEachCut(
       const std::function<void(const std::map<std::string, std::string>&)>& look) const {
     Directory directory = atFirst_;
@@ -593,7 +598,7 @@ TEST_F(StagedFile, IsWholeAfterAPowerCut) {
     };
     if (!tracer.run(saveTwice, follow)) GTEST_SKIP() << "no process can be traced here";
 
-    // The model has seen all that the saves have done.
+    // The model has followed all changes.
     std::map<std::string, std::string> found;
     for (const std::string& name : namesIn(".")) found[name] = readFile(name);
     ASSERT_EQ(disk.files(), found);
@@ -617,14 +622,14 @@ TEST_F(StagedFile, IsWholeAfterAPowerCut) {
 
 #endif
 
-// ---- What killed saves leave
+// ---- Files that killed saves leave
 
-/// The name that a save gives to what it writes.
+/// Returns a name that a save gives to its new file.
 std::string stagedName(int number) {
   return "config.xml.179000000000000000" + std::to_string(number) + ".zn_udf";
 }
 
-TEST_F(StagedFile, WhatAKilledSaveLeftIsGoneAfterTheNext) {
+TEST_F(StagedFile, TheNextSaveRemovesWhatAKilledSaveLeft) {
   writeFile("config.xml", "old");
   for (int i = 0; i < 3; ++i) {
     writeFile(stagedName(i), "torn");
@@ -635,7 +640,7 @@ TEST_F(StagedFile, WhatAKilledSaveLeftIsGoneAfterTheNext) {
   EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
 }
 
-TEST_F(StagedFile, FilesOfOthersStay) {
+TEST_F(StagedFile, UnrelatedFilesAreKept) {
   const Names others = {
       "config.xml.1790",       "config.xml.1790~",      "config.xml.zn_udf",
       "config.xml..zn_udf",    "config.xml.old.zn_udf", "config.xml.2024-03-05",
@@ -650,7 +655,7 @@ TEST_F(StagedFile, FilesOfOthersStay) {
   EXPECT_TRUE(std::filesystem::is_fifo(stagedName(1)));
 }
 
-TEST_F(StagedFile, TheFileOfASaveThatIsRunningStays) {
+TEST_F(StagedFile, TheFileOfARunningSaveIsKept) {
   const std::string name = stagedName(0);
   const int running = open(name.c_str(), O_WRONLY | O_CREAT, 0600);
   ASSERT_EQ(flock(running, LOCK_EX), 0);
@@ -663,8 +668,8 @@ TEST_F(StagedFile, TheFileOfASaveThatIsRunningStays) {
 
 constexpr std::size_t kValueLength = 20000;
 
-/// Saves again and again, each time with another value, all of them of the same length.
-[[noreturn]] void saveForGood(int saver, int saves) {
+/// Saves repeatedly, each time another value of the same length.
+[[noreturn]] void saveRepeatedly(int saver, int saves) {
   for (int i = 0; i < saves; ++i) {
     Configuration store;
     fill(store, "", std::string(kValueLength, static_cast<char>('a' + (saver + i) % 26)));
@@ -673,7 +678,7 @@ constexpr std::size_t kValueLength = 20000;
   _exit(0);
 }
 
-/// The whole texts that these saves write.
+/// Returns the files that these saves write.
 Names textsOfSavers() {
   Names texts;
   for (char c = 'a'; c <= 'z'; ++c) texts.insert(savedXml(std::string(kValueLength, c)));
@@ -689,15 +694,15 @@ TEST_F(StagedFile, IsWholeWhileFourProcessesSaveAndAreKilled) {
   std::map<pid_t, int> running;
   for (int saver = 0; saver < savers; ++saver) {
     const pid_t child = fork();
-    if (child == 0) saveForGood(saver, saves);
+    if (child == 0) saveRepeatedly(saver, saves);
     running[child] = saver;
   }
   std::mt19937 random(20240305);
   const int mostKills = saves / 5;
-  int kills = 0, looks = 0, torn = 0;
+  int kills = 0, reads = 0, torn = 0;
   while (!running.empty()) {
     torn += whole.count(readFile("config.xml")) == 1 ? 0 : 1;
-    ++looks;
+    ++reads;
     if (kills < mostKills && random() % 100 == 0) {
       const auto victim = static_cast<std::ptrdiff_t>(random() % running.size());
       kills += kill(std::next(running.begin(), victim)->first, SIGKILL) == 0 ? 1 : 0;
@@ -712,17 +717,16 @@ TEST_F(StagedFile, IsWholeWhileFourProcessesSaveAndAreKilled) {
       continue;
     }
     const pid_t next = fork();
-    if (next == 0) saveForGood(saver, saves);
+    if (next == 0) saveRepeatedly(saver, saves);
     running[next] = saver;
   }
-  EXPECT_EQ(torn, 0) << "of " << looks << " looks";
+  EXPECT_EQ(torn, 0) << "of " << reads << " reads";
   EXPECT_GT(kills, 0);
   const std::size_t left = namesIn(".").size();
   EXPECT_TRUE(savesValue("", "last"));
   EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
   EXPECT_EQ(whole.count(readFile("config.xml~")), 1u);
-  std::printf("%d saves each, %d looks, %d kills, %zu files left beside\n", saves, looks, kills,
-              left - 2);
+  std::printf("%d saves each, %d reads, %d kills, %zu files left\n", saves, reads, kills, left - 2);
 }
 
 }  // namespace

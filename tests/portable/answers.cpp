@@ -1,5 +1,5 @@
-/// Prints what the functions on numbers, dates, the sky and addresses answer to many inputs, one
-/// answer a line. Every machine prints the same lines: `./check portable` compares them.
+/// Prints the results of functions on numbers, dates, the sky and addresses for many inputs, one on
+/// each line. `./check portable` compares the lines of different machines.
 #include <tokenizer.h>
 #include <zn_datetime.h>
 #include <zn_daylength.h>
@@ -19,7 +19,7 @@
 
 namespace {
 
-// Of exact arithmetic, and of formulas on the C library's sines, whose last bit is its own.
+// Exact arithmetic is printed with all digits. The last bits of sines differ between C libraries.
 constexpr int kAllDigits = 17;
 constexpr int kDigitsOfSines = 11;
 
@@ -36,7 +36,7 @@ std::string shown(const zn_lib::date_time_record& record) {
   return text + shown(record.second);
 }
 
-/// Bytes that are not printable become escapes.
+/// Escapes bytes that are not printable.
 std::string shown(const std::string& text) {
   std::string all;
   for (const char c : text) {
@@ -52,21 +52,21 @@ std::string shown(const std::string& text) {
   return all;
 }
 
-/// Without the sign of a NaN, which is the processor's own.
+/// Prints a result without the sign of a NaN, which differs between processors.
 void print(const std::string& call, std::string answer) {
   for (std::size_t at; (at = answer.find("-nan")) != std::string::npos;) answer.erase(at, 1);
   std::printf("%s = %s\n", call.c_str(), answer.c_str());
 }
 
-/// The same sequence on every machine. The order in which a call evaluates its arguments is not: no
-/// expression takes two of its values.
+/// A random sequence that is the same on every machine. No expression uses two of its values, since
+/// compilers evaluate arguments in different orders.
 class Source {
  public:
   unsigned long long bits() { return engine_(); }
   int below(int limit) { return static_cast<int>(bits() % static_cast<unsigned>(limit)); }
   int any() { return static_cast<int>(static_cast<unsigned>(bits())); }
 
-  /// One of three kinds: any bits at all, a number of few decimals, a quotient of small integers.
+  /// Returns random bits, a number with few decimals, or a quotient of small integers.
   double number() {
     switch (below(3)) {
       case 0: {
@@ -240,7 +240,7 @@ void printDates(Source& source) {
     for (const unsigned long long julian : {0ULL, 1ULL, 86399999ULL, 86400000ULL, ~0ULL, ~0ULL / 2})
       printJulian(julian);
     for (int i = 0; i < 10000; ++i) {
-      printJulian(source.bits() % 2200000000000000ULL);  // to beyond the year 65535
+      printJulian(source.bits() % 2200000000000000ULL);  // later than the year 65535
       const unsigned long long bits = source.bits();
       printJulian(bits >> source.below(64));
     }

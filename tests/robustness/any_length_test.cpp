@@ -1,7 +1,6 @@
-/// Texts of any length and any content, on a stack that nothing may recurse on: every function that
-/// takes a text answers as its header says.
-///
-/// Left out are the patterns that only the engine for regular expressions runs, and the prompts.
+/// Texts of any length and content, on a stack that is too small for recursion. Tests every
+/// function with a text argument, except for prompts and for patterns that need the engine for
+/// regular expressions.
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <pthread.h>
@@ -53,19 +52,19 @@ using Tokens = std::vector<std::string>;
 
 constexpr std::size_t kMiB = 1024 * 1024;
 
-// AddressSanitizer surrounds each variable with red zones: the engine's own frames, for the names
-// of up to 255 bytes that it is given, take several times their usual room.
+// AddressSanitizer surrounds each variable with red zones. The frames of the engine, which runs on
+// names of up to 255 bytes, are several times as large there.
 constexpr std::size_t kStackBytes = kHasAddressSanitizer ? 4 * kMiB : kMiB / 4;
 
-/// In a daily run, so long that no frame of a recursion would be small enough.
+/// Returns the length of most texts. Even in a daily run any recursion would overflow the stack.
 std::size_t longText() { return isLongRun() ? 64 * kMiB : kMiB / 4; }
 
-/// For what makes a token, and with it a string of 32 bytes, of each byte.
+/// Returns the length of texts that are split into a token, a string of 32 bytes, for each byte.
 std::size_t manyTokens() { return isLongRun() ? 16 * kMiB : kMiB / 4; }
 
 struct TextClass {
   const char* what;
-  std::string unit;  // which the text repeats
+  std::string unit;  // the text repeats it
   bool isNumber = false;
 };
 
@@ -75,13 +74,13 @@ const TextClass kClasses[] = {
     {"exponents", "e"},
     {"digits", "7", true},
     {"zeros", "0", true},
-    {"blanks", " "},
+    {"spaces", " "},
     {"tabs", "\t"},
     {"line feeds", "\n"},
     {"carriage returns", "\r"},
     {"NULs", "\0"s},
     {"a byte above 0x7F", "\xFF"},
-    {"another one", "\x80"},
+    {"a continuation byte", "\x80"},
     {"characters of two bytes", "\xC3\xA4"},
     {"dots", "."},
     {"commas", ","},
@@ -108,13 +107,13 @@ const TextClass kClasses[] = {
     {"numbers and hyphens", "1-"},
     {"letters and dots", "a."},
     {"letters and slashes", "a/"},
-    {"letters and blanks", "a "},
+    {"letters and spaces", "a "},
     {"letters and line feeds", "a\n"},
     {"NULs and letters", "\0a"s},
     {"numbers with exponents", "1e+"},
 };
 
-/// At least `length` bytes, in whole units.
+/// Returns `unit` repeated to a length of at least `length` bytes.
 std::string repeated(const std::string& unit, std::size_t length) {
   const std::size_t size = (length + unit.size() - 1) / unit.size() * unit.size();
   std::string text = unit;
@@ -127,7 +126,7 @@ void* callFunction(void* function) {
   return nullptr;
 }
 
-/// Has long texts use the memory of the ones before: most of the time would go into fresh pages.
+/// Lets the allocator keep freed memory, since most of the time would go into fresh pages.
 void keepMemory() {
 #ifdef M_ARENA_MAX
   mallopt(M_ARENA_MAX, 1);
@@ -146,8 +145,8 @@ void onSmallStack(std::function<void()> run) {
   pthread_attr_destroy(&attributes);
 }
 
-/// Calls `visit` with a text of each class and the class. What is compared is compared by "==":
-/// EXPECT_EQ would print both texts where they differ.
+/// Calls `visit` with a text of each class, and the class. `visit` compares texts by EXPECT_TRUE,
+/// since EXPECT_EQ would print them.
 template <class Visit>
 void forEveryClass(std::size_t length, Visit visit) {
   if (isLongRun()) keepMemory();
@@ -225,7 +224,7 @@ TEST(AnyLength, ReadingValues) {
     } else if (c.unit == "1e+") {
       EXPECT_EQ(value, 10.0);
     } else if (c.unit.front() == '1') {
-      // What follows it is a fraction where the locale's point is a comma.
+      // In a locale with a decimal comma the rest is a fraction.
       EXPECT_TRUE(value >= 1.0 && value < 1.2) << value;
     } else {
       EXPECT_TRUE(std::isnan(value)) << value << ": no number, or out of range";
@@ -263,7 +262,7 @@ TEST(AnyLength, Searching) {
 
 // ---- Tokens
 
-/// Pieces of `text` between the bytes of `delimiters`, `most` of them at most.
+/// Reference model of a split. Returns at most `most` pieces of `text` between `delimiters`.
 Tokens piecesOf(const std::string& text, const std::string& delimiters, std::size_t most) {
   Tokens pieces;
   std::size_t start = 0;
@@ -279,7 +278,7 @@ Tokens piecesOf(const std::string& text, const std::string& delimiters, std::siz
   return pieces;
 }
 
-/// Whether `text` is no pattern, and has no meaning within brackets either.
+/// Returns whether `text` has no operator of patterns or of bracket expressions.
 bool isPlain(const std::string& text) {
   return text.find_first_of("^$\\.*+?()[]{}|-\0"s) == std::string::npos;
 }
@@ -306,11 +305,12 @@ TEST(AnyLength, SplittingAtText) {
     EXPECT_EQ(tokenizer.splitMulti(text + "#" + text, text), 2u);
     EXPECT_TRUE(tokenizer.tokens == (Tokens{"", "#"}));
     EXPECT_EQ(tokenizer.split("#", text), 1u);
-    EXPECT_EQ(tokenizer.split("#" + c.unit, text), c.unit.size()) << "empty ones behind the first";
+    EXPECT_EQ(tokenizer.split("#" + c.unit, text), c.unit.size())
+        << "the tokens after the first are empty";
   });
 }
 
-TEST(AnyLength, TokensThemselves) {
+TEST(AnyLength, Tokens) {
   forEveryClass(longText(), [](const std::string& text, const TextClass&) {
     const zn_lib::vector_key isBefore;
     EXPECT_TRUE(isBefore(text, text + "x"));
@@ -336,7 +336,7 @@ class AnyLengthOfName : public InTemporaryDirectory {
   const Home home{kHome};
 };
 
-TEST_F(AnyLengthOfName, TakingApart) {
+TEST_F(AnyLengthOfName, Splitting) {
   forEveryClass(longText(), [](const std::string& text, const TextClass&) {
     const std::string slashed = reference::withSlashes(text);
     const reference::Parts parts = reference::split(text);
@@ -356,8 +356,8 @@ TEST_F(AnyLengthOfName, TakingApart) {
   });
 }
 
-// Names with a line break are given to the engine up to this length.
-TEST_F(AnyLengthOfName, TakingApartWithTheEngine) {
+// The engine runs on names with a line break up to this length.
+TEST_F(AnyLengthOfName, SplittingNamesWithLineBreaks) {
   constexpr std::size_t longestName = 255;
   forEveryClass(longestName - 1, [](const std::string& text, const TextClass&) {
     for (const std::string& whole : {text + "\n", "\n" + text}) {
@@ -368,7 +368,7 @@ TEST_F(AnyLengthOfName, TakingApartWithTheEngine) {
   });
 }
 
-TEST_F(AnyLengthOfName, PuttingTogether) {
+TEST_F(AnyLengthOfName, Joining) {
   forEveryClass(longText(), [](const std::string& text, const TextClass&) {
     std::string name = text;
     zn_lib::checkHomePath(name);
@@ -382,7 +382,7 @@ TEST_F(AnyLengthOfName, PuttingTogether) {
   });
 }
 
-// No file has such a name, and a text of blanks or NULs alone is no name at all.
+// No file has such a name, and whitespace or NULs alone are an empty name.
 TEST_F(AnyLengthOfName, Files) {
   writeFile("file", "x");
   forEveryClass(longText(), [](const std::string& text, const TextClass&) {
@@ -440,7 +440,7 @@ TEST_F(AnyLengthOfName, Directories) {
   EXPECT_FALSE(isThere("copy"));
 }
 
-/// The name that `sequentialFile` gives in an empty directory, where the system lists `last` last.
+/// Returns the name that `sequentialFile` makes in an empty directory whose last entry is `last`.
 std::string firstOf(const std::string& text, const std::string& last) {
   if (reference::hasLineBreak(text)) return last + "-1.";
   const reference::Parts parts = reference::split(text);
@@ -467,7 +467,7 @@ TEST_F(AnyLengthOfName, SequentialFile) {
 
 class AnyLengthOfDate : public WithDefaultDateFormat {};
 
-TEST_F(AnyLengthOfDate, ThatAreNoDates) {
+TEST_F(AnyLengthOfDate, InvalidDates) {
   constexpr unsigned long long noDate = 148699584000000;
   forEveryClass(longText(), [&](const std::string& text, const TextClass&) {
     for (const std::string& whole : {text, "2024" + text, "2024-03-05T14:07:09" + text}) {
@@ -483,7 +483,7 @@ TEST_F(AnyLengthOfDate, ThatAreNoDates) {
   });
 }
 
-TEST_F(AnyLengthOfDate, WithTheYearLast) {
+TEST_F(AnyLengthOfDate, DatesWithTheYearLast) {
   const std::string separators = "-/.,:; ";
   forEveryClass(manyTokens(), [&](const std::string& text, const TextClass&) {
     const Tokens fields = piecesOf(text, separators, 6);
@@ -500,7 +500,7 @@ TEST_F(AnyLengthOfDate, WithTheYearLast) {
   });
 }
 
-/// The outcome of `read`, by name.
+/// Returns the outcome of `read` by name.
 std::string outcomeOf(const std::function<void()>& read) {
   try {
     read();
@@ -538,7 +538,7 @@ class AnyLengthOfOutput : public testing::Test {
   ~AnyLengthOfOutput() override { zn_lib::setVerbose(false); }
 };
 
-TEST_F(AnyLengthOfOutput, IsWrittenUpToItsFirstNul) {
+TEST_F(AnyLengthOfOutput, IsWrittenUpToTheFirstNul) {
   forEveryClass(longText(), [](const std::string& text, const TextClass&) {
     const std::string printed = upToNul(text);
     CapturedStream out(std::cout);
@@ -570,7 +570,7 @@ TEST_F(AnyLengthOfOutput, ErrorCatalogs) {
   });
 }
 
-// The system takes no argument of that length; a child that it refuses ends like one that succeeds.
+// The system rejects arguments of this length. A child that cannot run its program succeeds.
 TEST(AnyLength, Programs) {
   forEveryClass(longText(), [](const std::string& text, const TextClass&) {
     EXPECT_EQ(zn_lib::childProcess(text, "", true), 0);
@@ -580,8 +580,8 @@ TEST(AnyLength, Programs) {
   });
 }
 
-// Nor a command. C libraries differ in whether that is a shell that ended or one that did not
-// start.
+// The system rejects commands of this length, too. C libraries differ in whether they report that
+// the shell cannot start.
 TEST(AnyLength, Commands) {
   forEveryClass(longText(), [](const std::string& text, const TextClass&) {
     CapturedStream err(std::cerr);
@@ -608,13 +608,13 @@ TEST_F(AnyLengthOfName, Settings) {
     store.type = text;
     CapturedStream out(std::cout);
     store.listConfiguration();
-    // The longest description sets the width, NULs counted; each of the four lines ends in it.
+    // The longest description determines the width of each of the four lines. NULs count.
     EXPECT_GE(out.text().size(), 4 * text.size());
     store.changed = false;
   });
 }
 
-/// Whether XML has a text like this as it is.
+/// Returns whether `text` stands for itself in XML.
 bool isXmlText(const std::string& text) {
   return text.find_first_of("<&\xFF\x80\0"s) == std::string::npos;
 }
@@ -632,13 +632,13 @@ TEST_F(AnyLengthOfName, SavedSettings) {
 
     zn_lib::Configuration loaded("", "store");
     EXPECT_TRUE(loaded.load());
-    // Pieces begin at the ends of blocks, too, and each loses its leading blanks.
+    // A piece begins with each block that is read, and loses its leading whitespace.
     EXPECT_TRUE(!isXmlText(text) ||
                 without(loaded.get("UPDATE").value, kWhitespace) == without(text, kWhitespace));
   });
 }
 
-TEST_F(AnyLengthOfName, StoresOfThatName) {
+TEST_F(AnyLengthOfName, NamesOfStores) {
   forEveryClass(longText(), [](const std::string& text, const TextClass&) {
     zn_lib::Configuration named("TYPE", text);
     EXPECT_TRUE(named.getConfigurationFile() == text + ".cfg");
@@ -669,7 +669,7 @@ TEST(AnyLength, Xml) {
     const std::string expected = zn_lib::replaceChar(text, '\r', '\n');
     EXPECT_TRUE(!isXmlText(text) || handler.text == expected);
 
-    // An expat with its security updates refuses to copy names of tens of MiB.
+    // With its security updates expat does not copy names of tens of MiB.
     if (parser.Create(text.c_str(), nullptr)) {
       EXPECT_EQ(parser.Parse("<a/>", true), c.unit.front() == '\0') << "an encoding";
     } else {

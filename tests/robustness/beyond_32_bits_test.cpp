@@ -1,5 +1,5 @@
-/// Sizes and times that 32 bits cannot hold. Machines of 32 bits have functions for them beside
-/// those of old, and the library uses them.
+/// Sizes and times that do not fit in 32 bits. Machines of 32 bits have separate functions for
+/// them.
 #include <gtest/gtest.h>
 #include <zn_datetime.h>
 #include <zn_error.h>
@@ -19,7 +19,7 @@ std::time_t now = 0;
 
 }  // namespace
 
-/// Stands in for the C library's clock, for the library under test too.
+/// Replaces the clock of the C library, for the library under test too.
 extern "C" __attribute__((visibility("default"))) std::time_t time(std::time_t* result) noexcept {
   if (result != nullptr) *result = now;
   return now;
@@ -27,9 +27,10 @@ extern "C" __attribute__((visibility("default"))) std::time_t time(std::time_t* 
 
 namespace {
 
-static_assert(sizeof(std::time_t) == 8 && sizeof(off_t) == 8, "the tests are built as the library");
+static_assert(sizeof(std::time_t) == 8 && sizeof(off_t) == 8,
+              "the tests must be built like the library");
 
-TEST(Clock, GoesOnAfterJanuary2038) {
+TEST(Clock, WorksAfterJanuary2038) {
   const struct {
     long long seconds;
     unsigned short year;
@@ -45,7 +46,7 @@ TEST(Clock, GoesOnAfterJanuary2038) {
 
 class LargeFiles : public InTemporaryDirectory {
  protected:
-  /// A file that begins with `text`; of its other 3 GiB, all NULs, the disk holds nothing.
+  /// Writes a sparse file of 3 GiB that begins with `text`.
   static void writeLargeFile(const std::string& name, const std::string& text) {
     writeFile(name, text);
     std::filesystem::resize_file(name, 3ULL << 30);

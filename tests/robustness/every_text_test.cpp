@@ -1,5 +1,5 @@
-/// Forms that regular expressions define, compared with the engine for regular expressions on every
-/// text: all texts up to a fixed length, then longer ones until the time is up.
+/// Compares the forms that regular expressions define with the engine for regular expressions.
+/// Tries all texts up to a fixed length, and longer texts while there is time.
 #include <gtest/gtest.h>
 #include <tokenizer.h>
 #include <zn_datetime.h>
@@ -20,6 +20,7 @@
 #include "long_run.h"
 #include "reference_dates.h"
 #include "reference_engine.h"
+#include "reference_name_parts.h"
 #include "reference_names.h"
 #include "reference_splits.h"
 #include "samples.h"
@@ -89,7 +90,7 @@ TEST(EveryText, IsNumber) {
     ASSERT_EQ(zn_lib::isNumber(text), matches(text, validNumber)) << text;
   };
   forEveryTextInTime({"validNumber", "9-+.,e", 6}, agrees);
-  forEveryTextInTime({"validNumber, strangers", "09-+.,eE x\n\0\xB2"s, 4}, agrees);
+  forEveryTextInTime({"validNumber, other bytes", "09-+.,eE x\n\0\xB2"s, 4}, agrees);
 }
 
 TEST(EveryText, RemoveQuotes) {
@@ -106,7 +107,7 @@ TEST(EveryText, ValidFormat) {
     ASSERT_EQ(address.validFormat(text), matches(text, ipv4)) << text;
   };
   forEveryTextInTime({"ipv4", "5.", 15}, agrees);
-  forEveryTextInTime({"ipv4, strangers", "05.69 \n\0"s, 5}, agrees);
+  forEveryTextInTime({"ipv4, other bytes", "05.69 \n\0"s, 5}, agrees);
 }
 
 // ---- Dates
@@ -119,41 +120,31 @@ TEST(EveryText, ParseISOdate) {
     ASSERT_EQ(reference::fieldsOf(record), reference::fieldsByPattern(text, isoDateTime)) << text;
   };
   forEveryTextInTime({"isoDateTime", "02-T: \tx\n\0\xB2"s, 4}, agrees);
-  // Few texts of that alphabet have a year in front.
-  forEveryTextInTime({"isoDateTime, behind a year", "2-T: \n", 6},
+  // Few texts of this alphabet begin with a year.
+  forEveryTextInTime({"isoDateTime after a year", "2-T: \n", 6},
                      [&](const std::string& text) { agrees("2024" + text); });
 }
 
 // ---- File names
 
 TEST(EveryText, SplitFileName) {
-  const reference::Engine lastExt = reference::engine(definitions::lastExt);
-  const reference::Engine fileSplit = reference::engine(definitions::fileSplit);
-  const auto agrees = [&](const std::string& text) {
-    const std::string slashed = reference::withSlashes(text);
-    std::smatch extension;
-    std::string stem = slashed;
-    if (std::regex_match(slashed, extension, lastExt)) stem = extension[1];
-    std::smatch split;
-    std::regex_match(stem, split, fileSplit);
-
+  const auto agrees = [](const std::string& text) {
+    const reference::DefinedParts defined = reference::splitByDefinitions(text);
     std::string name = text;
     const zn_lib::name_of_file parts = zn_lib::splitFileName(name);
-    ASSERT_EQ(parts.extension, extension.str(2)) << text;
-    ASSERT_EQ(parts.path, split.str(1)) << text;
-    ASSERT_EQ(parts.name, split.str(2)) << text;
-    ASSERT_EQ(name, slashed);
+    ASSERT_TRUE(reference::isSame(parts, defined.parts)) << text;
+    ASSERT_EQ(name, reference::withSlashes(text));
     name = text;
-    ASSERT_EQ(zn_lib::stripExtension(name), stem) << text;
+    ASSERT_EQ(zn_lib::stripExtension(name), defined.stem) << text;
   };
   forEveryTextInTime({"lastExt and fileSplit", "a./", 9}, agrees);
-  forEveryTextInTime({"lastExt and fileSplit, strangers", "a./\\~- \n\r\0\xFF"s, 4}, agrees);
+  forEveryTextInTime({"lastExt and fileSplit, other bytes", "a./\\~- \n\r\0\xFF"s, 4}, agrees);
 }
 
 class EveryName : public InTemporaryDirectory {};
 
-// In an empty directory the name alone gives the base: listing finds "." and ".." at most, which
-// these bases do not select.
+// In an empty directory the name alone determines the base, because the listing has only "." and
+// "..", which these bases do not match.
 TEST_F(EveryName, SequentialFile) {
   const reference::Engine fileseq = reference::engine(definitions::fileseq);
   const auto agrees = [&](const std::string& text) {
@@ -167,7 +158,7 @@ TEST_F(EveryName, SequentialFile) {
     ASSERT_EQ(number.empty() ? base : number, stem) << base;
   };
   forEveryTextInTime({"fileseq", "a-1", 7}, agrees);
-  forEveryTextInTime({"fileseq, strangers", "a-09,~ \xB2", 4}, agrees);
+  forEveryTextInTime({"fileseq, other bytes", "a-09,~ \xB2", 4}, agrees);
 }
 
 // ---- Tokens
@@ -195,7 +186,7 @@ TEST(EveryText, SplitMulti) {
 }
 
 TEST(EveryText, PatternsToSplitAt) {
-  // Short, since a repetition of repetitions takes the engine exponential time.
+  // The text is short, since nested repetitions take the engine exponential time.
   const std::string text =
       "aab-^$.|,\n\xFF"
       "a";

@@ -1,6 +1,6 @@
-/// A system that refuses a call, now and then or from some moment on: a disk that is full, an error
-/// of a device, no descriptors left. Every function comes back with an answer that is true to what
-/// is on the disk, and a store's settings survive.
+/// System calls that fail once or from some call on, for example because the disk is full or no
+/// descriptor is left. Every function returns a result that agrees with the files, and no setting
+/// of a store is lost.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
@@ -48,7 +48,7 @@ using Names = std::vector<std::string>;
 
 // ---- Stores
 
-/// Settings whose file takes more than one read.
+/// Adds settings whose file is longer than a single read.
 void fill(Configuration& store) {
   store.set("UPDATE", "DATE", "2024-03-05 14:07:09", "");
   store.set("first", "1");
@@ -71,7 +71,7 @@ bool beginsWith(const std::string& text, const std::string& start) {
   return text.compare(0, start.size(), start) == 0;
 }
 
-/// Whether `part` holds nothing but settings of `whole`, of values the beginning at least.
+/// Returns whether each setting in `part` is in `whole`, with the beginning of its value at least.
 bool isPartOf(const zn_lib::config_map& part, const zn_lib::config_map& whole) {
   return std::all_of(part.begin(), part.end(), [&](const auto& entry) {
     const auto found = whole.find(entry.first);
@@ -79,8 +79,8 @@ bool isPartOf(const zn_lib::config_map& part, const zn_lib::config_map& whole) {
   });
 }
 
-/// Whether a file that was written through a stream may lack a part in its midst: libc++'s streams
-/// go on behind a write that failed.
+/// Returns whether a file that is written through a stream may lack a part in the middle. The
+/// streams of libc++ continue after a failed write.
 bool mayMissAPart(const Outcome& outcome) {
 #ifdef _LIBCPP_VERSION
   return outcome.hasFailed("write");
@@ -96,7 +96,7 @@ class FailingCalls : public FaultInjection {};
 
 // ---- Settings
 
-/// What an operation on a store tells.
+/// Reports `store` and returns the answer of an operation on it.
 std::string answerOf(bool result, Configuration& store, Report& report) {
   report.setText(xmlOf(store));
   const std::string answer = trueOrFalse(result) + (store.changed ? ", changed" : "");
@@ -141,10 +141,10 @@ std::string saveByDestructor(Report& report) {
   fill(store);
   store.set("changed", "yes");
   report.setText(xmlOf(store));
-  return "not told";
+  return "not reported";
 }
 
-/// Without faults again: what the file holds is loaded, and saved with a change.
+/// Expects that without faults the store is loaded from `file`, and saved with a change.
 void checkStoreWorks(const std::optional<std::string>& file) {
   Configuration before;
   if (file == filledXml()) fill(before);
@@ -159,7 +159,7 @@ void checkStoreWorks(const std::optional<std::string>& file) {
   EXPECT_EQ(readFile("config.xml"), xmlOf(store));
 }
 
-/// What a save tells: the truth, but for failures in writing, which it does not tell.
+/// Expects that the result of a save is correct. A save does not report write errors.
 void checkAnswer(const Outcome& outcome, bool isWhole) {
   const bool isRepeatable = outcome.isRepeatable({"open", "read", "write"});
   const bool isOnDisk = !outcome.hasFailed("sync") || outcome.fault->error == EINVAL;
@@ -174,7 +174,7 @@ void checkAnswer(const Outcome& outcome, bool isWhole) {
   }
 }
 
-/// What holds after every save with a backup, where `old` was in the file.
+/// Checks a save with a backup over a file with the contents `old`.
 void checkSave(const Outcome& outcome, const std::optional<std::string>& old) {
   const Contents all = contents();
   const auto bytesOf = [&](const char* name) {
@@ -184,18 +184,18 @@ void checkSave(const Outcome& outcome, const std::optional<std::string>& old) {
   const std::optional<std::string> file = bytesOf("config.xml");
   const bool isWhole = file == outcome.ended.text;
   EXPECT_TRUE(!file || file == old || isWhole) << "torn: " << file->size() << " bytes";
-  // Where no name can be changed, the file is overwritten, and an older backup is kept.
+  // If no name can be changed, the file is overwritten and an older backup is kept.
   const bool hasFixedName = outcome.hasFailed("rename") && outcome.fault->error != EIO;
   EXPECT_TRUE(!old || file == old || bytesOf("config.xml~") == old || (hasFixedName && isWhole))
       << "the settings are lost";
-  if (outcome.answer() != "not told") checkAnswer(outcome, isWhole);
+  if (outcome.answer() != "not reported") checkAnswer(outcome, isWhole);
   if (!outcome.hasFailed("unlink")) {
     for (const auto& [name, bytes] : all) EXPECT_TRUE(beginsWith("config.xml~", name)) << name;
   }
   checkStoreWorks(file);
 }
 
-/// What holds after a save that keeps no backup, over a file and an older backup.
+/// Checks a save without a backup over a file and an older backup.
 void checkSaveWithoutBackup(const Outcome& outcome) {
   const std::string file = readFile("config.xml");
   EXPECT_TRUE(file == filledXml() || file == outcome.ended.text) << "torn: " << file.size();
@@ -203,7 +203,7 @@ void checkSaveWithoutBackup(const Outcome& outcome) {
   checkAnswer(outcome, file == outcome.ended.text);
 }
 
-/// What holds after a save that overwrites the file, since its name is fixed.
+/// Checks a save that overwrites the file, because no name can be changed.
 void checkSaveInPlace(const Outcome& outcome) {
   const std::string file = readFile("config.xml");
   EXPECT_TRUE(file == filledXml() || beginsWith(outcome.ended.text, file));
@@ -252,8 +252,8 @@ TEST_F(FailingCalls, LoadsKeepWhatTheyRead) {
     whole.changed = false;
     std::string answer = trueOrFalse(result) + (store.changed ? ", changed" : "");
     store.changed = false;
-    if (!isPartOf(store.elements, whole.elements)) return answer + ", of something else";
-    if (store.get("mine").value != "kept") return answer + ", without what was there";
+    if (!isPartOf(store.elements, whole.elements)) return answer + ", with other settings";
+    if (store.get("mine").value != "kept") return answer + ", without its own setting";
     return answer + (xmlOf(store) == xmlOf(whole) ? ", all" : "");
   };
   const Contents before = {{"config.xml", filledXml()}};
@@ -267,14 +267,14 @@ TEST_F(FailingCalls, LoadsKeepWhatTheyRead) {
                   }});
 }
 
-/// A disk that takes nothing more, for as long as the process runs.
-TEST_F(FailingCalls, SavesOnAFullDiskLeaveFileAndBackup) {
+// The disk is full as long as the process runs.
+TEST_F(FailingCalls, SavesOnAFullDiskKeepFileAndBackup) {
   const Work twentySaves = [](Report&) {
     for (int i = 0; i < 20; ++i) {
       Configuration store;
       store.load();
       store.set("changed", "yes");
-      if (!store.save() || store.changed) return std::string("told");
+      if (!store.save() || store.changed) return std::string("reported");
     }
     return std::string("true");
   };
@@ -290,7 +290,7 @@ TEST_F(FailingCalls, SavesOnAFullDiskLeaveFileAndBackup) {
 
 // ---- Whole files
 
-/// Text of lines that takes several reads and writes.
+/// Returns lines of text that need several reads and writes.
 std::string longText() {
   std::string text;
   for (int line = 0; text.size() < 9000; ++line) text += "line " + std::to_string(line) + "\n";
@@ -304,13 +304,13 @@ struct FileCase {
 };
 
 constexpr FileCase kFileCases[] = {
-    {"onto nothing", false, false},
-    {"onto nothing, to overwrite", false, true},
-    {"onto a file, to overwrite", true, true},
-    {"onto a file that is to stay", true, false},
+    {"to a new file", false, false},
+    {"to a new file, with overwrite", false, true},
+    {"to an existing file, with overwrite", true, true},
+    {"to an existing file, without overwrite", true, false},
 };
 
-/// Interrupted calls that the streams of the C++ library make again.
+// The interrupted calls that the streams of the C++ library repeat.
 #ifdef _LIBCPP_VERSION
 const Purposes kRepeatedReads = {};
 const Purposes kRepeatedWrites = {};
@@ -323,7 +323,7 @@ bool isRead(const Outcome& outcome) { return outcome.isRepeatable(kRepeatedReads
 
 bool isCopied(const Outcome& outcome) { return outcome.isRepeatable(kRepeatedWrites); }
 
-TEST_F(FailingCalls, CopiesLeaveTheSource) {
+TEST_F(FailingCalls, CopiesDoNotChangeTheSource) {
   for (const FileCase& c : kFileCases) {
     Contents before = {{"source", longText()}};
     if (c.hasTarget) before["target"] = "target's own";
@@ -353,7 +353,7 @@ TEST_F(FailingCalls, CopiesLeaveTheSource) {
   }
 }
 
-/// What holds after `from` was renamed to `to`: it has one of the names, whole.
+/// Checks that the whole file has exactly one name after it was renamed from `from` to `to`.
 void checkRenamed(const Outcome& outcome, Contents before, const std::string& from,
                   const std::string& to) {
   Contents renamed = before;
@@ -403,7 +403,7 @@ TEST_F(FailingCalls, BackupsKeepTheFile) {
 
 // ---- Printing
 
-TEST_F(FailingCalls, DumpsAreOfWhatWasRead) {
+TEST_F(FailingCalls, DumpsShowWhatWasRead) {
   const auto dumped = [](const std::string& text) {
     writeFile("file", text);
     zn_lib::setVerbose(true);
@@ -439,7 +439,7 @@ TEST_F(FailingCalls, DumpsAreOfWhatWasRead) {
        }});
 }
 
-TEST_F(FailingCalls, FilesAreReadAsFarAsTheyCanBe) {
+TEST_F(FailingCalls, FilesArePrintedUpToTheFailure) {
   const std::string text = longText();
   const std::string whole = text + "\n";
   withEveryFault({"cat",
@@ -452,13 +452,13 @@ TEST_F(FailingCalls, FilesAreReadAsFarAsTheyCanBe) {
                     const bool isPrinted = file.cat();
                     std::cout.flush();
                     file.fileClose();
-                    if (isOpen != isPrinted) return std::string("in two minds");
+                    if (isOpen != isPrinted) return std::string("open and cat disagree");
                     return trueOrFalse(isOpen);
                   },
                   [&](const Outcome& outcome) {
                     EXPECT_EQ(contents(), (Contents{{"file.txt", text}}));
                     EXPECT_EQ(outcome.answer(), trueOrFalse(!outcome.hasFailed("open")));
-                    // The line in which a read fails ends the output, with a line break.
+                    // The output ends with the line in which a read fails, and a line break.
                     std::string output = outcome.output;
                     if (!beginsWith(whole, output) && !output.empty()) output.pop_back();
                     EXPECT_TRUE(beginsWith(whole, output));
@@ -470,13 +470,14 @@ TEST_F(FailingCalls, FilesAreReadAsFarAsTheyCanBe) {
 
 // ---- Writing
 
-TEST_F(FailingCalls, WhatCouldNotBeWrittenIsTold) {
+TEST_F(FailingCalls, WriteErrorsAreReported) {
   const std::string text = longText();
   const struct {
     const char* what;
     bool append, overwrite;
-  } cases[] = {
-      {"anew", false, true}, {"over a file", false, false}, {"behind a file", true, false}};
+  } cases[] = {{"to a new file", false, true},
+               {"over a file", false, false},
+               {"at the end of a file", true, false}};
   for (const auto& c : cases) {
     const std::string before = "before\n";
     withEveryFault({c.what,
@@ -497,7 +498,7 @@ TEST_F(FailingCalls, WhatCouldNotBeWrittenIsTold) {
                       const std::string whole = kept + text + "end\n";
                       const std::string file = readFile("file.txt");
                       if (outcome.answer() == "not opened") {
-                        // To write behind a text, the stream looks for its end.
+                        // The stream seeks the end of the file to append.
                         EXPECT_TRUE(outcome.hasFailed("open") || outcome.hasFailed("lseek"));
 
                       } else if (outcome.answer() == "failed") {
@@ -517,7 +518,7 @@ TEST_F(FailingCalls, WhatCouldNotBeWrittenIsTold) {
 
 // ---- Directories
 
-TEST_F(FailingCalls, ListsHoldWhatIsThere) {
+TEST_F(FailingCalls, ListsContainExistingNamesOnly) {
   const Contents before = {{"a.txt", "1"}, {"b.txt", "2"}, {"c", "3"}, {"dir", "/"}};
   const struct {
     const char* what;
@@ -541,7 +542,7 @@ TEST_F(FailingCalls, ListsHoldWhatIsThere) {
                       const bool isPart =
                           names.front() == "mine" &&
                           std::includes(c.all.begin(), c.all.end(), names.begin() + 1, names.end());
-                      if (!isPart) return std::string("names of something else");
+                      if (!isPart) return std::string("other names");
                       return trueOrFalse(result) +
                              (names.size() == c.all.size() + 1 ? ", all" : "");
                     },
@@ -559,12 +560,12 @@ TEST_F(FailingCalls, ListsHoldWhatIsThere) {
   }
 }
 
-TEST_F(FailingCalls, CopiedDirectoriesHoldPartsOfTheSource) {
+TEST_F(FailingCalls, CopiedDirectoriesContainPartsOfTheSource) {
   const std::string text = "a line\nand another\n";
   for (const bool hasTarget : {false, true}) {
     Contents before = {{"from", "/"}, {"from/a", text}, {"from/b", "short"}, {"from/empty", ""}};
     if (hasTarget) before.insert({{"to", "/"}, {"to/b", "to's own"}});
-    withEveryFault({hasTarget ? "into a directory" : "into none", before,
+    withEveryFault({hasTarget ? "to an existing directory" : "to a new directory", before,
                     [](Report&) {
                       std::string from = "from", to = "to";
                       return trueOrFalse(zn_lib::copyDir(from, to));
@@ -593,7 +594,7 @@ TEST_F(FailingCalls, CopiedDirectoriesHoldPartsOfTheSource) {
   }
 }
 
-TEST_F(FailingCalls, NumberedNamesAreWholeOrNone) {
+TEST_F(FailingCalls, NamesAreNumberedOrUnchanged) {
   const Contents before = {{"report.txt", "1"}};
   withEveryFault({"sequentialFile", before,
                   [](Report&) {
@@ -611,10 +612,10 @@ TEST_F(FailingCalls, NumberedNamesAreWholeOrNone) {
                   }});
 }
 
-/// A directory that goes while it is read: what lists it gives some of the names that were there.
-TEST_F(FailingCalls, ADirectoryThatVanishesWhileItIsListed) {
+// A list contains some of the names of the directory.
+TEST_F(FailingCalls, ListsOfAVanishingDirectoryAreIncomplete) {
   Contents before = {{"from", "/"}};
-  const std::string longest(200, 'n');  // so that a read gives some 150 names
+  const std::string longest(200, 'n');  // so that a system call returns some 150 names
   for (int i = 0; i < 300; ++i) before["from/" + longest + std::to_string(i)] = "";
   const auto removedAtTheSecondRead = [](const Work& run) {
     int reads = 0;
@@ -635,7 +636,7 @@ TEST_F(FailingCalls, ADirectoryThatVanishesWhileItIsListed) {
     const bool result = zn_lib::listDir("from", "", true, names);
     const bool areThem = std::all_of(names.begin(), names.end(), isOneOfThem);
     const std::set<std::string> distinct(names.begin(), names.end());
-    if (!areThem || distinct.size() != names.size()) return "names of something else";
+    if (!areThem || distinct.size() != names.size()) return "other names";
     return trueOrFalse(result) + (names.empty() ? ", none" : ", some");
   });
   EXPECT_EQ(ended.status, 0);
@@ -648,12 +649,12 @@ TEST_F(FailingCalls, ADirectoryThatVanishesWhileItIsListed) {
   });
   EXPECT_EQ(ended.status, 0);
   EXPECT_EQ(ended.answer, "true");
-  EXPECT_EQ(contents(), (Contents{{"to", "/"}})) << "there is nothing to copy any more";
+  EXPECT_EQ(contents(), (Contents{{"to", "/"}})) << "no file is left to copy";
 }
 
 // ---- Catalogs, processes, the platform
 
-TEST_F(FailingCalls, CatalogsKeepWhatTheyHad) {
+TEST_F(FailingCalls, CatalogsKeepTheirEntries) {
   std::string xml = "<ERRORS>";
   for (int i = 1; i <= 100; ++i) {
     const std::string number = std::to_string(i);
@@ -671,7 +672,7 @@ TEST_F(FailingCalls, CatalogsKeepWhatTheyHad) {
                             std::next(catalog.begin()), catalog.end(), [](const auto& entry) {
                               return entry.second == "Text of " + std::to_string(entry.first);
                             });
-                    if (!arePart) return std::string("messages of something else");
+                    if (!arePart) return std::string("other messages");
                     return trueOrFalse(result) + (catalog.size() == 101 ? ", all" : "");
                   },
                   [&](const Outcome& outcome) {
@@ -693,8 +694,8 @@ TEST_F(FailingCalls, ShellCommandsRunOnceOrNotAtAll) {
                     EXPECT_TRUE(trace == "line\n" || trace.empty()) << trace;
                     if (outcome.answer() == "true") {
                       EXPECT_EQ(outcome.output, "");
-                      // A shell that cannot be started looks to the C library's `system` like one
-                      // that cannot find the command.
+                      // The C library's `system` cannot distinguish a shell that does not start
+                      // from one that does not find the command.
                       EXPECT_EQ(trace, outcome.hasFailed("clone") ? "" : "line\n");
                     } else {
                       EXPECT_EQ(outcome.answer(), "false");
@@ -703,7 +704,7 @@ TEST_F(FailingCalls, ShellCommandsRunOnceOrNotAtAll) {
                                   outcome.output == "Problem executing command\n")
                           << outcome.output;
                     }
-                    // The C library waits again after an interruption, and only then.
+                    // The C library only waits again after an interruption.
                     if (outcome.hasFailed("wait")) {
                       EXPECT_EQ(outcome.answer(), trueOrFalse(outcome.fault->error == EINTR));
                     }
@@ -728,7 +729,7 @@ TEST_F(FailingCalls, ChildrenRunOrTheProcessEnds) {
   }
 }
 
-TEST_F(FailingCalls, ASystemThatDoesNotTellIsUnknown) {
+TEST_F(FailingCalls, TheSystemIsUnknownIfUnameFails) {
   withEveryFault({"getOSName",
                   {},
                   [](Report&) { return zn_lib::getOSName(); },
@@ -740,25 +741,24 @@ TEST_F(FailingCalls, ASystemThatDoesNotTellIsUnknown) {
 
 #else
 
-TEST(FailingCalls, AreMadeOnX8664Linux) {
-  GTEST_SKIP() << "none of FailingCalls.* is built: they change the registers of x86-64";
+TEST(FailingCalls, NeedLinuxOnX8664) {
+  GTEST_SKIP() << "FailingCalls.* need x86-64, since they change its registers";
 }
 
 #endif
 
 // ---- A disk that is full
 
-/// A file system of its own for a test, small and gone with the process.
 class FullDisk : public InTemporaryDirectory {};
 
-/// Mounts a file system of 64 KiB on the working directory, for this process alone.
+/// Mounts a file system of 64 KiB on the working directory, in the mount namespace of this process.
 bool mountSmallDisk() {
   const std::string here = std::filesystem::current_path();
   return unshareMounts() && mount("none", here.c_str(), "tmpfs", 0, "size=64k") == 0 &&
          chdir(here.c_str()) == 0;
 }
 
-TEST_F(FullDisk, TwentySavesLeaveFileAndBackup) {
+TEST_F(FullDisk, TwentySavesKeepFileAndBackup) {
   const int status = statusOfChild([] {
     if (!mountSmallDisk()) _exit(kCannotPrepare);
     const Contents before = {{"config.xml", filledXml()}, {"config.xml~", "older"}};
@@ -767,7 +767,7 @@ TEST_F(FullDisk, TwentySavesLeaveFileAndBackup) {
       Configuration store;
       store.load();
       store.set("large", std::string(100000, 'x'));
-      EXPECT_TRUE(store.save()) << "a full disk is not told";
+      EXPECT_TRUE(store.save()) << "a full disk is not reported";
       EXPECT_FALSE(store.changed);
     }
     EXPECT_TRUE(contents() == before);
@@ -775,7 +775,7 @@ TEST_F(FullDisk, TwentySavesLeaveFileAndBackup) {
     store.load();
     store.set("small", "1");
     EXPECT_TRUE(store.save());
-    EXPECT_TRUE(readFile("config.xml") == xmlOf(store)) << "what fits is saved as ever";
+    EXPECT_TRUE(readFile("config.xml") == xmlOf(store)) << "settings that fit are saved";
   });
   if (status == kCannotPrepare) GTEST_SKIP() << "no file system can be mounted here";
   EXPECT_EQ(status, 0);
@@ -783,7 +783,7 @@ TEST_F(FullDisk, TwentySavesLeaveFileAndBackup) {
 
 // ---- No descriptors
 
-/// A sanitizer looks at memory by means of a pipe, and takes an object for none where it gets none.
+// UndefinedBehaviorSanitizer examines objects by means of a pipe, so it needs descriptors.
 #if defined(__has_feature)
 #if __has_feature(undefined_behavior_sanitizer)
 #define TAKES_DESCRIPTORS 1
@@ -798,26 +798,26 @@ const Contents kFiles = {{"config.xml", "<C><a x='t'>1</a></C>"},
                          {"errors.xml", "<E>" + errorXml("1", "m") + "</E>"},
                          {"script", "echo line >trace\n"}};
 
-/// `kFiles` with one more.
+/// Returns `kFiles` and one more file.
 Contents filesAnd(const std::string& name, const std::string& bytes) {
   Contents all = kFiles;
   all[name] = bytes;
   return all;
 }
 
-/// `kFiles` with the settings under the name of their backup.
+/// Returns `kFiles` with the settings moved to the name of their backup.
 Contents filesWithBackup() {
   Contents all = filesAnd("config.xml~", kFiles.at("config.xml"));
   all.erase("config.xml");
   return all;
 }
 
-/// What is done without descriptors, and succeeds with them.
-struct Opening {
+/// An operation that runs without descriptors, and then with them.
+struct DescriptorCase {
   const char* what;
   std::function<bool()> run;
-  bool succeedsWithout;
-  Contents leftWithout;
+  bool succeedsWithoutDescriptors;
+  Contents contentsWithoutDescriptors;
 };
 
 bool saves() {
@@ -874,11 +874,11 @@ bool readsCatalog() {
   return catalog.size() == 1;
 }
 
-TEST_F(Descriptors, OfWhichNoneIsLeft) {
+TEST_F(Descriptors, OperationsFailWithoutDescriptors) {
 #ifdef TAKES_DESCRIPTORS
-  GTEST_SKIP() << "the sanitizer needs descriptors of its own";
+  GTEST_SKIP() << "the sanitizer needs descriptors";
 #endif
-  const Opening openings[] = {
+  const DescriptorCase cases[] = {
       {"save", saves, false, kFiles},
       {"load", loads, false, kFiles},
       {"fileCopy", [] { return zn_lib::fileCopy("dir/f", "copy", false) && isThere("copy"); },
@@ -898,21 +898,21 @@ TEST_F(Descriptors, OfWhichNoneIsLeft) {
        [] { return zn_lib::childProcess("/bin/sh", "script", true) == 0 && isThere("trace"); },
        false, kFiles},
   };
-  for (const Opening& opening : openings) {
-    SCOPED_TRACE(opening.what);
+  for (const DescriptorCase& c : cases) {
+    SCOPED_TRACE(c.what);
     const int status = statusOfChild([&] {
-      // Programs that cannot load their libraries say so.
+      // Programs that cannot load their libraries print a message.
       dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
       makeContents(kFiles);
       bool succeeds;
       {
         const DescriptorLimit none(0);
-        succeeds = opening.run();
+        succeeds = c.run();
       }
-      EXPECT_EQ(succeeds, opening.succeedsWithout);
-      EXPECT_EQ(contents(), opening.leftWithout);
+      EXPECT_EQ(succeeds, c.succeedsWithoutDescriptors);
+      EXPECT_EQ(contents(), c.contentsWithoutDescriptors);
       makeContents(kFiles);
-      EXPECT_TRUE(opening.run()) << "descriptors are there again";
+      EXPECT_TRUE(c.run()) << "with descriptors again";
     });
     EXPECT_EQ(status, 0);
   }

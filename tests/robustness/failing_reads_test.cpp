@@ -1,5 +1,5 @@
-/// Files that cannot be read to their end: a device that vanishes, an error of the disk. What reads
-/// them returns, and takes the failure for the end of the file.
+/// Files that cannot be read to their end, for example because the disk fails. A failed read counts
+/// as the end of the file.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -23,21 +23,21 @@
 
 namespace {
 
-/// How the reads from files behave that the library under test opens.
+/// The behaviour of reads from files that the library under test opens.
 struct Reads {
   bool areWatched = false;
-  long left = LONG_MAX;   // bytes until they fail
-  std::size_t most = 0;   // bytes that one gives; 0 for all there are
-  int interruptions = 0;  // how many fail with EINTR first
-  int error = EIO;        // with which they fail
-  int failures = 0;       // how often they have
-  int calls = 0;
+  long left = LONG_MAX;   // the bytes until a read fails
+  std::size_t most = 0;   // the bytes that a read returns at most; 0 for no limit
+  int interruptions = 0;  // the number of reads that fail with EINTR first
+  int error = EIO;        // the error of a failed read
+  int failures = 0;       // the number of failed reads so far
+  int calls = 0;          // the number of reads so far
 } reads;
 
 }  // namespace
 
-// These stand before the C library's functions of these names, for the streams of the C++ library
-// and for the library under test.
+// These functions replace those of the C library, for the streams of the C++ library and for the
+// library under test.
 extern "C" {
 
 __attribute__((visibility("default"))) ssize_t read(int descriptor, void* buffer,
@@ -62,8 +62,8 @@ __attribute__((visibility("default"))) ssize_t read(int descriptor, void* buffer
   return count;
 }
 
-/// The C library does not call its own `read` by name, so the file is exchanged for a directory
-/// when it shall fail: every read of one does, with EISDIR.
+/// The C library does not call `read` by its name. To make it fail, the descriptor is redirected to
+/// a directory, which cannot be read.
 __attribute__((visibility("default"))) std::size_t fread(void* buffer, std::size_t size,
                                                          std::size_t count, std::FILE* stream) {
   static const auto next =
@@ -78,7 +78,7 @@ __attribute__((visibility("default"))) std::size_t fread(void* buffer, std::size
     const int directory = open("/", O_RDONLY | O_CLOEXEC);
     dup2(directory, fileno(stream));
     close(directory);
-    // What the stream has read ahead must not come either.
+    // The bytes that the stream has read ahead are dropped.
     char more;
     while (next(&more, 1, 1, stream) != 0) {
     }
@@ -90,7 +90,7 @@ __attribute__((visibility("default"))) std::size_t fread(void* buffer, std::size
 
 namespace {
 
-/// Has reads behave as `behaviour` says, for the time of a scope; `reads` keeps what was counted.
+/// Sets the behaviour of reads for the lifetime of the object. `reads` keeps the counters.
 class Watched {
  public:
   explicit Watched(const Reads& behaviour) {
@@ -114,14 +114,14 @@ class FailingReads : public InTemporaryDirectory {
   ~FailingReads() override { zn_lib::setVerbose(false); }
 };
 
-/// A text of lines, somewhat longer than the buffers that are read into.
+/// Returns lines of text that are longer than the buffers of any reader.
 std::string lines() {
   std::string text;
   for (int i = 0; text.size() < 100000; ++i) text += "line " + std::to_string(i) + "\n";
   return text;
 }
 
-/// What `hexDump` prints of the working directory's file `name`.
+/// Returns the output of `hexDump`.
 std::string dumped(const std::string& name, const Reads& behaviour = {}) {
   const Written text = written([&] {
     const Watched watched(behaviour);
@@ -131,7 +131,7 @@ std::string dumped(const std::string& name, const Reads& behaviour = {}) {
   return text.out;
 }
 
-/// What `cat` prints of it.
+/// Returns the output of `cat`.
 std::string printed(const std::string& name, const Reads& behaviour = {}) {
   zn_lib::ReadFile file;
   std::string copy = name;
@@ -145,17 +145,17 @@ std::string printed(const std::string& name, const Reads& behaviour = {}) {
   return text.out;
 }
 
-/// A catalog of `count` errors.
+/// Returns a catalog of `count` errors.
 std::string catalogFile(int count) {
   std::string xml = "<E>";
   for (int id = 1; id <= count; ++id) xml += errorXml(std::to_string(id), "m") + "\n";
   return xml + "</E>";
 }
 
-// ---- Errors that the system itself gives
+// ---- Errors of the system
 
-TEST_F(FailingReads, AFileThatGivesNothingButAnError) {
-  // Nothing is mapped at the beginning of a process's memory: reading there fails with EIO.
+TEST_F(FailingReads, AFileWhoseFirstReadFails) {
+  // The first page of a process is not mapped, so reading this file at its start fails with EIO.
   const std::string memory = "/proc/self/mem";
   EXPECT_NE(dumped(memory).find("\n\nffffffff \n"), std::string::npos);
   EXPECT_EQ(printed(memory), "\n");
@@ -179,7 +179,7 @@ TEST_F(FailingReads, AFileThatGivesNothingButAnError) {
 constexpr long kPlaces[] = {0,    1,    15,   16,    17,    1022,  1023,
                             1024, 8191, 8192, 50000, 65535, 65536, 65537};
 
-TEST_F(FailingReads, HexDumpEndsThere) {
+TEST_F(FailingReads, HexDumpEndsAtTheFailure) {
   const std::string text = lines();
   writeFile("a", text);
   for (const long place : kPlaces) {
@@ -191,7 +191,7 @@ TEST_F(FailingReads, HexDumpEndsThere) {
   }
 }
 
-TEST_F(FailingReads, CatEndsThere) {
+TEST_F(FailingReads, CatEndsAtTheFailure) {
   const std::string text = lines();
   writeFile("a", text);
   for (const long place : kPlaces) {
@@ -203,7 +203,7 @@ TEST_F(FailingReads, CatEndsThere) {
   }
 }
 
-TEST_F(FailingReads, CopyEndsThere) {
+TEST_F(FailingReads, CopyEndsAtTheFailure) {
   const std::string text = lines();
   writeFile("a", text);
   for (const long place : kPlaces) {
@@ -218,7 +218,7 @@ TEST_F(FailingReads, CopyEndsThere) {
   }
 }
 
-TEST_F(FailingReads, XmlIsReadToThere) {
+TEST_F(FailingReads, XmlIsReadUpToTheFailure) {
   const std::string xml = catalogFile(2000);
   const std::string settings = "<CONFIGURATION><k a='t'>" + lines() + "</k></CONFIGURATION>";
   writeFile("errors.xml", xml);
@@ -236,7 +236,7 @@ TEST_F(FailingReads, XmlIsReadToThere) {
       EXPECT_TRUE(store.load()) << place;
       EXPECT_EQ(reads.failures, 1) << place;
     }
-    // As a file that ends there.
+    // The result is that of a file that ends there.
     writeFile("whole.xml", xml.substr(0, static_cast<std::size_t>(place)));
     Catalog expected;
     zn_lib::readErrorFile("whole.xml", expected);
@@ -248,10 +248,10 @@ TEST_F(FailingReads, XmlIsReadToThere) {
   }
 }
 
-// ---- Reads that are no failures
+// ---- Short and interrupted reads
 
-/// How many reads of `size` bytes there are at the least where none gives more than `most`. The
-/// streams of libc++ call `fread`, which reads on until it has all.
+/// Returns the least number of reads for `size` bytes if each returns at most `most`. The streams
+/// of libc++ call `fread`, which repeats short reads itself.
 int fewestReads([[maybe_unused]] std::size_t size, [[maybe_unused]] std::size_t most) {
 #ifdef _LIBCPP_VERSION
   return 1;
@@ -270,9 +270,11 @@ TEST_F(FailingReads, ShortAndInterruptedReadsChangeNothing) {
     behaviour.most = most;
     behaviour.interruptions = 3;
     ASSERT_EQ(dumped("a", behaviour), dump) << most;
-    EXPECT_GT(reads.calls, fewestReads(text.size(), most)) << "this is not what reads";
+    EXPECT_GT(reads.calls, fewestReads(text.size(), most))
+        << "this function must be the one that reads";
     ASSERT_EQ(printed("a", behaviour), cat) << most;
-    EXPECT_GT(reads.calls, fewestReads(text.size(), most)) << "this is not what reads";
+    EXPECT_GT(reads.calls, fewestReads(text.size(), most))
+        << "this function must be the one that reads";
     {
       const Watched watched(behaviour);
       EXPECT_TRUE(zn_lib::fileCopy("a", "copy", true)) << most;

@@ -1,5 +1,5 @@
-/// Settings and error catalogs that are broken, or made to do harm: what was read before the fault
-/// is there, and reading them ends.
+/// Malformed and malicious settings files and error catalogs. Reading them ends and keeps what
+/// stands before the error.
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <sys/resource.h>
@@ -29,11 +29,11 @@
 namespace {
 
 using namespace std::string_literals;
-using Fields = std::map<std::string, std::string>;  // key to value|type|description
+using Fields = std::map<std::string, std::string>;  // value|type|description by key
 
 class HostileXml : public InTemporaryDirectory {};
 
-/// The settings in a file that holds `xml`.
+/// Returns the settings that are read from a file with the contents `xml`.
 Fields settingsOf(const std::string& xml) {
   writeFile("config.xml", xml);
   zn_lib::Configuration store;
@@ -49,13 +49,13 @@ Catalog catalogOf(const std::string& xml) {
   return catalog;
 }
 
-TEST_F(HostileXml, EntityBombsEndInTheParsersRefusal) {
+TEST_F(HostileXml, EntityBombsEndTheParse) {
   const std::string before = entityBomb("r") + "<r><k a='t'>v</k>";
   const std::string behind = "<n a='t'>lost</n></r>";
 
   Fields fields = settingsOf(before + "<m a='u'>w&i;</m>" + behind);
   EXPECT_EQ(fields["k"], "v|t|");
-  EXPECT_EQ(fields["m"].substr(0, 3), "wxx") << "the text so far";
+  EXPECT_EQ(fields["m"].substr(0, 3), "wxx") << "the text before the error";
   EXPECT_LT(fields["m"].size(), 100u << 20);
   EXPECT_EQ(fields.size(), 2u);
 
@@ -70,7 +70,7 @@ TEST_F(HostileXml, EntityBombsEndInTheParsersRefusal) {
   EXPECT_EQ(fields.count("n"), 0u) << "one long entity, many references";
 }
 
-TEST_F(HostileXml, EntitiesThatAreNotExpanded) {
+TEST_F(HostileXml, SomeEntitiesAreNotExpanded) {
   writeFile("secret", "secret");
   const struct {
     const char* what;
@@ -116,9 +116,9 @@ TEST_F(HostileXml, LongTokens) {
   EXPECT_EQ(settingsOf("<r><k a='t'>v</k><l a='" + token), (Fields{{"k", "v|t|"}}));
 }
 
-// ---- What it may cost
+// ---- Time and memory
 
-// AddressSanitizer keeps what was freed for a while, and looks at each access.
+// AddressSanitizer delays the reuse of freed memory and checks each access.
 constexpr double kOverhead = kHasAddressSanitizer ? 8.0 : 1.0;
 
 constexpr std::size_t kMegabyte = 1000 * 1000;
@@ -131,12 +131,12 @@ double megabytesOf(const rusage& usage) {
   return static_cast<double>(usage.ru_maxrss) * 1024 / kMegabyte;
 }
 
-/// Runs `test` in a child, which may take so many seconds of the processor and megabytes of memory.
+/// Runs `test` in a child. Expects that it takes less processor time and memory than given.
 void expectWithin(double seconds, double megabytes, const std::function<void()>& test) {
-  // What the process keeps for later would serve the child, and not be counted.
+  // Memory that this process keeps for reuse would not count for the child.
   malloc_trim(0);
   rusage kept{};
-  if (kHasAddressSanitizer) getrusage(RUSAGE_SELF, &kept);  // its memory cannot be trimmed
+  if (kHasAddressSanitizer) getrusage(RUSAGE_SELF, &kept);  // the sanitizer does not trim
   const pid_t child = fork();
   ASSERT_GE(child, 0);
   if (child == 0) {
@@ -151,10 +151,10 @@ void expectWithin(double seconds, double megabytes, const std::function<void()>&
   EXPECT_LT(megabytesOf(usage), megabytes * kOverhead + megabytesOf(kept));
 }
 
-TEST_F(HostileXml, LongTokensStayWithinTheirCost) {
-  SKIP_UNDER_EMULATOR("its own memory would count");
+TEST_F(HostileXml, LongTokensStayWithinTheirLimits) {
+  SKIP_UNDER_EMULATOR("the memory of the emulator would count");
   const std::size_t textBytes = (isLongRun() ? 100 : 4) * kMegabyte;
-  // Markup is gone over again with each block by an expat without its security updates.
+  // Without its security updates expat scans unfinished markup again with each block.
   const std::size_t markupBytes = isLongRun() ? 4 * kMegabyte : 256 * 1024;
   const struct {
     const char* what;
@@ -168,8 +168,8 @@ TEST_F(HostileXml, LongTokensStayWithinTheirCost) {
       {"an attribute", "<r><k a='t' b='", markupBytes, "'></k><n a='t'>v</n></r>", true},
       {"a tag's name", "<r><k", markupBytes, " a='t'/><n a='t'>v</n></r>", true},
       {"a comment", "<r><!--", markupBytes, "--><k a='t'/><n a='t'>v</n></r>", false},
-      {"a tag that does not end", "<r><n a='t'>v</n><k", markupBytes, "", false},
-      {"a comment that does not end", "<r><n a='t'>v</n><!--", markupBytes, "", false},
+      {"an unfinished tag", "<r><n a='t'>v</n><k", markupBytes, "", false},
+      {"an unfinished comment", "<r><n a='t'>v</n><!--", markupBytes, "", false},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
@@ -188,7 +188,7 @@ TEST_F(HostileXml, LongTokensStayWithinTheirCost) {
   }
 }
 
-TEST_F(HostileXml, BombsAndDepthStayWithinTheirCost) {
+TEST_F(HostileXml, EntityBombsAndDepthStayWithinTheirLimits) {
   expectWithin(5.0, 400.0, [] {
     settingsOf(entityBomb("r") + "<r><m a='u'>w&i;</m></r>");
     settingsOf(entityBomb("r") + "<r><m a='&i;'>w</m></r>");
@@ -202,7 +202,7 @@ TEST_F(HostileXml, BombsAndDepthStayWithinTheirCost) {
 
 // ---- Truncation
 
-/// A document in the pieces in which its parser takes it.
+/// A document in the pieces that the parser reports.
 using Tokens = std::vector<std::string>;
 
 std::string documentOf(const Tokens& tokens) {
@@ -211,9 +211,9 @@ std::string documentOf(const Tokens& tokens) {
   return document;
 }
 
-/// What is left of `tokens` in the first `length` bytes of the document: of markup that is cut,
-/// nothing; of text that is cut, the characters that are whole.
-Tokens cut(const Tokens& tokens, std::size_t length) {
+/// Returns the tokens in the first `length` bytes of the document. Markup that is cut is left out,
+/// and text that is cut keeps its complete characters.
+Tokens truncated(const Tokens& tokens, std::size_t length) {
   Tokens whole;
   for (const std::string& token : tokens) {
     if (token.size() > length) {
@@ -231,7 +231,7 @@ Tokens cut(const Tokens& tokens, std::size_t length) {
   return whole;
 }
 
-/// What the settings in `tokens` are; each key has three letters.
+/// Returns the settings in `tokens`, whose keys have three letters.
 Fields settingsIn(const Tokens& tokens) {
   Fields values;
   std::string key;
@@ -269,7 +269,8 @@ TEST_F(HostileXml, SettingsCutAtAnyByte) {
                          "\n"};
   const std::string document = documentOf(tokens);
   for (std::size_t length = 0; length <= document.size(); ++length) {
-    ASSERT_EQ(settingsOf(document.substr(0, length)), settingsIn(cut(tokens, length))) << length;
+    ASSERT_EQ(settingsOf(document.substr(0, length)), settingsIn(truncated(tokens, length)))
+        << length;
   }
 }
 
@@ -300,7 +301,7 @@ TEST_F(HostileXml, CatalogsCutAtAnyByte) {
   const std::string document = documentOf(tokens);
   for (std::size_t length = 0; length <= document.size(); ++length) {
     Catalog expected;
-    const Tokens left = cut(tokens, length);
+    const Tokens left = truncated(tokens, length);
     const auto errors = std::count(left.begin(), left.end(), "</ERROR>");
     if (errors > 0) expected[12] = "one \xC3\xBC";
     if (errors > 1) expected[-3] = "three";
@@ -308,11 +309,12 @@ TEST_F(HostileXml, CatalogsCutAtAnyByte) {
   }
 }
 
-// Of more than one block, so that a read ends within it.
+// The following documents are longer than a block, so that a block ends within them.
 
 constexpr std::size_t kBlockBytes = 8192;
 
-/// Every length of a document of `size` bytes, in a daily run one of thirteen, the last one always.
+/// Returns the lengths at which a document of `size` bytes is cut: all of them, or in a daily run
+/// every thirteenth and the last one.
 std::vector<std::size_t> lengthsUpTo(std::size_t size) {
   std::vector<std::size_t> lengths;
   for (std::size_t length = 0; length < size; length += isLongRun() ? 1 : 13) {
@@ -322,7 +324,7 @@ std::vector<std::size_t> lengthsUpTo(std::size_t size) {
   return lengths;
 }
 
-/// The token that holds the byte at `offset`.
+/// Returns the token that contains the byte at `offset`.
 std::string tokenAt(const Tokens& tokens, std::size_t offset) {
   for (const std::string& token : tokens) {
     if (offset < token.size()) return token;
@@ -331,7 +333,7 @@ std::string tokenAt(const Tokens& tokens, std::size_t offset) {
   return "";
 }
 
-/// A name of three letters.
+/// Returns a key of three letters.
 std::string keyOf(int number) {
   return "k"s + static_cast<char>('a' + number / 26) + static_cast<char>('a' + number % 26);
 }
@@ -353,9 +355,11 @@ TEST_F(HostileXml, LongSettingsCutAtAnyByte) {
   tokens.insert(tokens.end(), {"</CONFIGURATION>", "\n"});
   const std::string document = documentOf(tokens);
   ASSERT_GT(document.size(), 10000u);
-  ASSERT_EQ(tokenAt(tokens, kBlockBytes).front(), '<') << "text would come in one piece more";
+  ASSERT_EQ(tokenAt(tokens, kBlockBytes).front(), '<')
+      << "text at the end of a block would be split";
   for (const std::size_t length : lengthsUpTo(document.size())) {
-    ASSERT_EQ(settingsOf(document.substr(0, length)), settingsIn(cut(tokens, length))) << length;
+    ASSERT_EQ(settingsOf(document.substr(0, length)), settingsIn(truncated(tokens, length)))
+        << length;
   }
 }
 
@@ -372,9 +376,10 @@ TEST_F(HostileXml, LongCatalogsCutAtAnyByte) {
   tokens.push_back("</E>");
   const std::string document = documentOf(tokens);
   ASSERT_GT(document.size(), 10000u);
-  ASSERT_EQ(tokenAt(tokens, kBlockBytes).front(), '<') << "text would come in one piece more";
+  ASSERT_EQ(tokenAt(tokens, kBlockBytes).front(), '<')
+      << "text at the end of a block would be split";
   for (const std::size_t length : lengthsUpTo(document.size())) {
-    const Tokens left = cut(tokens, length);
+    const Tokens left = truncated(tokens, length);
     const auto errors = std::count(left.begin(), left.end(), "</ERROR>");
     const Catalog expected(all.begin(), std::next(all.begin(), errors));
     ASSERT_EQ(catalogOf(document.substr(0, length)), expected) << length;
@@ -383,20 +388,20 @@ TEST_F(HostileXml, LongCatalogsCutAtAnyByte) {
 
 // ---- Bytes that XML forbids
 
-TEST_F(HostileXml, BytesThatAreNoCharacters) {
+TEST_F(HostileXml, InvalidBytesEndTheParse) {
   const struct {
     const char* what;
     std::string bytes;
   } cases[] = {
       {"a byte that UTF-8 never has", "\xFF"},
-      {"a continuation alone", "\x80"},
-      {"a lead byte alone", "\xC3"},
+      {"a lone continuation byte", "\x80"},
+      {"a lone lead byte", "\xC3"},
       {"a sequence cut short", "\xE2\x82"},
-      {"two bytes where one does", "\xC0\x80"},
-      {"three bytes where one does", "\xE0\x80\x80"},
+      {"an overlong sequence of two bytes", "\xC0\x80"},
+      {"an overlong sequence of three bytes", "\xE0\x80\x80"},
       {"half a surrogate pair", "\xED\xA0\x80"},
-      {"above U+10FFFF", "\xF4\x90\x80\x80"},
-      {"five bytes", "\xF8\x88\x80\x80\x80"},
+      {"a code point above U+10FFFF", "\xF4\x90\x80\x80"},
+      {"a sequence of five bytes", "\xF8\x88\x80\x80\x80"},
       {"U+FFFF", "\xEF\xBF\xBF"},
       {"a control character", "\x01"},
       {"a NUL", "\0"s},
@@ -422,10 +427,10 @@ TEST_F(HostileXml, OtherEncodings) {
   EXPECT_EQ(settingsOf("\xEF\xBB\xBF" + xml), (Fields{{"k", "v|t|"}})) << "a byte order mark";
   EXPECT_EQ(settingsOf("<?xml version='1.0' encoding='ISO-8859-1'?><r><k a='t'>\xC3\xA4</k></r>"),
             (Fields{{"k", "\xC3\xA4|t|"}}))
-      << "UTF-8 whatever is declared";
+      << "the declared encoding is ignored";
 }
 
-TEST_F(HostileXml, RandomBytesAreRead) {
+TEST_F(HostileXml, RandomDocumentsAreReadUpToTheError) {
   std::mt19937 random(43);
   const std::string pieces[] = {"<k a='t' b='d'>",
                                 "</k>",

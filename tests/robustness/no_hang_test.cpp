@@ -1,5 +1,5 @@
-/// Files that are none, and numbers at their limits: every function answers, as its header says,
-/// and at once.
+/// Special files, and numbers at the limits of their types. Every function returns at once, with
+/// the documented result.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -53,7 +53,7 @@ void expectAtOnce(const std::function<void()>& run) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
 }
 
-/// Runs `test` in a child that permissions hold for, and that is ended when it hangs.
+/// Runs `test` in a child without root's privileges, which is killed if it hangs.
 void expectToEnd(const std::function<void()>& test) {
   constexpr unsigned patienceSeconds = 20;
   EXPECT_EQ(withoutPrivileges([&] {
@@ -208,7 +208,7 @@ bool number(const std::string& object) {
   return name.size() > 3 && name.substr(name.size() - 3) == "-1.";
 }
 
-bool takeApart(const std::string& object) {
+bool split(const std::string& object) {
   std::string name = object;
   const zn_lib::name_of_file parts = zn_lib::splitFileName(name);
   return parts.path + parts.name == object && zn_lib::stripExtension(name) == object;
@@ -253,7 +253,7 @@ const Operation kOperations[] = {
     {"changeDir", {kDirectory}, enter},
     {"createDir", {}, [](const auto& name) { return zn_lib::createDir(name); }},
     {"sequentialFile", kAll, number},
-    {"splitFileName", kAll, takeApart},
+    {"splitFileName", kAll, split},
     {"ReadFile", kReadable, readFrom},
     {"WriteFile", kWritable, [](const auto& name) { return writeTo(name, false); }},
     {"WriteFile, appending", kWritable, [](const auto& name) { return writeTo(name, true); }},
@@ -302,9 +302,8 @@ TEST_F(NoHang, OperationsOnSpecialFiles) {
   EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
 }
 
-// A pipe without a writer keeps whoever opens it waiting: that is its nature. It ends when one
-// comes.
-TEST_F(NoHang, PipesAreReadOnceThereIsAWriter) {
+// The system blocks a process that opens a pipe without a writer, until there is one.
+TEST_F(NoHang, NamedPipesAreReadOnceThereIsAWriter) {
   const std::string catalog = "<E>" + errorXml("1", "one") + "</E>";
   const struct {
     const char* what;
@@ -506,8 +505,8 @@ TEST_F(Limits, DayLength) {
         const double hours = day.compute();
         EXPECT_TRUE(std::isnan(hours) || (hours >= 0.0 && hours <= 24.0)) << hours;
         EXPECT_TRUE(std::isfinite(day.FNday()));
-        // The time grows with the count: the one count at the limit that is given an answer at
-        // once is the lowest.
+        // The time grows with the count. Of the counts at the limits only the lowest returns at
+        // once.
         EXPECT_EQ(day.cumulative(INT_MIN), 0.0);
         for (const int count : {-100, -1, 0, 1, 100}) {
           const double sum = day.cumulative(count);
@@ -541,7 +540,7 @@ TEST_F(Limits, MoonPhase) {
   }
 }
 
-std::size_t digitsBehindThePoint(const std::string& percent) {
+std::size_t decimalsOf(const std::string& percent) {
   const std::size_t point = percent.find('.');
   return point == std::string::npos ? 0 : percent.size() - point - 2;
 }
@@ -555,10 +554,10 @@ TEST_F(Limits, PercentString) {
           const std::string text = zn_lib::percentString(part, whole, decimals);
           EXPECT_EQ(text.back(), '%');
           const std::size_t digits = decimals < 0 ? 6 : static_cast<std::size_t>(decimals);
-          EXPECT_EQ(digitsBehindThePoint(text), isFinite ? digits : 0) << part << ' ' << whole;
+          EXPECT_EQ(decimalsOf(text), isFinite ? digits : 0) << part << ' ' << whole;
         });
       }
-      // Without digits there is nothing to fill up.
+      // A text without digits is not padded.
       if (!isFinite) {
         EXPECT_LT(zn_lib::percentString(part, whole, INT_MAX).size(), 6u);
       }
@@ -576,7 +575,7 @@ TEST_F(Limits, Texts) {
     EXPECT_EQ(zn_lib::replicateString("", INT_MAX), "");
     EXPECT_THROW(zn_lib::replicateChar('x', INT_MIN), std::length_error);
     EXPECT_THROW(zn_lib::replicateChar('x', -1), std::length_error);
-    EXPECT_EQ(zn_lib::replicateChar(INT_MIN, 2), "\0\0"s) << "cut to a char";
+    EXPECT_EQ(zn_lib::replicateChar(INT_MIN, 2), "\0\0"s) << "truncated to a char";
     EXPECT_EQ(zn_lib::replicateChar(INT_MAX, 2), "\xFF\xFF");
     for (const int character : {INT_MIN, -129, 128, 255, 256 + 't', INT_MAX}) {
       EXPECT_EQ(zn_lib::removeChar("text\0\xFF"s, character), "text\0\xFF"s);
@@ -622,7 +621,7 @@ TEST_F(Limits, CatalogsAndXml) {
     EXPECT_EQ(catalog.size(), std::size(kInts));
     zn_lib::ErrorEvent event;
     for (const int length : {INT_MIN, -1, 0}) EXPECT_EQ(event.skipWhiteSpace("text", length), "");
-    EXPECT_EQ(event.skipWhiteSpace(" text", INT_MAX), "text") << "up to its NUL";
+    EXPECT_EQ(event.skipWhiteSpace(" text", INT_MAX), "text") << "the text ends at its NUL";
 
     XMLParser parser(&event);
     ASSERT_TRUE(parser.Create(nullptr, nullptr));
@@ -633,10 +632,10 @@ TEST_F(Limits, CatalogsAndXml) {
   });
 }
 
-// The header has a number for each column, so that it grows with the width.
+// The header has a number for each column, so it grows with the width.
 TEST_F(NoHang, WidthsOfDumps) {
   writeFile("five", "12345");
-  // A row that the end of the file fills up has an empty line behind it.
+  // A row that the end of the file completes is followed by an empty line.
   const struct {
     int width;
     std::ptrdiff_t lines;

@@ -1,6 +1,6 @@
-/// Memory that runs out: each operation is tried with the first allocation failing, then with the
-/// second, and so on until it succeeds. std::bad_alloc may leave it. Nothing may be torn or lost by
-/// it, no file stays open, and under AddressSanitizer no memory is left behind.
+/// Allocations that fail. Each operation runs with its first allocation failing, then with its
+/// second, and so on until it succeeds. It may throw std::bad_alloc. It must keep files whole and
+/// close them, and AddressSanitizer finds leaks.
 #include <gtest/gtest.h>
 #include <tokenizer.h>
 #include <zn_datetime.h>
@@ -31,11 +31,11 @@ namespace {
 
 constexpr long kNever = -1;
 
-/// Counts allocations, and makes some fail.
+/// Counts allocations and makes some of them fail.
 struct Allocator {
   long done = 0;
-  long failing = kNever;  // the number of the first that fails
-  bool failsOnce = true;  // or for good
+  long failing = kNever;  // the number of the first allocation that fails
+  bool failsOnce = true;  // whether only that allocation fails
   bool hasFailed = false;
 
   bool refuses() {
@@ -46,8 +46,8 @@ struct Allocator {
   }
 };
 
-Allocator ours;    // operator new of the whole process
-Allocator expats;  // what parsers allocate
+Allocator ours;    // for operator new of the whole process
+Allocator expats;  // for parsers
 
 void* allocate(std::size_t size) {
   void* const memory = ours.refuses() ? nullptr : std::malloc(size == 0 ? 1 : size);
@@ -57,7 +57,7 @@ void* allocate(std::size_t size) {
 
 }  // namespace
 
-// These replace the operators in the library under test, too.
+// These operators serve the library under test, too.
 void* operator new(std::size_t size) { return allocate(size); }
 void* operator new[](std::size_t size) { return allocate(size); }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
@@ -73,7 +73,7 @@ void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); 
 void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
 void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
 
-/// Stands before expat's own function, and gives each parser memory that can fail.
+/// Replaces the function of expat, and lets the allocations of each parser fail.
 extern "C" __attribute__((visibility("default"))) XML_Parser XML_ParserCreate_MM(
     const XML_Char* encoding, const XML_Memory_Handling_Suite*, const XML_Char* separator) {
   static const auto next = nextDefinition<decltype(&XML_ParserCreate_MM)>("XML_ParserCreate_MM");
@@ -83,7 +83,7 @@ extern "C" __attribute__((visibility("default"))) XML_Parser XML_ParserCreate_MM
         return expats.refuses() ? nullptr : std::realloc(memory, size);
       },
       std::free};
-  // Of a parser that cannot be created the library makes an assertion, not a result.
+  // The library asserts that a parser can be created, so this allocation does not fail.
   const Allocator before = expats;
   expats = Allocator();
   const XML_Parser parser = next(encoding, &suite, separator);
@@ -100,18 +100,17 @@ class OutOfMemory : public InTemporaryDirectory {
 
 constexpr long kMostTries = 100000;
 
-/// Runs `run` with the first allocation of `allocator` failing, then the second, and so on, until
-/// none of it fails; each once with memory that is back afterwards, once with memory that is not.
-/// `prepare` is run before each, `check` after each, with whether `run` was let go to its end.
-/// Gives the number of allocations of a run that succeeds.
+/// Runs `run` with the first allocation of `allocator` failing, then with the second, and so on
+/// until none fails. Does so twice: with this allocation failing, and with all later ones failing
+/// too. Calls `prepare` before each run. Calls `check` after each run, with whether `run` returned.
+/// Returns the number of allocations of a run that succeeds.
 long failEach(Allocator& allocator, const std::function<void()>& prepare,
               const std::function<void()>& run, const std::function<void(bool)>& check) {
   long tries = 1;
   for (const bool once : {true, false}) {
     bool isOver = false;
     for (tries = 1; !isOver && tries < kMostTries; ++tries) {
-      SCOPED_TRACE((once ? "once, at allocation " : "for good, from allocation ") +
-                   std::to_string(tries));
+      SCOPED_TRACE((once ? "at allocation " : "from allocation ") + std::to_string(tries));
       prepare();
       const int descriptor = nextDescriptor();
       bool wasThrown = false;
@@ -126,7 +125,7 @@ long failEach(Allocator& allocator, const std::function<void()>& prepare,
       isOver = !allocator.hasFailed;
       allocator = Allocator();
       EXPECT_FALSE(isOver && wasThrown);
-      EXPECT_EQ(nextDescriptor(), descriptor) << "a file was left open";
+      EXPECT_EQ(nextDescriptor(), descriptor) << "a file is left open";
       check(!wasThrown);
       if (testing::Test::HasFailure()) return 0;
     }
@@ -163,7 +162,7 @@ TEST(Allocators, ReachTheLibrary) {
 
 // ---- Settings
 
-/// Texts that are long enough to be allocated.
+/// Returns a file of settings whose texts are long enough to be allocated.
 std::string settingsFile(int count) {
   std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CONFIGURATION type='T'>\n";
   for (int i = 0; i < count; ++i) {
@@ -194,7 +193,7 @@ TEST_F(OutOfMemory, Load) {
           for (const auto& [key, fields] : values) {
             EXPECT_EQ(all.count(key), 1u) << key;
           }
-          EXPECT_TRUE(store.load()) << "and the next one works";
+          EXPECT_TRUE(store.load()) << "the next load succeeds";
           EXPECT_EQ(fieldsOf(store.elements), all);
         });
     EXPECT_GT(count, 1);
@@ -203,8 +202,8 @@ TEST_F(OutOfMemory, Load) {
 
 const std::string kLongFile = "a-store-with-a-name-that-takes-memory.xml";
 
-/// Tries `save` on a store with `backup`, where `change` runs it.
-void saveWithout(bool backup, const std::function<void(zn_lib::Configuration&)>& save) {
+/// Runs `save` on a changed store with each of its allocations failing.
+void saveWithFailures(bool backup, const std::function<void(zn_lib::Configuration&)>& save) {
   const std::string older = settingsFile(1);
   const std::string old = settingsFile(2);
   std::string whole;
@@ -231,7 +230,7 @@ void saveWithout(bool backup, const std::function<void(zn_lib::Configuration&)>&
   const long count = failEach(
       ours, prepare,
       [&] {
-        // What the store is made of is not what is tried here.
+        // Only the allocations of the save fail, not those of the store.
         const Allocator wanted = std::exchange(ours, Allocator());
         zn_lib::Configuration store;
         makeStore(store);
@@ -241,7 +240,7 @@ void saveWithout(bool backup, const std::function<void(zn_lib::Configuration&)>&
         store.changed = false;
       },
       [&](bool) {
-        EXPECT_FALSE(zn_lib::isUseTime()) << "the setting is not restored";
+        EXPECT_FALSE(zn_lib::isUseTime()) << "the setting must be restored";
         const std::string file = readFile(kLongFile);
         const std::string kept = readFile(kLongFile + "~");
         const bool isNew = file == whole;
@@ -255,8 +254,8 @@ void saveWithout(bool backup, const std::function<void(zn_lib::Configuration&)>&
   EXPECT_GT(count, 0);
 }
 
-TEST_F(OutOfMemory, SaveWithABackupTearsNothing) {
-  saveWithout(true, [](zn_lib::Configuration& store) {
+TEST_F(OutOfMemory, SaveKeepsFileAndBackupWhole) {
+  saveWithFailures(true, [](zn_lib::Configuration& store) {
     try {
       EXPECT_TRUE(store.save());
       EXPECT_FALSE(store.changed);
@@ -268,7 +267,7 @@ TEST_F(OutOfMemory, SaveWithABackupTearsNothing) {
 }
 
 TEST_F(OutOfMemory, TheDestructorNeverThrows) {
-  saveWithout(true, [](zn_lib::Configuration& store) {
+  saveWithFailures(true, [](zn_lib::Configuration& store) {
     const Allocator wanted = std::exchange(ours, Allocator());
     auto* const doomed = new zn_lib::Configuration(store);
     ours = wanted;
@@ -335,7 +334,7 @@ TEST_F(OutOfMemory, ParseFile) {
             EXPECT_EQ(catalog.size(), 5u);
           }
           for (const auto& [id, message] : catalog) {
-            // The entry may be there before its text.
+            // An entry may exist before its text.
             EXPECT_TRUE(message.empty() || message == kLong + std::to_string(id)) << message;
           }
         });
@@ -377,7 +376,7 @@ TEST_F(OutOfMemory, Split) {
   } cases[] = {
       {"at characters", &zn_lib::Tokenizer::split, ",;"},
 #ifndef _LIBCPP_VERSION
-      // libc++'s engine frees some memory twice when it runs out of it.
+      // The engine of libc++ frees memory twice if an allocation fails.
       {"at a set", &zn_lib::Tokenizer::split, "+-<"},
       {"at a pattern", &zn_lib::Tokenizer::splitMulti, "[,;]"},
 #endif
@@ -398,7 +397,7 @@ TEST_F(OutOfMemory, ListDir) {
   for (int i = 0; i < 20; ++i) writeFile("a_file_with_a_long_name_" + std::to_string(i), "");
   std::vector<std::string> filters = {"", "name", "<dir>"};
 #ifndef _LIBCPP_VERSION
-  // libc++'s engine frees some memory twice when it runs out of it.
+  // The engine of libc++ frees memory twice if an allocation fails.
   filters.emplace_back("n[a-z]m?e_1+$");
 #endif
   for (const std::string& filter : filters) {

@@ -1,5 +1,5 @@
-/// What adds up: settings that are saved while the process is killed, descriptors and memory over
-/// many calls, children under every handling of SIGCHLD, sums of as many terms as an int can count.
+/// Effects that show after many repetitions: saves that are killed, leaks of descriptors, memory
+/// and child processes, and sums of as many terms as an int can count.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
@@ -66,9 +66,9 @@ class Soak : public InTemporaryDirectory {
   ~Soak() override { zn_lib::setVerbose(false); }
 };
 
-// ---- Children under every handling of SIGCHLD
+// ---- Children with every handling of SIGCHLD
 
-// These come first, while the process is small and quick to copy.
+// These tests come first, while the process is small and quick to fork.
 
 volatile std::sig_atomic_t reapedByHandler;
 
@@ -89,8 +89,8 @@ off_t sizeOf(const char* name) {
   return stat(name, &status) == 0 ? status.st_size : 0;
 }
 
-/// Collects what goes wrong in a process that has no test to report to.
-class Complaints {
+/// Collects failures in a process that has no test to report to.
+class Failures {
  public:
   template <class Answer>
   void unless(bool right, const char* what, const Answer& answer) {
@@ -103,7 +103,7 @@ class Complaints {
   std::ostringstream text_;
 };
 
-/// Reaps this process's children when they have ended, but for those that others reap meanwhile.
+/// Waits for all children of this process. Returns how many of them it reaps itself.
 int reapTheRest() {
   int reaped = 0;
   for (;;) {
@@ -117,39 +117,40 @@ int reapTheRest() {
 
 bool hasNoChild() { return waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD; }
 
-/// Runs `count` children of each kind. Each program adds a byte to the file that is its argument.
-std::string complaintsAbout(const Handling& handling, const std::string& program, int count) {
+/// Runs `count` children of each kind. Returns the failures. `program` appends a byte to the file
+/// that is its argument.
+std::string failuresWith(const Handling& handling, const std::string& program, int count) {
   const bool isIgnored = handling.handler == SIG_IGN;
-  Complaints complain;
+  Failures failures;
   for (int i = 0; i < count; ++i) {
     const int answer = zn_lib::childProcess(program, "waited", true);
-    complain.unless(answer == 0, "childProcess that waits", answer);
-    complain.unless(sizeOf("waited") == i + 1, "programs that ended", sizeOf("waited"));
-    // Its child ends by itself, with a copy of what is buffered.
+    failures.unless(answer == 0, "childProcess that waits", answer);
+    failures.unless(sizeOf("waited") == i + 1, "programs that ended", sizeOf("waited"));
+    // The child of this call exits with a copy of the buffered output.
     zn_lib::childProcess("/missing/program", "", true);
   }
-  complain.unless(hasNoChild(), "after waiting", "a child was left");
+  failures.unless(hasNoChild(), "after waiting", "a child was left");
 
   for (int i = 0; i < count; ++i) {
     const bool answer = zn_lib::execShell("printf x >> shell");
-    complain.unless(answer != isIgnored, "execShell", answer);
+    failures.unless(answer != isIgnored, "execShell", answer);
   }
-  complain.unless(hasNoChild(), "after commands", "a child was left");
-  complain.unless(isIgnored || sizeOf("shell") == count, "commands that ended", sizeOf("shell"));
+  failures.unless(hasNoChild(), "after commands", "a child was left");
+  failures.unless(isIgnored || sizeOf("shell") == count, "commands that ended", sizeOf("shell"));
 
   reapedByHandler = 0;
   for (int i = 0; i < count; ++i) {
     const int answer = zn_lib::childProcess(program, "unwaited", false);
-    complain.unless(answer == 0, "childProcess that does not wait", answer);
+    failures.unless(answer == 0, "childProcess that does not wait", answer);
   }
   int reaped = reapTheRest();
   reaped += reapedByHandler;
-  complain.unless(reaped == (isIgnored ? 0 : count), "children for the host to reap", reaped);
-  complain.unless(sizeOf("unwaited") == count, "programs that ran on", sizeOf("unwaited"));
-  return complain.text();
+  failures.unless(reaped == (isIgnored ? 0 : count), "children for the host to reap", reaped);
+  failures.unless(sizeOf("unwaited") == count, "programs that ran on", sizeOf("unwaited"));
+  return failures.text();
 }
 
-/// The same in a process of its own, with output that is buffered all the while. Ends the process.
+/// Runs children while output is buffered, writes the failures to a file, and exits.
 [[noreturn]] void runChildren(const Handling& handling, const std::string& program, int count) {
   constexpr unsigned int longestSeconds = 300;
   alarm(longestSeconds);
@@ -162,18 +163,18 @@ std::string complaintsAbout(const Handling& handling, const std::string& program
 
   std::cout << "of the stream,";
   std::fputs("of the file", stdout);
-  const std::string complaints = complaintsAbout(handling, program, count);
+  const std::string failures = failuresWith(handling, program, count);
   std::cout.flush();
   std::fflush(stdout);
-  writeFile("complaints", complaints);
+  writeFile("failures", failures);
   _exit(0);
 }
 
-TEST_F(Soak, ChildrenUnderEveryHandlingOfTheirSignal) {
+TEST_F(Soak, ChildrenWithEveryHandlingOfSigchld) {
   const std::string program = directory / "program";
   writeFile(program, "#!/bin/sh\nprintf x >> \"$1\"\n");
   chmod(program.c_str(), 0700);
-  const int count = isLongRun() ? 250 : 25;  // of each of the four kinds
+  const int count = isLongRun() ? 250 : 25;  // of each of four kinds
   std::string refusals;
   for (int i = 0; i < count; ++i) refusals += "No command processor available\n";
 
@@ -185,14 +186,14 @@ TEST_F(Soak, ChildrenUnderEveryHandlingOfTheirSignal) {
   };
   for (const Handling& handling : handlings) {
     const Clock::time_point start = Clock::now();
-    for (const char* name : {"waited", "shell", "unwaited", "complaints"}) std::remove(name);
+    for (const char* name : {"waited", "shell", "unwaited", "failures"}) std::remove(name);
     std::cout.flush();
     std::fflush(nullptr);
     const pid_t host = fork();
     if (host == 0) runChildren(handling, program, count);
     EXPECT_EQ(waitForExit(host), 0) << handling.what;
-    EXPECT_TRUE(isThere("complaints")) << handling.what;
-    EXPECT_EQ(readFile("complaints"), "") << handling.what;
+    EXPECT_TRUE(isThere("failures")) << handling.what;
+    EXPECT_EQ(readFile("failures"), "") << handling.what;
     EXPECT_EQ(readFile("out"), "of the stream,of the file") << handling.what;
     EXPECT_EQ(readFile("err"), handling.handler == SIG_IGN ? refusals : "") << handling.what;
     std::printf("SIGCHLD %-32s %8d children %5.3f s\n", handling.what, 4 * count,
@@ -200,16 +201,16 @@ TEST_F(Soak, ChildrenUnderEveryHandlingOfTheirSignal) {
   }
 }
 
-// ---- Settings, saved while the process is killed
+// ---- Saves that are killed
 
-/// What a saving process tells of itself, in memory that outlives it.
+/// The progress of a process that saves.
 struct Progress {
-  std::atomic<long> started;  ///< the generation that was last begun to be saved
-  std::atomic<long> saved;    ///< the generation that was last saved
+  std::atomic<long> started;  ///< the generation whose save was started last
+  std::atomic<long> saved;    ///< the generation whose save was completed last
   std::atomic<long> saves;
 };
 
-/// `Progress` in memory that child processes share.
+/// Progress in shared memory, which survives the process.
 class SharedProgress {
  public:
   SharedProgress()
@@ -229,12 +230,12 @@ class SharedProgress {
   Progress* progress_;
 };
 
-/// A file of settings that all have the same value: the generation that they were saved in.
+/// A store whose settings all have the same value, the generation. Each save starts a new one.
 class Series {
  public:
   Series(const std::string& name, int entries) : name_(name), entries_(entries) { restart(); }
 
-  /// Loads, sets and saves the next generation; false where that goes wrong.
+  /// Loads the store, and sets and saves the next generation. Returns whether that succeeds.
   bool saveNext() const {
     zn_lib::Configuration store("SOAK", name_);
     store.load();
@@ -242,7 +243,7 @@ class Series {
     return saveNextOf(store);
   }
 
-  /// Saves in a process of its own until that is killed; false when it ended by itself.
+  /// Saves in a child until it is killed. Returns false if the child ends by itself.
   bool saveUntilKilled(std::mt19937& random) const {
     const pid_t child = fork();
     if (child == 0) {
@@ -256,8 +257,8 @@ class Series {
     return waitForExit(child) == kSignalled + SIGKILL;
   }
 
-  /// Whether the file holds a generation as a whole, and none before the one that was last saved.
-  /// Goes on with that one; starts again where there is none.
+  /// Returns whether the file holds a complete generation that is not older than the one saved
+  /// last. Continues from this generation, or from an empty store if there is none.
   bool isKept() {
     zn_lib::Configuration store("SOAK", name_);
     store.load();
@@ -271,7 +272,7 @@ class Series {
     return kept;
   }
 
-  /// Removes what killed saves left beside the file and its backup, and gives their number.
+  /// Removes the files that killed saves left, and returns their number.
   int removeLeftovers() const {
     const std::string file = name_ + ".cfg";
     std::vector<std::string> names;
@@ -288,7 +289,7 @@ class Series {
  private:
   static std::string keyOf(int entry) { return "key" + std::to_string(entry); }
 
-  /// The generation that `store` holds, -1 unless it is there as a whole.
+  /// Returns the generation of `store`, and -1 if the store is not complete.
   long generationIn(zn_lib::Configuration& store) const {
     const std::string value = store.get(keyOf(0)).value;
     for (int i = 0; i < entries_; ++i) {
@@ -309,8 +310,8 @@ class Series {
     return true;
   }
 
-  /// Begins with an empty store, and finds a time in which a killed process may have saved nothing,
-  /// something or much.
+  /// Starts from an empty store. Measures a save, so that children are killed during their first
+  /// save or after some.
   void restart() {
     zn_lib::Configuration store("SOAK", name_);
     const Clock::time_point start = Clock::now();
@@ -328,7 +329,7 @@ class Series {
   useconds_t longestLife_ = kUsualLife;
 };
 
-TEST_F(Soak, SavesThatAreKilledLoseNothing) {
+TEST_F(Soak, KilledSavesLoseNothing) {
   Series series[] = {{"one", 1}, {"fifty", 50}, {"thousands", 2000}};
   std::mt19937 random(20240305);
   int cycles = 0, kills = 0, losses = 0, leftovers = 0;
@@ -340,9 +341,8 @@ TEST_F(Soak, SavesThatAreKilledLoseNothing) {
     losses += one.isKept() ? 0 : 1;
     leftovers += one.removeLeftovers();
   }
-  std::printf("cycles: %d, saves: %ld, %ld, %ld, kills: %d, losses: %d, files left beside: %d\n",
-              cycles, series[0].saves(), series[1].saves(), series[2].saves(), kills, losses,
-              leftovers);
+  std::printf("cycles: %d, saves: %ld, %ld, %ld, kills: %d, losses: %d, files left: %d\n", cycles,
+              series[0].saves(), series[1].saves(), series[2].saves(), kills, losses, leftovers);
   EXPECT_EQ(losses, 0);
   EXPECT_EQ(kills, cycles) << "a process ended by itself";
   constexpr long savesOfStart = 2;
@@ -361,11 +361,11 @@ int openDescriptors() {
 
 struct Call {
   const char* what;
-  /// Calls and tells whether the answer is the documented one.
+  /// Calls the function. Returns whether its result is the documented one.
   std::function<bool()> run;
 };
 
-/// Whether `run` throws a `Failure`.
+/// Returns whether `run` throws a `Failure`.
 template <class Failure, class Run>
 bool throws(Run run) {
   try {
@@ -376,13 +376,13 @@ bool throws(Run run) {
   }
 }
 
-/// A call whose answer is `expected`, always.
+/// Returns a call whose result is always `expected`.
 template <class Answer, class Run>
 Call equal(const char* what, const Answer& expected, Run run) {
   return {what, [expected, run] { return run() == expected; }};
 }
 
-/// A call that answers nothing but in its effects.
+/// Returns a call without a result.
 template <class Run>
 Call silent(const char* what, Run run) {
   return {what, [run] {
@@ -391,27 +391,27 @@ Call silent(const char* what, Run run) {
           }};
 }
 
-/// Ends a series of calls at their number, or when its time is over.
+/// The limits of a series of calls.
 struct Length {
   int calls;
   std::chrono::milliseconds longest;
 };
 
-/// The bytes that an allocator may keep of a whole series of calls.
+/// The number of bytes that the allocator may keep after a series of calls.
 constexpr long kSlack = 256;
 
 struct Usage {
   int calls = 0;
   int wrong = 0;
   double seconds = 0.0;
-  int descriptors = 0;  ///< how many more are open afterwards
-  long bytes = 0;       ///< how many more are allocated
+  int descriptors = 0;  ///< opened and not closed
+  long bytes = 0;       ///< allocated and not freed
 };
 
 Usage repeat(const Call& call, const Length& length) {
   Usage usage;
-  constexpr int untilAllIsWarm = 20;
-  for (int i = 0; i < untilAllIsWarm; ++i) usage.wrong += call.run() ? 0 : 1;
+  constexpr int warmUpCalls = 20;
+  for (int i = 0; i < warmUpCalls; ++i) usage.wrong += call.run() ? 0 : 1;
   const int descriptors = openDescriptors();
   const std::size_t bytes = bytesInUse();
   const Clock::time_point start = Clock::now();
@@ -425,9 +425,9 @@ Usage repeat(const Call& call, const Length& length) {
   return usage;
 }
 
-/// Repeats each call, and expects that nothing is left of it.
+/// Repeats each call, and expects no leak of descriptors or memory.
 void expectNothingLeft(const std::vector<Call>& calls, const Length& length) {
-  const bool isCounted = bytesAreCounted();
+  const bool canCount = bytesAreCounted();
   writeFile("answer", "yes\n");
   std::vector<Usage> usages;
   {
@@ -444,9 +444,9 @@ void expectNothingLeft(const std::vector<Call>& calls, const Length& length) {
     std::printf("%-40s %8d calls %8.3f s\n", calls[i].what, usage.calls, usage.seconds);
     EXPECT_EQ(usage.wrong, 0) << calls[i].what;
     EXPECT_EQ(usage.descriptors, 0) << calls[i].what;
-    EXPECT_TRUE(!isCounted || usage.bytes <= kSlack) << calls[i].what << " left " << usage.bytes;
+    EXPECT_TRUE(!canCount || usage.bytes <= kSlack) << calls[i].what << " left " << usage.bytes;
   }
-  if (!isCounted) GTEST_SKIP() << "this program's allocator does not count what is in use";
+  if (!canCount) GTEST_SKIP() << "the allocator of this program does not count bytes in use";
 }
 
 Length lengthOf(int daily, int longRun) {
@@ -619,7 +619,7 @@ TEST_F(Soak, FilesAreClosedUnderFewDescriptors) {
 
 // ---- Processes
 
-TEST_F(Soak, ProcessesLeaveNothing) {
+TEST_F(Soak, ProcessesAreReaped) {
   expectNothingLeft(
       {
           {"childProcess, waited for",
@@ -635,7 +635,7 @@ TEST_F(Soak, ProcessesLeaveNothing) {
                   : Length{50, std::chrono::milliseconds(1000)});
 }
 
-/// Whether a parser takes `document` for well-formed.
+/// Returns whether `document` is well-formed and has the expected elements.
 bool isParsed(const std::string& document) {
   XmlOutline outline;
   XMLParser parser(&outline);
@@ -646,7 +646,7 @@ bool isParsed(const std::string& document) {
   return parsed && outline.text == "abv";
 }
 
-/// Longer than the texts that a string keeps in itself.
+// Longer than the texts that a string stores without allocation.
 const std::string kText = "  A text that is long enough for memory of its own, 'quoted'.  ";
 const std::string kTrimmed = kText.substr(2, kText.size() - 4);
 constexpr unsigned long long kJulian = 212576407629000;
@@ -865,10 +865,10 @@ TEST_F(Soak, MemoryIsFreed) {
                     lengthOf(20000, 1000000));
 }
 
-// ---- Sums to the largest count
+// ---- Sums with the largest count
 
-TEST(SumOfDayLengths, EndsAfterItsCountOfSteps) {
-  // On the equator, each day has twelve hours to the last bit.
+TEST(SumOfDayLengths, TakesTheLargestNumberOfSteps) {
+  // On the equator each day has exactly twelve hours.
   constexpr double hours = 12.0;
   const int largest = isLongRun() ? std::numeric_limits<int>::max() : 100000;
   for (const int count : {largest, -largest}) {

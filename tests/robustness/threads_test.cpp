@@ -1,5 +1,5 @@
-/// What threads may call at the same time, and what a host serialises. Fails by wrong answers, and
-/// under ThreadSanitizer by any access that is not in order.
+/// Functions that threads may call at the same time, and functions that a host must serialise. A
+/// wrong answer fails a test, and so does a data race under ThreadSanitizer.
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -51,8 +51,8 @@ namespace {
 constexpr int kThreads = 8;
 constexpr int kRounds = 200;
 
-/// What one thread calls the library with. No two threads have the same, so that what leaks from
-/// one into another changes an answer.
+/// The arguments of one thread. They differ between threads, so that state shared by difference
+/// changes an answer.
 struct Own {
   int number;
   std::string word;
@@ -98,13 +98,13 @@ std::string answers(const Answers&... all) {
   return (std::string() + ... + ('[' + shown(all) + ']'));
 }
 
-/// One call, or a few of a kind, as a text of all that they answer.
+/// A few calls of a kind, whose results are joined into one text.
 struct Call {
   const char* what;
   std::function<std::string(const Own&)> answer;
 };
 
-// ---- What keeps no state
+// ---- Stateless functions
 
 std::string trimAndConvert(const Own& own) {
   const std::string text = " \t" + own.word + " Ab 'c' \r\n";
@@ -270,7 +270,7 @@ std::string useSettings(const Own& own) {
   const std::string described = store.get("added").describe;
   const std::string values = answers(store.get("word").value, store.get("added").value,
                                      store.get("typed").type, store.get("missing").type);
-  // The destructor would save it, which is not for threads.
+  // Threads must not save at the same time, so the destructor must not.
   store.changed = false;
   return answers(loaded, described, values, store.getConfigurationFile());
 }
@@ -278,12 +278,12 @@ std::string useSettings(const Own& own) {
 std::string computeDates(const Own& own) {
   const auto day = static_cast<unsigned short>(own.number + 1);
   zn_lib::date_time_record date{day, 3, 2024, 14, 7, 9.25};
-  zn_lib::date_time_record blank = date;
-  zn_lib::resetDateTime(blank);
+  zn_lib::date_time_record noon = date;
+  zn_lib::resetDateTime(noon);
   zn_lib::date_time_record repaired{40, 15, 2023, 0, 0, 0.0};
   zn_lib::validDate(repaired);
   const unsigned long long julian = zn_lib::dateToJulian(date);
-  return answers(blank, repaired, zn_lib::isValidDate(day, 2, 2023), zn_lib::isValidDateTime(date),
+  return answers(noon, repaired, zn_lib::isValidDate(day, 2, 2023), zn_lib::isValidDateTime(date),
                  zn_lib::getMonthDays(day), zn_lib::getDayOfYear(date),
                  zn_lib::getDayOfYear(day, 3, 2024), zn_lib::getAstronomicDay(date),
                  zn_lib::getAstronomicDay(day, 3, 2024), zn_lib::getMonthNumber("Sept"),
@@ -367,7 +367,7 @@ const std::vector<Call> kStateless = {
     {"platform", askThePlatform},
 };
 
-// ---- What belongs to the whole process
+// ---- Functions with process-wide state
 
 std::string talk(const Own& own) {
   zn_lib::setVerbose(own.number % 2 == 0);
@@ -456,9 +456,9 @@ const std::vector<Call> kSerialised = {
     {"Configuration::save", saveSettings},
 };
 
-// ---- Running them
+// ---- Threads
 
-/// Holds threads back until all have come.
+/// Holds threads back until all have arrived.
 class StartingLine {
  public:
   explicit StartingLine(int runners) : missing_(runners) {}
@@ -494,7 +494,7 @@ std::vector<std::string> answersOf(const std::vector<Call>& calls, const Own& ow
   return all;
 }
 
-/// Gives each thread what no other has.
+/// Gives each thread arguments and a directory of its own.
 class Threads : public InTemporaryDirectory {
  protected:
   Threads() {
@@ -502,25 +502,25 @@ class Threads : public InTemporaryDirectory {
     for (int i = 0; i < kThreads; ++i) {
       const std::string word(static_cast<std::size_t>(3 * i + 2), static_cast<char>('a' + i));
       owns_.push_back({i, word, directory.string() + "/" + word});
-      furnish(owns_.back());
+      prepare(owns_.back());
     }
   }
 
-  /// Calls everything in every thread and compares with what one thread alone was answered before.
+  /// Runs all calls in every thread, and compares their answers with those of a single thread.
   void expectTheAnswersOfOneThread(const std::vector<Call>& calls, int rounds) {
     std::vector<std::vector<std::string>> expected;
     for (const Own& own : owns_) expected.push_back(answersOf(calls, own));
 
-    std::vector<std::string> mistakes(kThreads);
+    std::vector<std::string> differences(kThreads);
     inEachThread([&](int thread) {
       const auto i = static_cast<std::size_t>(thread);
-      mistakes[i] = firstMistake(calls, owns_[i], expected[i], rounds);
+      differences[i] = firstDifference(calls, owns_[i], expected[i], rounds);
     });
-    for (const std::string& mistake : mistakes) EXPECT_EQ(mistake, "");
+    for (const std::string& difference : differences) EXPECT_EQ(difference, "");
   }
 
  private:
-  static void furnish(const Own& own) {
+  static void prepare(const Own& own) {
     std::filesystem::create_directories(own.file("inner"));
     writeFile(own.file("inner/note"), own.word);
     writeFile(own.file("report.txt"), "report of " + own.word);
@@ -532,8 +532,8 @@ class Threads : public InTemporaryDirectory {
   }
 
   /// All threads make the same call in even rounds, and different ones in odd rounds.
-  static std::string firstMistake(const std::vector<Call>& calls, const Own& own,
-                                  const std::vector<std::string>& expected, int rounds) {
+  static std::string firstDifference(const std::vector<Call>& calls, const Own& own,
+                                     const std::vector<std::string>& expected, int rounds) {
     for (int round = 0; round < rounds; ++round) {
       const auto shift = static_cast<std::size_t>(round % 2 == 0 ? 0 : own.number * 3);
       for (std::size_t i = 0; i < calls.size(); ++i) {
@@ -549,7 +549,7 @@ class Threads : public InTemporaryDirectory {
   std::vector<Own> owns_;
 };
 
-TEST_F(Threads, MayCallAtTheSameTimeWhatKeepsNoState) {
+TEST_F(Threads, MayCallStatelessFunctionsAtTheSameTime) {
   expectTheAnswersOfOneThread(kStateless, kRounds);
 }
 
@@ -559,7 +559,7 @@ int count(const std::string& text, const std::string& searched) {
   return found;
 }
 
-TEST_F(Threads, MayCallInTurnWhatBelongsToTheProcess) {
+TEST_F(Threads, MayCallFunctionsWithSharedStateInTurn) {
   constexpr int rounds = 25;
   const RedirectedDescriptor input(STDIN_FILENO, "/dev/null", O_RDONLY);
   std::mutex turn;
@@ -572,13 +572,13 @@ TEST_F(Threads, MayCallInTurnWhatBelongsToTheProcess) {
   }
   const Written text = written([&] { expectTheAnswersOfOneThread(inTurn, rounds); });
 
-  // One thread alone came before.
+  // A single thread makes the calls once before.
   constexpr int times = kThreads * (rounds + 1);
   EXPECT_EQ(count(text.out, "DEBUG: "), times);
   EXPECT_EQ(count(text.out, "Platform information\n"), times);
   EXPECT_EQ(count(text.out, "report of "), times);
   EXPECT_EQ(count(text.out, "[ TOOL ]\n"), times);
-  EXPECT_EQ(count(text.err, "ERROR: "), times / 2 * 2) << "two from each second thread";
+  EXPECT_EQ(count(text.err, "ERROR: "), times / 2 * 2) << "two from every other thread";
 }
 
 TEST_F(Threads, MayRunShellCommandsAtTheSameTime) {
@@ -596,12 +596,12 @@ TEST_F(Threads, MayRunShellCommandsAtTheSameTime) {
   }
 }
 
-TEST_F(Threads, ReapOneChildWithEachCallThatWaits) {
+TEST_F(Threads, ReapOneChildWithEachCall) {
   constexpr int children = 5;
   inEachThread([](int) {
     for (int i = 0; i < children; ++i) zn_lib::childProcess("/bin/true", "", true);
   });
-  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child was left";
+  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
   EXPECT_EQ(errno, ECHILD);
 }
 

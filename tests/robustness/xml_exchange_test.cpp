@@ -1,4 +1,5 @@
-/// Settings and error catalogs read by another program: xmllint (Debian: libxml2-utils).
+/// Exchange of settings files and error catalogs with another program, xmllint (Debian:
+/// libxml2-utils).
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <zn_error.h>
@@ -24,7 +25,7 @@ struct Answer {
   std::string out;
 };
 
-/// Runs xmllint; its messages go to the file "messages".
+/// Runs xmllint, whose messages go to the file "messages".
 Answer xmllint(const std::string& arguments) {
   std::FILE* const pipe = popen(("xmllint --nonet " + arguments + " 2>messages").c_str(), "r");
   if (pipe == nullptr) return {-1, ""};
@@ -34,11 +35,11 @@ Answer xmllint(const std::string& arguments) {
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out};
 }
 
-/// What an XPath expression gives in `file`, as a text.
+/// Returns the value of an XPath expression in `file`.
 std::string evaluated(const std::string& file, const std::string& expression) {
   const Answer answer = xmllint("--xpath \"string(" + expression + ")\" " + file);
   EXPECT_EQ(answer.status, 0) << expression << ": is xmllint installed? " << readFile("messages");
-  // A line feed is added.
+  // xmllint adds a line feed.
   return answer.out.substr(0, answer.out.empty() ? 0 : answer.out.size() - 1);
 }
 
@@ -49,7 +50,7 @@ int counted(const std::string& file, const std::string& nodes) {
 
 using Entries = std::vector<std::vector<std::string>>;
 
-/// Key, type, description and value of each entry in the file of a store, in the file's order.
+/// Returns key, type, description and value of each entry in the file of a store, in its order.
 Entries entriesIn(const std::string& file) {
   Entries entries;
   const int count = counted(file, "/CONFIGURATION/*");
@@ -72,23 +73,23 @@ Entries entriesOf(const zn_lib::Configuration& store) {
   return entries;
 }
 
-/// A store with entries of all kinds that are written without loss.
+/// Adds entries of all kinds that are written without loss.
 void fill(zn_lib::Configuration& store) {
   store.set("colour", "blue");
   store.set("b", "NUMBER", "-1.5e3", "a number");
   store.set("B", "", "", "");
-  store.set("_under-score.1", "TEXT", " blanks around ", " of both ");
+  store.set("_under-score.1", "TEXT", " spaces around ", " of both ");
   store.set("\xC3\xBC", "\xE2\x82\xAC", "\xC3\xA4\xF0\x9F\x98\x80", "\xC3\x9F");
   store.set("marks", "TEXT", "'\"> ]] ;#%", "\"> #;");
   store.set("lines", "TEXT", "one\n  two\n\tthree\n", "");
   store.set("xml", "TEXT", std::string(100000, 'x'), "long");
 }
 
-TEST_F(XmlExchange, ASavedStore) {
+TEST_F(XmlExchange, SavedStoresAreReadByXmllint) {
   zn_lib::Configuration store("TOOL", "tool");
   fill(store);
   ASSERT_TRUE(store.save());
-  ASSERT_EQ(store.elements.size(), 9u) << "the stamp, too";
+  ASSERT_EQ(store.elements.size(), 9u) << "the entries and the stamp";
   EXPECT_EQ(xmllint("--noout tool.cfg").status, 0) << readFile("messages");
   EXPECT_EQ(entriesIn("tool.cfg"), entriesOf(store));
   EXPECT_EQ(evaluated("tool.cfg", "name(/*)"), "CONFIGURATION");
@@ -97,7 +98,7 @@ TEST_F(XmlExchange, ASavedStore) {
   EXPECT_EQ(evaluated("tool.cfg", "/CONFIGURATION/UPDATE"), store.get("UPDATE").value);
 }
 
-TEST_F(XmlExchange, AnEmptyStoreAndABackup) {
+TEST_F(XmlExchange, EmptyStoresAndBackupsAreReadByXmllint) {
   zn_lib::Configuration store;
   ASSERT_TRUE(store.save());
   const Entries first = entriesOf(store);
@@ -108,7 +109,7 @@ TEST_F(XmlExchange, AnEmptyStoreAndABackup) {
   EXPECT_EQ(entriesIn("config.xml~"), first);
 }
 
-TEST_F(XmlExchange, WhatEndsALoadIsRefusedThereToo) {
+TEST_F(XmlExchange, TextThatEndsALoadIsRejectedByXmllint) {
   const struct {
     const char* what;
     std::string key, type, describe, value;
@@ -117,7 +118,7 @@ TEST_F(XmlExchange, WhatEndsALoadIsRefusedThereToo) {
       {"an ampersand", "k", "t", "d", "a & b"},
       {"an apostrophe in the type", "k", "it's", "d", "v"},
       {"an apostrophe in the description", "k", "t", "it's", "v"},
-      {"a blank in the key", "my key", "t", "d", "v"},
+      {"a space in the key", "my key", "t", "d", "v"},
       {"a key that is no name", "k!", "t", "d", "v"},
       {"no key", "", "t", "d", "v"},
       {"no UTF-8", "k", "t", "d", "\xFF"},
@@ -137,10 +138,10 @@ TEST_F(XmlExchange, WhatEndsALoadIsRefusedThereToo) {
   }
 }
 
-TEST_F(XmlExchange, AStoreWrittenByAnotherProgram) {
+TEST_F(XmlExchange, StoresWrittenByXmllintAreLoaded) {
   zn_lib::Configuration store;
   fill(store);
-  store.elements.erase("lines");  // the other program's own indentation is not told from these
+  store.elements.erase("lines");  // its line breaks cannot be distinguished from indentation
   ASSERT_TRUE(store.save());
   zn_lib::Configuration expected;
   expected.load();
@@ -155,14 +156,14 @@ TEST_F(XmlExchange, AStoreWrittenByAnotherProgram) {
     for (const auto& [key, element] : expected.elements) {
       EXPECT_EQ(other.get(key).type, element.type) << form << ' ' << key;
       EXPECT_EQ(other.get(key).describe, element.describe) << form << ' ' << key;
-      // A blank behind ">" is lost: the other program writes it as "&gt;".
+      // xmllint writes ">" as "&gt;", so the space after it is lost.
       EXPECT_EQ(other.get(key).value, key == "marks" ? "'\">]] ;#%" : element.value)
           << form << ' ' << key;
     }
   }
 }
 
-TEST_F(XmlExchange, ACatalog) {
+TEST_F(XmlExchange, CatalogsAreReadByXmllint) {
   const std::map<int, std::string> messages = {{-3, "below"},
                                                {1, "Text of error one"},
                                                {2, "\xC3\xBC\xE2\x82\xAC"},

@@ -1,4 +1,4 @@
-/// Signals that arrive while something waits.
+/// Signals that arrive during a test.
 #ifndef ALARMS_H
 #define ALARMS_H
 
@@ -8,7 +8,8 @@
 
 inline volatile std::sig_atomic_t alarms;
 
-/// Sends this process SIGALRM ten times a second; `flags` are those of the signal's handler.
+/// Sends SIGALRM to this process ten times a second, for the lifetime of the object. `flags` are
+/// those of the handler, which counts `alarms`.
 class Alarms {
  public:
   explicit Alarms(int flags) {

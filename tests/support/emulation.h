@@ -1,13 +1,13 @@
-/// Tests that take what an emulator of another machine's processor does not have.
+/// Tests that an emulator of another processor cannot run.
 #ifndef EMULATION_H
 #define EMULATION_H
 
 #include <gtest/gtest.h>
 
 #ifdef ZN_UDF_IS_EMULATED
-/// An emulated program cannot execute itself once more.
+/// An emulated program cannot execute itself again.
 constexpr const char* kDeathTestStyle = "fast";
-/// How many times as long an emulated program may take.
+/// The factor by which an emulated program may be slower.
 constexpr int kSlowdown = 10;
 #define SKIP_UNDER_EMULATOR(reason) GTEST_SKIP() << (reason)
 #else

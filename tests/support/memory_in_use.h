@@ -1,4 +1,4 @@
-/// What this process has allocated and not freed.
+/// The memory that this process has allocated and not freed.
 #ifndef MEMORY_IN_USE_H
 #define MEMORY_IN_USE_H
 
@@ -12,8 +12,7 @@ inline std::size_t bytesInUse() {
   return info.uordblks + info.hblkhd;
 }
 
-/// False where another allocator, such as a sanitizer's, has taken the place of the one that
-/// counts.
+/// Returns false if another allocator, such as that of a sanitizer, replaces the one that counts.
 inline bool bytesAreCounted() {
   constexpr std::size_t size = 1000000;
   const std::size_t before = bytesInUse();

@@ -1,4 +1,4 @@
-/// What a piece of code writes to the standard streams, as bytes on the descriptors.
+/// Output on the descriptors of the standard streams.
 #ifndef OUTPUT_CAPTURE_H
 #define OUTPUT_CAPTURE_H
 
@@ -11,6 +11,7 @@ struct Written {
   std::string out, err;
 };
 
+/// Returns what `run` writes to standard output and standard error.
 inline Written written(const std::function<void()>& run) {
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();

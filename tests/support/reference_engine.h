@@ -1,4 +1,4 @@
-/// The standard library's engine for regular expressions, which defines what a pattern finds.
+/// Reference model of patterns: the engine for regular expressions of the standard library.
 #ifndef REFERENCE_ENGINE_H
 #define REFERENCE_ENGINE_H
 
@@ -44,11 +44,11 @@ inline bool contains(const std::string& text, const Engine& pattern) {
 #endif
 }
 
-/// The texts between the matches.
+/// Returns the texts between the matches.
 inline std::vector<std::string> split(const std::string& text, const Engine& pattern) {
   std::vector<std::string> tokens;
 #ifdef _LIBCPP_VERSION
-  // The engine's token iterator loses the text before an empty match.
+  // The token iterator of libc++ loses the text before an empty match.
   using Matches = std::regex_iterator<std::string::const_iterator, char, Engine::traits_type>;
   auto start = text.begin();
   for (Matches match(start, text.end(), pattern), end; match != end; ++match) {
@@ -66,7 +66,7 @@ inline std::vector<std::string> split(const std::string& text, const Engine& pat
   return tokens;
 }
 
-/// The code of an error. Which one it is differs between standard libraries.
+/// Returns the code of an error as text, and "any" with libc++, whose codes differ.
 inline std::string errorCode(const std::regex_error& error) {
 #ifdef _LIBCPP_VERSION
   static_cast<void>(error);

@@ -1,9 +1,12 @@
-/// The rules of file names a second time, without the patterns, for texts of any length.
+/// Reference model of file names for texts of any length, without regular expressions.
 #ifndef REFERENCE_NAMES_H
 #define REFERENCE_NAMES_H
 
 #include <algorithm>
+#include <cstddef>
 #include <string>
+
+#include "whitespace.h"
 
 namespace reference {
 
@@ -27,8 +30,8 @@ inline bool hasLineBreak(const std::string& text) {
   return text.find('\n') != std::string::npos || text.find('\r') != std::string::npos;
 }
 
-/// How many bytes of `text` are before its last `mark` that is neither its first byte nor its last
-/// one; 0 where there is none.
+/// Returns the position of the last `mark` in `text` that is neither its first nor its last byte,
+/// and 0 if there is none.
 inline std::size_t before(const std::string& text, char mark) {
   if (text.size() < 3) return 0;
   const std::size_t last = text.rfind(mark, text.size() - 2);
@@ -51,8 +54,9 @@ inline Parts split(const std::string& name) {
   return {stem.substr(0, split), stem.substr(split), extension};
 }
 
+/// Returns `name` with leading whitespace removed and the first tilde replaced by `home`.
 inline std::string withHome(const std::string& name, const std::string& home) {
-  const std::size_t start = std::min(name.find_first_not_of(" \t\n\v\f\r"), name.size());
+  const std::size_t start = std::min(name.find_first_not_of(kWhitespace), name.size());
   const std::size_t tilde = name.find('~', start);
   if (tilde == std::string::npos) return name.substr(start);
   return name.substr(start, tilde - start) + home + name.substr(tilde + 1);
@@ -64,7 +68,8 @@ inline std::string join(const Parts& parts, const std::string& home) {
   return dir + parts.name + (parts.extension.empty() ? "" : "." + parts.extension);
 }
 
-/// What is before the "-" and the digits that end a numbered name; empty for other names.
+/// Returns the part of a numbered name before its "-" and digits, and an empty text for other
+/// names.
 inline std::string beforeNumber(const std::string& name) {
   std::size_t hyphen = name.size();
   while (hyphen > 0 && name[hyphen - 1] >= '0' && name[hyphen - 1] <= '9') --hyphen;

@@ -1,4 +1,4 @@
-/// Whether this build has AddressSanitizer, which takes more of the stack, of memory and of time.
+/// The sanitizers of this build. AddressSanitizer needs more stack, memory and time.
 #ifndef SANITIZERS_H
 #define SANITIZERS_H
 

@@ -1,4 +1,4 @@
-/// Reads the reference values that make_sky_reference.py wrote.
+/// Reader of the reference values that make_sky_reference.py writes.
 #ifndef SKY_REFERENCE_H
 #define SKY_REFERENCE_H
 
@@ -12,7 +12,7 @@
 
 using ReferenceTable = std::vector<std::vector<double>>;
 
-/// The numbers of one line, separated by commas, whatever the locale.
+/// Returns the numbers of a line, which are separated by commas. Ignores the locale.
 inline std::vector<double> readReferenceRow(const std::string& line) {
   std::istringstream in(line);
   in.imbue(std::locale::classic());
@@ -27,8 +27,8 @@ inline std::vector<double> readReferenceRow(const std::string& line) {
   }
 }
 
-/// The lines of a reference file but for its comments. Throws, and so fails the test, when the file
-/// does not hold exactly `rows` lines of `columns` numbers.
+/// Returns the lines of a reference file without its comments. Throws, and so fails the test,
+/// unless the file has exactly `rows` lines of `columns` numbers.
 inline ReferenceTable readReference(const std::string& name, std::size_t rows,
                                     std::size_t columns) {
   const std::string path = std::string(ZN_UDF_TEST_DATA "/") + name;

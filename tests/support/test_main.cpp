@@ -1,3 +1,4 @@
+/// The main function of the test programs, which may run in a foreign locale.
 #include <gtest/gtest.h>
 
 #include <clocale>
@@ -8,7 +9,7 @@
 
 namespace {
 
-/// A C++ locale as a careless host may install it: 1.234.567,5.
+/// A C++ locale that writes numbers as 1.234.567,5.
 class Grouping : public std::numpunct<char> {
   char do_decimal_point() const override { return ','; }
   char do_thousands_sep() const override { return '.'; }
@@ -16,8 +17,8 @@ class Grouping : public std::numpunct<char> {
   std::string do_truename() const override { return "wahr"; }
 };
 
-/// Takes on the C locale that ZN_UDF_TEST_LOCALE names, and a global C++ locale that groups digits
-/// where ZN_UDF_TEST_GROUPING is there. False when there is no such locale.
+/// Sets the C locale that ZN_UDF_TEST_LOCALE names, and a global C++ locale that groups digits if
+/// ZN_UDF_TEST_GROUPING is set. Returns false if there is no such locale.
 bool enterForeignLocale() {
   const char* const name = std::getenv("ZN_UDF_TEST_LOCALE");
   if (name != nullptr && std::setlocale(LC_ALL, name) == nullptr) {
