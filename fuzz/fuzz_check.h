@@ -1,4 +1,4 @@
-/// Checks that end the process where they fail, so that the fuzzer keeps the input.
+/// Checks that abort the process if they fail, so that the fuzzer keeps the input.
 #ifndef FUZZ_CHECK_H
 #define FUZZ_CHECK_H
 
@@ -13,15 +13,16 @@
 
 namespace fuzz {
 
-/// Texts up to this length are given to the standard library's engine, which recurses once a
-/// character and may take time that grows exponentially.
+/// The longest text for the engine for regular expressions of the standard library. The engine
+/// recurses for each character and may take exponential time.
 constexpr std::size_t kShortText = 48;
 
-/// A pattern of the input's may be ambiguous: it is shorter still, and so are texts for it.
+/// The longest pattern from the input, and the longest text for it. Such a pattern may be
+/// ambiguous.
 constexpr std::size_t kShortForPattern = 12;
 
-/// Whether the engine can be given `pattern`: a counted repetition makes it recurse whatever the
-/// text, and each repetition of a repetition multiplies its time by the text's length.
+/// Returns whether the engine can run `pattern`. Counted repetitions make it recurse for any text,
+/// and each nested repetition multiplies its time by the length of the text.
 inline bool isForEngine(const std::string& pattern) {
   constexpr long mostRepetitions = 2;
   return pattern.size() <= kShortForPattern && pattern.find('{') == std::string::npos &&
@@ -29,6 +30,7 @@ inline bool isForEngine(const std::string& pattern) {
                        [](char c) { return c == '*' || c == '+' || c == '?'; }) <= mostRepetitions;
 }
 
+/// Returns a printable form of a value.
 inline std::string shown(const std::string& text) {
   std::string quoted = "\"";
   for (const char c : text) {
@@ -58,32 +60,33 @@ std::string shown(Number number) {
   return os.str();
 }
 
+/// Prints a message and aborts the process.
 [[noreturn]] inline void fail(const char* what, const std::string& detail) {
   std::fprintf(stderr, "%s: %s\n", what, detail.c_str());
   std::abort();
 }
 
-/// Ends the process when `holds` is false; `what` says what then is wrong.
+/// Aborts the process if `holds` is false. `what` describes the condition.
 inline void expect(const char* what, bool holds) {
-  if (!holds) fail(what, "does not hold");
+  if (!holds) fail(what, "is false");
 }
 
-/// Ends the process when `actual`, which the library gave, is not `expected`.
+/// Aborts the process if the library returned `actual` instead of `expected`.
 template <class Actual, class Expected>
 void expectSame(const char* what, const Actual& actual, const Expected& expected) {
-  if (!(actual == expected)) fail(what, shown(actual) + " in place of " + shown(expected));
+  if (!(actual == expected)) fail(what, shown(actual) + " instead of " + shown(expected));
 }
 
-/// The same for numbers, where one NaN is as good as another.
+/// Compares numbers. All NaNs are equal.
 inline void expectSameNumber(const char* what, double actual, double expected) {
   if (std::isnan(actual) && std::isnan(expected)) return;
   expectSame(what, actual, expected);
 }
 
-/// For a result that is computed in another way here, and differs by rounding.
+/// Compares a result with one that is computed in another way, and differs by rounding.
 inline void expectNear(const char* what, double actual, double expected, double tolerance) {
   if (!(std::fabs(actual - expected) <= tolerance)) {
-    fail(what, shown(actual) + " in place of " + shown(expected));
+    fail(what, shown(actual) + " instead of " + shown(expected));
   }
 }
 

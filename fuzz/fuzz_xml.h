@@ -1,4 +1,4 @@
-/// The XML readers a second time: expat alone, with handlers that apply the documented rules.
+/// Reference model of the XML readers: expat alone, with handlers that apply the documented rules.
 #ifndef FUZZ_XML_H
 #define FUZZ_XML_H
 
@@ -30,7 +30,7 @@ void parse(const std::string& bytes, State& state) {
   XML_Status status = XML_STATUS_OK;
   while (!isLast && status != XML_STATUS_ERROR) {
     const std::size_t count = std::min(kBlock, bytes.size() - at);
-    // A file that fills its last block shows its end only to one more read.
+    // The end of a file that fills its last block is only noticed by one more read.
     isLast = count < kBlock;
     status = XML_Parse(parser, bytes.data() + at, static_cast<int>(count), isLast);
     at += count;
@@ -46,7 +46,7 @@ struct Setting {
 
 using Settings = std::map<std::string, Setting>;
 
-/// What a file of settings holds.
+/// Reads a file of settings.
 class SettingsReader {
  public:
   explicit SettingsReader(const std::string& bytes) { parse(bytes, *this); }
@@ -72,13 +72,13 @@ class SettingsReader {
   Settings settings;
 
  private:
-  std::string open_;  // the element whose text counts; empty for none
+  std::string open_;  // the element whose text is a value, or empty
   bool hasText_ = false;
 };
 
 using Catalog = std::map<int, std::string>;
 
-/// What a file of errors holds.
+/// Reads an error catalog.
 class CatalogReader {
  public:
   explicit CatalogReader(const std::string& bytes) { parse(bytes, *this); }
@@ -99,7 +99,7 @@ class CatalogReader {
   Catalog catalog;
 
  private:
-  /// Cut to the low bits of the nearest long long.
+  /// Returns the low bits of the number, which is limited to the range of long long.
   static int leadingNumber(const std::string& text) {
     std::size_t at = 0;
     const bool isNegative = !text.empty() && text[0] == '-';
@@ -118,14 +118,15 @@ class CatalogReader {
   std::string message_;
 };
 
-/// `document` with `count` blanks behind its first tag, to move what follows to the end of a block.
+/// Returns `document` with `count` spaces after its first tag. They move the rest to the end of a
+/// block.
 inline std::string padded(const std::string& document, std::size_t count) {
   const std::size_t end = document.find('>');
   if (end == std::string::npos) return document;
   return document.substr(0, end + 1) + std::string(count, ' ') + document.substr(end + 1);
 }
 
-/// Returns all remaining bytes of the input, padded.
+/// Returns all remaining bytes of the input, padded at random.
 inline std::string consumeDocument(FuzzedDataProvider& input) {
   const std::size_t padding = input.ConsumeIntegralInRange<std::size_t>(0, 3 * kBlock);
   return padded(input.ConsumeRemainingBytesAsString(), padding);

@@ -1,5 +1,5 @@
-/// Splitting against a plain model at any length, and against the standard library's engine on
-/// short texts.
+/// Compares splits with a plain reference model, and for short texts with the engine for regular
+/// expressions.
 #include <fuzzer/FuzzedDataProvider.h>
 #include <tokenizer.h>
 
@@ -22,7 +22,8 @@ bool isForEngine(const std::string& text, const std::string& pattern) {
   return text.size() <= fuzz::kShortForPattern && fuzz::isForEngine(pattern);
 }
 
-/// The texts between delimiters of `width` bytes; `find` gives where the next one is.
+/// Returns the texts between delimiters of `width` bytes. `find` returns the position of the next
+/// delimiter.
 Tokens between(const std::string& text, std::size_t width,
                const std::function<std::size_t(std::size_t)>& find) {
   Tokens tokens;
@@ -35,19 +36,19 @@ Tokens between(const std::string& text, std::size_t width,
   return tokens;
 }
 
-/// Compares a split with `expected`, or with the error of the engine where there are none.
+/// Expects the tokens `expected`, or an error if there are none.
 void checkSplit(const std::string& text, const std::optional<Tokens>& expected,
                 const Split& split) {
   zn_lib::Tokenizer tokenizer;
-  tokenizer.tokens = {text, "of before"};
+  tokenizer.tokens = {text, "old"};
   try {
-    // The text is a token of the object itself.
+    // The argument is a token of the object itself.
     const std::size_t count = split(tokenizer, tokenizer.tokens.front());
-    fuzz::expect("the pattern is refused", expected.has_value());
+    fuzz::expect("the pattern is invalid", expected.has_value());
     fuzz::expectSame("tokens", tokenizer.tokens, *expected);
     fuzz::expectSame("count", count, expected->size());
   } catch (const std::regex_error&) {
-    fuzz::expect("the pattern is taken", !expected.has_value());
+    fuzz::expect("the pattern is valid", !expected.has_value());
     fuzz::expect("the old tokens are gone", tokenizer.tokens.empty());
   }
   for (std::size_t i = 0; i < tokenizer.tokens.size(); ++i) {

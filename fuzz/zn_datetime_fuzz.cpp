@@ -1,5 +1,5 @@
-/// Dates against a calendar of its own, their text against streams and the pattern, with any
-/// settings.
+/// Compares dates with a reference model of the calendar, and their texts with streams and with the
+/// definition, for any settings.
 #include <fuzzer/FuzzedDataProvider.h>
 #include <zn_datetime.h>
 
@@ -49,7 +49,7 @@ unsigned lengthOf(unsigned month, unsigned year) {
   return month == 4 || month == 6 || month == 9 || month == 11 ? 30 : 31;
 }
 
-/// The midnight that starts a valid date of year 1 or later, counted up year by year.
+/// Returns the Julian value of the midnight at the start of a valid date of year 1 or later.
 unsigned long long midnight(unsigned day, unsigned month, unsigned year) {
   constexpr unsigned long long first = 1721426;  // Julian Day Number of 1 January of year 1
   const unsigned past = year - 1;
@@ -87,9 +87,9 @@ void records(date_time_record record) {
   expected.day = static_cast<unsigned short>(std::clamp(day, 1u, last));
   expectSame("validDate", shown(repaired), shown(expected));
 
-  // Only the last bits may differ: the terms are the same.
+  // The terms are the same, so only the last bits may differ.
   const double days = zn_lib::dateToJulianDays(record);
-  fuzz::expect("only seconds make it no number",
+  fuzz::expect("only the seconds may make it NaN",
                std::isfinite(days) || !std::isfinite(record.second));
   const bool isPlain =
       isValid && year > 1582 && record.hour < 24 && record.second >= 0.0 && record.second < 60.0;
@@ -138,7 +138,7 @@ std::string filled(double value) {
   return os.str();
 }
 
-/// A date and time as the settings have it, from the record of its value.
+/// Returns a date and time as the settings format it.
 std::string formatted(const date_time_record& record, const date_time_set& set, bool useTime) {
   std::ostringstream day, month, year, time;
   day << std::setw(2) << std::setfill('0') << record.day;
@@ -162,8 +162,8 @@ std::string formatted(const date_time_record& record, const date_time_set& set, 
 void formats(unsigned long long julian, const date_time_set& set) {
   const bool useTime = zn_lib::isUseTime();
   const date_time_record record = zn_lib::julianToDate(julian);
-  fuzz::expect("the time is a time", record.hour < 24 && record.minute < 60 &&
-                                         record.second >= 0.0 && record.second < 60.0);
+  fuzz::expect("the time is valid", record.hour < 24 && record.minute < 60 &&
+                                        record.second >= 0.0 && record.second < 60.0);
   date_time_set iso = zn_lib::getDateTimeFormat();
   const std::string own = formatted(record, iso, useTime);
   iso.dateFormat = zn_lib::YEAR_MONTH_DAY;
@@ -193,14 +193,14 @@ unsigned short monthNumber(const std::string& text) {
   for (unsigned short month = 1; month < 12; ++month) {
     const std::string& name = kMonths[month - 1u];
     bool isSame = text.size() >= 3;
-    // One bit tells upper from lower case.
+    // Upper and lower case differ by one bit.
     for (std::size_t i = 0; isSame && i < 3; ++i) isSame = (text[i] | 0x20) == (name[i] | 0x20);
     if (isSame) return month;
   }
   return 12;
 }
 
-/// An optional "-", digits that one comma may follow, a fraction, an exponent with its sign.
+/// Returns whether `text` is a number by its definition.
 bool isNumber(const std::string& text) {
   static const reference::Engine pattern = reference::engine(definitions::validNumber);
   return std::regex_match(text, pattern);

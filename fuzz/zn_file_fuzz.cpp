@@ -1,5 +1,5 @@
-/// File names against a model without patterns, against the patterns on short names, and numbered
-/// names in a directory with a few files.
+/// Compares file names with a plain reference model, short names with their definitions, and
+/// numbered names with a model in a directory of a few files.
 #include <fuzzer/FuzzedDataProvider.h>
 #include <zn_file.h>
 #include <zn_readfile.h>
@@ -13,7 +13,7 @@
 
 #include "fuzz_check.h"
 #include "fuzz_files.h"
-#include "reference_engine.h"
+#include "reference_name_parts.h"
 #include "reference_names.h"
 
 namespace {
@@ -22,8 +22,6 @@ namespace definitions = zn_lib::internal::definitions;
 
 using fuzz::expectSame;
 
-const reference::Engine lastExt = reference::engine(definitions::lastExt);
-const reference::Engine fileSplit = reference::engine(definitions::fileSplit);
 const reference::Engine fileseq = reference::engine(definitions::fileseq);
 
 void splits(const std::string& name) {
@@ -45,14 +43,10 @@ void splits(const std::string& name) {
     expectSame("round trip", parts.path + parts.name + dot + parts.extension, text);
   }
   if (text.size() > fuzz::kShortText) return;
-  std::smatch match;
-  const bool hasExtension = std::regex_match(text, match, lastExt);
-  const std::string extension = hasExtension ? match.str(2) : "";
-  const std::string rest = hasExtension ? match.str(1) : text;
-  std::regex_match(rest, match, fileSplit);
-  expectSame("path by its pattern", parts.path, match.str(1));
-  expectSame("name by its pattern", parts.name, match.str(2));
-  expectSame("extension by its pattern", parts.extension, extension);
+  const reference::Parts defined = reference::splitByDefinitions(name).parts;
+  expectSame("path by its definition", parts.path, defined.path);
+  expectSame("name by its definition", parts.name, defined.name);
+  expectSame("extension by its definition", parts.extension, defined.extension);
 }
 
 void joins(const reference::Parts& parts, const std::string& home) {
@@ -84,7 +78,7 @@ bool isPlain(const std::string& base) {
   return base.find_first_of("^$\\.*+?()[]{}|\0"s) == std::string::npos;
 }
 
-/// Those of `entries`, the names in `dir`, that a listing with the filter `base` gives.
+/// Returns those of `entries`, the names in `dir`, that a listing with the filter `base` has.
 std::vector<std::string> selected(const std::vector<std::string>& entries, const std::string& dir,
                                   const std::string& base) {
   const bool directoriesOnly = base == "<dir>";
@@ -105,7 +99,7 @@ std::vector<std::string> selected(const std::vector<std::string>& entries, const
   return names;
 }
 
-/// The numbered name where HOME plays no part.
+/// Reference model of `sequentialFile` without HOME.
 std::string numbered(const std::string& name) try {
   const reference::Parts parts = reference::split(name);
   const std::string stem = reference::beforeNumber(parts.name);
@@ -121,14 +115,14 @@ std::string numbered(const std::string& name) try {
   return reference::withSlashes(name);
 }
 
-/// Only what lies in `directory` keeps still while two look at it.
+/// Compares numbered names in `directory` only, since other directories may change meanwhile.
 void sequence(const std::string& tail, const fuzz::TemporaryDirectory& directory) {
   if (tail.find("..") != std::string::npos || tail.find('~') != std::string::npos) return;
   std::string name = directory.file(tail);
   const reference::Parts parts = reference::split(name);
-  // A dot behind the last slash, or a line break, makes another directory the place to look.
+  // A dot after the last slash, or a line break, leads to another directory.
   if (parts.path.compare(0, directory.path().size() + 1, directory.path() + "/") != 0) return;
-  // A NUL ends the system's names.
+  // A name of the system ends at a NUL.
   if (name.find('\0') != std::string::npos) return;
   const std::string stem = reference::beforeNumber(parts.name);
   const std::string base = stem.empty() ? parts.name : stem;
@@ -171,7 +165,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     expands(name, home);
   } else {
     unsetenv("HOME");
-    // The first "~" stays, so it is its own home.
+    // Without HOME the first "~" is kept, as if it were the home directory.
     joins(parts, "~");
     objects(name, "~");
     expands(name, "~");

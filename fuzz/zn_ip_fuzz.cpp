@@ -1,4 +1,5 @@
-/// Addresses against the C library's conversions, and the screen for IPv4 text against its pattern.
+/// Compares addresses with the conversions of the C library, and the format of IPv4 texts with its
+/// definition.
 #include <arpa/inet.h>
 #include <fuzzer/FuzzedDataProvider.h>
 #include <zn_ip.h>
@@ -45,7 +46,7 @@ int levelOf(const std::string& bytes) {
   return last == std::string::npos ? -1 : static_cast<int>(last);
 }
 
-/// Both fields, and all that is told of them, for an address in network byte order.
+/// Checks all fields and queries of an address in network byte order.
 void checkAddress(zn_lib::IPv4& address, unsigned int value) {
   const std::string bytes = bytesOf(value);
   expectSame("binary", address.binary, value);
@@ -79,7 +80,7 @@ void texts(const std::string& text, unsigned int before) {
   checkAddress(address, isTaken ? converted.s_addr : before);
 }
 
-/// What textToBlocks leaves of `text`; `error` names what it throws.
+/// Reference model of textToBlocks. Sets `error` to the exception that it throws.
 std::string blocksFrom(const std::string& text, std::string& error) {
   std::string blocks(4, '\0');
   std::size_t start = 0;
@@ -131,7 +132,7 @@ void longValues(std::string bytes) {
   char text[INET6_ADDRSTRLEN];
   inet_ntop(AF_INET6, bytes.data(), text, sizeof text);
   expectSame("IPv6::text", address.text(), std::string(text));
-  fuzz::expect("its text is an address", again.set(text));
+  fuzz::expect("its text must be an address", again.set(text));
   expectSame("round trip", bytesOf(again), bytes);
 }
 

@@ -1,5 +1,5 @@
-/// A store of settings through any sequence of operations, its file damaged in between, against a
-/// map and the bytes that the file must hold.
+/// Runs any sequence of operations on a store of settings, and damages its file in between.
+/// Compares the store with a map, and its file with the expected bytes.
 #include <fuzzer/FuzzedDataProvider.h>
 #include <zn_datetime.h>
 #include <zn_setcfg.h>
@@ -36,7 +36,7 @@ std::string now() {
           std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", std::localtime(&time))};
 }
 
-/// A store, and what it must hold; its file and the backup, and what they must hold.
+/// A store with its file and backup, and the expected contents of all three.
 class Model {
  public:
   Model(FuzzedDataProvider& input, const fuzz::TemporaryDirectory& directory)
@@ -119,7 +119,7 @@ class Model {
 
   std::string text() { return input_.ConsumeRandomLengthString(64); }
 
-  /// Often one that was there before.
+  /// Returns any key, or often one that other operations use.
   std::string key() {
     if (input_.ConsumeBool()) return text();
     return input_.PickValueInArray<std::string>(
@@ -174,7 +174,7 @@ class Model {
     stored(trimmed(given), {element.value, "TEXT", ""});
   }
 
-  /// Past the store's own operations, where keys may have blanks around them.
+  /// Adds a setting directly to the map, which does not trim its key.
   void put() {
     const std::string given = key();
     store_->elements[given].describe = elements_[given].describe = text();
@@ -218,7 +218,7 @@ class Model {
     checkFiles();
   }
 
-  /// After an attempt to save that began at `before`.
+  /// Updates the model after an attempt to save that began at `before`.
   void saved(const std::string& before) {
     if (!isWritable()) return;
     if (elements_.count("UPDATE") == 0) {
@@ -230,7 +230,7 @@ class Model {
     changed_ = false;
   }
 
-  /// What is saved. The system's texts end at a NUL.
+  /// Returns the contents of a saved file. Its texts end at their first NUL.
   std::string document() const {
     std::ostringstream xml;
     xml << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CONFIGURATION type='" << type_.c_str()

@@ -1,4 +1,4 @@
-/// A file of any bytes, read as settings, against expat alone.
+/// Reads any bytes as settings, and compares the result with expat alone.
 #include <fuzzer/FuzzedDataProvider.h>
 #include <zn_setcfg.h>
 
@@ -39,12 +39,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const fuzz::Settings expected = fuzz::SettingsReader(xml).settings;
   compare(reader.event->data, expected);
 
-  // The export replaces what has the same key, and keeps the rest.
+  // The export replaces settings with the same key and keeps the others.
   zn_lib::config_map target;
   fuzz::Settings merged = expected;
   for (const char* key : {"a", "k", "\xFF"}) {
-    target[key].value = "of before";
-    merged.insert({key, {"of before", "TEXT", ""}});
+    target[key].value = "old";
+    merged.insert({key, {"old", "TEXT", ""}});
   }
   reader.event->exportData(target);
   compare(target, merged);

@@ -1,5 +1,5 @@
-/// Day length and moon phase of any date and latitude: in range, or NaN where the headers say so,
-/// and near the same model computed with more digits.
+/// Checks that day length and moon phase of any date and latitude are in range or NaN as
+/// documented, and close to a reference model with more digits.
 #include <fuzzer/FuzzedDataProvider.h>
 #include <zn_daylength.h>
 #include <zn_moonphase.h>
@@ -21,7 +21,7 @@ constexpr Real kPi = 3.14159265358979323846264338327950288L;
 constexpr Real kDegree = kPi / 180;
 constexpr unsigned long long kDay = 86400000;
 
-// The first day of one month and the last of the other, in days after 1 January 2000.
+// The first day of March 1900 and the last day of February 2100, in days after 1 January 2000.
 constexpr int kMarch1900 = -36465;
 constexpr int kFebruary2100 = 36583;
 
@@ -34,7 +34,7 @@ Real withoutTurns(Real value, Real turn) {
 
 // ---- Day length
 
-/// The hours of daylight `days` after 1 January 2000.
+/// Returns the hours of daylight `days` after 1 January 2000.
 Real daylight(Real days, Real latitude) {
   const Real mean = 280.461L + 0.9856474L * days;
   const Real anomaly = (357.528L + 0.9856003L * days) * kDegree;
@@ -51,16 +51,16 @@ void checkDay(zn_lib::DayLength& day) {
   const unsigned long long julian = day.julian;
   const double hours = day.compute();
   fuzz::expectSameNumber("dayLength", day.dayLength, hours);
-  expect("the date stays", day.julian == julian);
-  expect("0 to 24 hours, or no number", std::isnan(hours) || isBetween(0.0, hours, 24.0));
-  expect("a number where there is a latitude between the polar circles",
+  expect("the date is unchanged", day.julian == julian);
+  expect("0 to 24 hours, or NaN", std::isnan(hours) || isBetween(0.0, hours, 24.0));
+  expect("no NaN between the polar circles",
          !std::isnan(hours) || !(std::fabs(day.latitude) < 60.0));
   expect("longitude", isBetween(0.0, day.meanLongitude, kTwoPi));
   expect("anomaly", isBetween(0.0, day.meanAnomaly, kTwoPi));
   if (day.latitude == 0.0) fuzz::expectSame("on the equator", hours, 12.0);
 }
 
-/// A date for which the calendar formula is exact, in days after 1 January 2000.
+/// Checks a date, in days after 1 January 2000, for which the formula of the calendar is exact.
 void checkNear(zn_lib::DayLength& day, int days, double latitude) {
   constexpr unsigned long long start = 211813488000000;  // 1 January 2000, 12:00
   const unsigned long long distance = static_cast<unsigned long long>(std::abs(days)) * kDay;
@@ -75,7 +75,7 @@ void angles(zn_lib::DayLength& day, double angle) {
   expect("FNrange", std::isfinite(angle) ? isBetween(0.0, reduced, kTwoPi) : std::isnan(reduced));
   if (std::fabs(angle) < 1e6) {
     const double away = std::fabs(reduced - static_cast<double>(withoutTurns(angle, kTwoPi)));
-    expect("FNrange takes whole turns off", std::min(away, kTwoPi - away) < 1e-8);
+    expect("FNrange removes whole turns", std::min(away, kTwoPi - away) < 1e-8);
   }
   const double sun = day.FNsun(angle);
   expect("FNsun", std::isnan(sun) || isBetween(0.0, sun, kTwoPi));
@@ -85,7 +85,7 @@ void angles(zn_lib::DayLength& day, double angle) {
 
 void sums(zn_lib::DayLength day, int count) {
   fuzz::expectSame("too many to count", zn_lib::DayLength(day).cumulative(INT_MIN), 0.0);
-  // From here on, not every whole number is a double.
+  // Larger integers are not exact as a double.
   constexpr unsigned long long mostExact = 1ull << 52;
   day.julian %= mostExact;
   zn_lib::DayLength expected = day;
@@ -104,7 +104,7 @@ void sums(zn_lib::DayLength day, int count) {
 
 Real sine(Real degrees) { return std::sin(degrees * kDegree); }
 
-Real sunPosition(Real days) {
+Real sunLongitude(Real days) {
   const Real mean = withoutTurns(days * 0.9856473320990837L - 3.762863L, 360) * kDegree;
   Real e = mean;
   for (int i = 0; i < 50; ++i) e = mean + 0.016718L * std::sin(e);
@@ -112,8 +112,8 @@ Real sunPosition(Real days) {
   return withoutTurns(trueAnomaly + 282.596403L, 360);
 }
 
-Real moonPosition(Real days) {
-  const Real sun = sunPosition(days);
+Real moonLongitude(Real days) {
+  const Real sun = sunLongitude(days);
   const Real sunAnomaly = 0.985647332099L * days - 3.762863L;
   const Real mean = 13.176396L * days + 64.975464L;
   const Real meanAnomaly = withoutTurns(mean, 360) - 0.1114041L * days - 349.383063L;
@@ -130,13 +130,13 @@ void phases(double days) {
   moon.days = days;
   moon.compute();
   const double sun = moon.sunPosition();
-  expect("the day stays", moon.days == days || std::isnan(days));
-  expect("one of eight", isBetween(0, moon.phase, 7));
+  expect("the day is unchanged", moon.days == days || std::isnan(days));
+  expect("the phase is one of eight", isBetween(0, moon.phase, 7));
   expect("the sun", std::isnan(sun) || isBetween(0.0, sun, 360.0));
   if (std::isnan(moon.phaseAngle)) {
-    expect("no number where there is no day", !(std::fabs(days) < 1e300));
-    expect("no number, no light", std::isnan(moon.illuminated));
-    fuzz::expectSame("phase of no number", moon.phase, 0);
+    expect("NaN without a valid day only", !(std::fabs(days) < 1e300));
+    expect("NaN without a phase angle", std::isnan(moon.illuminated));
+    fuzz::expectSame("phase of NaN", moon.phase, 0);
     return;
   }
   expect("a phase angle", isBetween(-10.0, moon.phaseAngle, 370.0));
@@ -144,12 +144,12 @@ void phases(double days) {
   fuzz::expectSame("phase", moon.phase,
                    static_cast<int>(std::trunc((moon.phaseAngle + 22.5) / 45)) % 8);
   if (std::fabs(days) > 1e6) return;
-  const Real elongation = moonPosition(days) - sunPosition(days);
+  const Real elongation = moonLongitude(days) - sunLongitude(days);
   const Real away = withoutTurns(static_cast<Real>(moon.phaseAngle) - elongation, 360);
   expect("near the model", std::min(away, 360 - away) < 1e-5L);
   fuzz::expectNear("light", moon.illuminated,
                    static_cast<double>((1 - std::cos(elongation * kDegree)) / 2), 1e-6);
-  const Real sunAway = withoutTurns(static_cast<Real>(sun) - sunPosition(days), 360);
+  const Real sunAway = withoutTurns(static_cast<Real>(sun) - sunLongitude(days), 360);
   expect("the sun near the model", std::min(sunAway, 360 - sunAway) < 1e-6L);
   fuzz::expectNear("moonPosition",
                    static_cast<double>(withoutTurns(moon.moonPosition() - sun, 360)),
@@ -163,7 +163,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   double numbers[3] = {};
   input.ConsumeData(numbers, sizeof numbers);
   zn_lib::DayLength day;
-  expect("nothing is computed yet", std::isnan(day.dayLength));
+  expect("not computed yet", std::isnan(day.dayLength));
   day.julian = input.ConsumeIntegral<unsigned long long>();
   day.latitude = numbers[0];
   checkDay(day);

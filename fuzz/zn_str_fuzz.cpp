@@ -1,5 +1,5 @@
-/// The strings of zn_str.h against the standard library: streams, searches, and the patterns
-/// themselves on short texts.
+/// Compares the functions of zn_str.h with streams and searches of the standard library, and with
+/// the definitions of the recognised forms on short texts.
 #include <fuzzer/FuzzedDataProvider.h>
 #include <tokenizer.h>
 #include <zn_str.h>
@@ -61,7 +61,7 @@ void pads(const std::string& text, int width, char fill) {
   expectSame("inQuotes", zn_lib::inQuotes(text, fill), fill + std::string(text.c_str()) + fill);
 }
 
-/// What strtod reads, and NaN where it reads nothing or leaves the range.
+/// Returns the number that strtod reads, and NaN if it reads nothing or the number is out of range.
 double number(const std::string& text) {
   char* end = nullptr;
   errno = 0;
@@ -97,7 +97,7 @@ void repeats(const std::string& text, int character, int count) {
     expectSame("replicateChar", copies, std::string(copies.size(), static_cast<char>(character)));
     expectSame("copies", static_cast<int>(copies.size()), count);
   } catch (const std::length_error&) {
-    fuzz::expect("a length error is for negative counts", count < 0);
+    fuzz::expect("only a negative count may throw", count < 0);
   }
 }
 

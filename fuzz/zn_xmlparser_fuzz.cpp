@@ -1,5 +1,5 @@
-/// The parser object against expat alone: the same events, error and position, however the document
-/// is cut into pieces.
+/// Compares events, errors and positions of the parser object with those of expat alone, for
+/// documents that are fed in any pieces.
 #include <fuzzer/FuzzedDataProvider.h>
 #include <zn_xmlparser.h>
 
@@ -13,8 +13,9 @@
 
 namespace {
 
-/// Events as text, one a line. A run of text or of unhandled markup counts as one event, since the
-/// parser may cut it anywhere. Entities may make the text very long: the rest of that is left out.
+/// A log of events, one on each line. Consecutive text or unhandled markup is one event, since the
+/// parser may split it anywhere. Very long logs are truncated, as entities may expand without
+/// limit.
 class Record {
  public:
   void event(const std::string& kind, const std::vector<const XML_Char*>& parts = {}) {
@@ -33,7 +34,7 @@ class Record {
     if (run_.size() <= kMost) run_.append(text, static_cast<std::size_t>(length));
   }
 
-  /// No more of the run.
+  /// Ends the run of text.
   void end() {
     if (!kind_.empty() && events.size() <= kMost) {
       events += kind_ + " " + fuzz::shown(run_.substr(0, kMost)) + "\n";
@@ -57,7 +58,8 @@ class Record {
   std::string run_;
 };
 
-/// Bytes above ASCII are Latin-1 but for one that is no character; some names are no encoding.
+/// Defines an encoding in which bytes above ASCII are Latin-1, except for one that is invalid.
+/// Returns false for names that do not begin with an x.
 bool fillEncoding(const XML_Char* name, XML_Encoding* encoding) {
   if (name[0] != 'x') return false;
   for (int i = 0; i < 256; ++i) encoding->map[i] = i == 0xFF ? -1 : i;
@@ -113,7 +115,7 @@ struct Options {
   bool isEncodingHandled;
   bool isDefaultOn;
   bool expand;
-  /// Switched off again before the parse, by the number of the switch; often none.
+  /// The number of the switch that is disabled again before the parse. Most numbers are no switch.
   int off;
 };
 
@@ -121,7 +123,7 @@ struct Options {
 
 Record& recordOf(void* data) { return *static_cast<Record*>(data); }
 
-/// The separator matters to its first character only.
+/// Returns a parser without the library. Only the first character of the separator counts.
 XML_Parser plainParser(Record& record, const Options& options) {
   const XML_Char* const encoding = options.encoding.empty() ? nullptr : options.encoding.c_str();
   const XML_Parser parser = options.separator.empty()
@@ -253,9 +255,9 @@ void enable(XMLParser& parser, const Options& options) {
   }
 }
 
-// ---- The two compared
+// ---- Comparison
 
-/// A part of a document in memory of its own, so that reading past it shows.
+/// A part of a document in separate memory, so that AddressSanitizer notices reads behind it.
 struct Piece {
   std::vector<char> bytes;
   bool isFinal;
@@ -263,8 +265,8 @@ struct Piece {
 };
 using Pieces = std::vector<Piece>;
 
-/// Cuts a document: each byte of `cuts` tells the length of a piece, and one of its bits whether it
-/// goes through expat's buffer. What they leave is the last piece.
+/// Splits a document. Each byte of `cuts` determines the length of a piece, and whether it is
+/// copied to the buffer of expat. The rest is the last piece.
 Pieces piecesOf(const std::string& xml, const std::string& cuts, bool isLastForBuffer) {
   constexpr unsigned lengthBits = 0x3F;
   constexpr unsigned bufferBit = 0x40;
@@ -280,10 +282,10 @@ Pieces piecesOf(const std::string& xml, const std::string& cuts, bool isLastForB
   return pieces;
 }
 
-/// What a parse came to.
+/// The result of a parse.
 struct Outcome {
   std::string events;
-  std::string settled;  // those before the last run
+  std::string settled;  // the events before the last run of text
   bool isParsed;
   XML_Error error;
   XML_Index byte;
@@ -320,7 +322,7 @@ bool parsePiece(XMLParser& parser, const Piece& piece) {
   return parser.Parse(length, piece.isFinal);
 }
 
-/// By an object that may have parsed another document before.
+/// Parses with an object that may have parsed another document before.
 Outcome byLibrary(XMLParser& parser, const Pieces& pieces, const Options& options) {
   Recorder handler;
   parser.m_handler = &handler;
@@ -343,7 +345,7 @@ Outcome byLibrary(XMLParser& parser, const Pieces& pieces, const Options& option
 
 void compare(const char* how, const Outcome& actual, const Outcome& expected) {
   if (actual.events != expected.events) {
-    fuzz::fail(how, "\n" + actual.events + "in place of\n" + expected.events);
+    fuzz::fail(how, "\n" + actual.events + "instead of\n" + expected.events);
   }
   fuzz::expectSame(how, actual.isParsed, expected.isParsed);
   fuzz::expectSame("error", actual.error, expected.error);
@@ -352,8 +354,8 @@ void compare(const char* how, const Outcome& actual, const Outcome& expected) {
   fuzz::expectSame("column", actual.column, expected.column);
 }
 
-/// Compares parses of the same document. Where it is refused, the pieces decide which error expat
-/// finds, and how much of the text before it is told.
+/// Compares two parses of the same document. If it is malformed, the error that expat finds and the
+/// text that it reports before depend on the pieces.
 void compareCut(const Outcome& pieces, const Outcome& whole) {
   fuzz::expectSame("outcome", pieces.isParsed, whole.isParsed);
   const auto isPrefix = [](const std::string& events, const std::string& of) {
@@ -364,7 +366,7 @@ void compareCut(const Outcome& pieces, const Outcome& whole) {
           : isPrefix(pieces.settled, whole.events) && isPrefix(whole.settled, pieces.events)) {
     return;
   }
-  fuzz::fail("in pieces as in one", "\n" + pieces.events + "in place of\n" + whole.events);
+  fuzz::fail("in pieces as in one", "\n" + pieces.events + "instead of\n" + whole.events);
 }
 
 }  // namespace
