@@ -1,4 +1,4 @@
-/// The parser that the library uses, as a program uses it that has nothing else.
+/// The parser that the library uses, without the library.
 #ifndef BENCH_EXPAT_H
 #define BENCH_EXPAT_H
 
@@ -17,7 +17,7 @@ using Parser = std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)>;
 
 inline Parser makeParser() { return {XML_ParserCreate("UTF-8"), &XML_ParserFree}; }
 
-/// Gives `file` to `parser` in blocks of the size that the library reads.
+/// Feeds `file` to `parser` in blocks of the size that the library reads.
 inline void parseFile(XML_Parser parser, const std::string& file) {
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> in(std::fopen(file.c_str(), "r"),
                                                            &std::fclose);
@@ -47,7 +47,7 @@ struct Counter {
   long bytes = 0;
 };
 
-/// Parses `file` and keeps none of it: the limit of whatever reads it with this parser.
+/// Parses `file` and keeps none of it. This is the baseline of readers that use this parser.
 inline long countOfFile(const std::string& file) {
   Counter counter;
   parseFile(file, counter);

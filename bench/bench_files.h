@@ -15,7 +15,7 @@
 
 namespace bench {
 
-/// A directory of empty files. Half of the names end in ".txt", the others in ".csv".
+/// A directory of empty files. Half of their names end in ".txt", the others in ".csv".
 class FullDirectory : public TemporaryDirectory {
  public:
   explicit FullDirectory(std::size_t files) {
@@ -27,7 +27,7 @@ class FullDirectory : public TemporaryDirectory {
   }
 };
 
-/// One object for each size, made when it is first asked for: what is not run is not made.
+/// One object for each size. It is created on first use, so that rows that do not run cost nothing.
 template <class Object>
 class MadeOnce {
  public:
@@ -41,7 +41,7 @@ class MadeOnce {
   std::map<std::size_t, std::unique_ptr<Object>> objects_;
 };
 
-/// Waits until the data of `file` are on the disk.
+/// Waits until the data of `file` are on the disk. Returns whether they are.
 inline bool synchronise(const std::string& file) {
   const int descriptor = open(file.c_str(), O_RDONLY);
   const bool isOnDisk = fsync(descriptor) == 0;
@@ -49,7 +49,7 @@ inline bool synchronise(const std::string& file) {
   return isOnDisk;
 }
 
-/// `bytes` bytes in lines of 64 characters, the line feed among them.
+/// Returns `bytes` bytes in lines of 64 characters, including the line feed.
 inline std::string linesOf(std::size_t bytes) {
   const std::string line = "a line of text, as long as the lines of a log file commonly are\n";
   std::string text;

@@ -18,7 +18,7 @@ extern char** environ;
 
 namespace bench {
 
-/// What a child used, once it has ended. Throws when it did not end with status 0.
+/// Waits for a child and returns the resources that it used. Throws unless its exit status is 0.
 inline rusage waitFor(pid_t child) {
   int status = 0;
   rusage usage{};
@@ -28,8 +28,8 @@ inline rusage waitFor(pid_t child) {
   return usage;
 }
 
-/// Runs the program that `command` names by its path, with its arguments. The parent waits in
-/// vfork's way until the program has taken over.
+/// Runs the program `command[0]` with the arguments that follow. The parent is suspended until the
+/// child runs the program, as by vfork.
 inline rusage runProgram(const std::vector<std::string>& command) {
   std::vector<char*> arguments;
   for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
@@ -41,8 +41,8 @@ inline rusage runProgram(const std::vector<std::string>& command) {
   return waitFor(child);
 }
 
-/// Runs `operation` in a child whose standard output is `file`. Every row that prints has this cost
-/// in it, so that those which replace the child by a program have no other.
+/// Runs `operation` in a child whose standard output is `file`. All rows that print run this way,
+/// because some of them replace the child by a program.
 template <class Operation>
 void printInChild(const std::string& file, Operation operation) {
   const pid_t child = fork();

@@ -2,9 +2,9 @@
 ///
 ///     addRow("allTrim_43B/zn_udf", text, [](const std::string& t) { return zn_lib::allTrim(t); });
 ///
-/// Names are "what/who", so that a row stands beside its peers. A who that begins with "limit:" is
-/// no peer: it is the part of the work that nobody can leave out, and may do less than the work.
-/// The operation's result goes out of scope within the timed loop: freeing it belongs to its cost.
+/// The name of a row is "work/implementation". The report compares rows with the same work. An
+/// implementation that begins with "baseline:" does only the part of the work that none can omit.
+/// Freeing the result of the operation is part of the measured time.
 #ifndef BENCH_ROWS_H
 #define BENCH_ROWS_H
 
@@ -27,6 +27,7 @@ void timeOperation(benchmark::State& state, Input input, Operation operation) {
   }
 }
 
+/// Adds a row that is measured in processor time.
 template <class Input, class Operation>
 benchmark::internal::Benchmark* addRow(const std::string& name, const Input& input,
                                        Operation operation) {
@@ -35,13 +36,14 @@ benchmark::internal::Benchmark* addRow(const std::string& name, const Input& inp
   });
 }
 
-/// A row that is measured by the clock on the wall: the work is the kernel's or another process's.
+/// Adds a row that is measured in elapsed time, because the kernel or another process does the
+/// work.
 template <class Input, class Operation>
 void addClockRow(const std::string& name, const Input& input, Operation operation) {
   addRow(name, input, operation)->UseRealTime()->Unit(benchmark::kMillisecond);
 }
 
-/// A row for an operation that reads all of `text`: its speed is printed too.
+/// Adds a row for an operation that reads all of `text`. Its speed is printed, too.
 template <class Operation>
 void addScan(const std::string& name, const std::string& text, Operation operation) {
   benchmark::RegisterBenchmark(name.c_str(), [text, operation](benchmark::State& state) {
@@ -50,16 +52,16 @@ void addScan(const std::string& name, const std::string& text, Operation operati
   });
 }
 
-/// Rows of the library, or of `who`, one for each size that doubles from `first` to `last`, with
-/// the order in which their times grow. `makeInput` gives the input of a size, when its row is run.
+/// Adds rows of an implementation for sizes that double from `first` to `last`, and fits how their
+/// time grows. `makeInput` returns the input of a size when its row runs.
 template <class MakeInput, class Operation>
-void addGrowth(const std::string& what, int first, int last, MakeInput makeInput,
-               Operation operation, const std::string& who = "zn_udf") {
+void addGrowth(const std::string& work, int first, int last, MakeInput makeInput,
+               Operation operation, const std::string& implementation = "zn_udf") {
   const auto run = [makeInput, operation](benchmark::State& state) {
     timeOperation(state, makeInput(static_cast<std::size_t>(state.range(0))), operation);
     state.SetComplexityN(state.range(0));
   };
-  benchmark::RegisterBenchmark(("growth_" + what + "/" + who).c_str(), run)
+  benchmark::RegisterBenchmark(("growth_" + work + "/" + implementation).c_str(), run)
       ->RangeMultiplier(2)
       ->Range(first, last)
       ->UseRealTime()
@@ -70,7 +72,7 @@ void addGrowth(const std::string& what, int first, int last, MakeInput makeInput
 constexpr int kSmallText = 16;
 constexpr int kLargeText = 16 << 20;
 
-/// Runs the rows that the command line selects. Returns the program's exit status.
+/// Runs the rows that the command line selects. Returns the exit status of the program.
 inline int runRows(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
@@ -79,9 +81,8 @@ inline int runRows(int argc, char** argv) {
   return 0;
 }
 
-/// `size` characters drawn from `alphabet`, the same ones in every run. A character that stands in
-/// the alphabet twice comes twice as often. Their order is random because a branch predictor learns
-/// a text that repeats itself.
+/// Returns `size` random characters from `alphabet`, the same in every run. A character that occurs
+/// in the alphabet twice is twice as frequent. A text with a period would train branch predictors.
 inline std::string randomText(std::string_view alphabet, std::size_t size) {
   std::mt19937 random;
   std::string text(size, '\0');

@@ -1,4 +1,4 @@
-/// Files of settings for benchmarks, and peers that read them into a map.
+/// Files of settings, and other implementations that read them into a map.
 #ifndef BENCH_SETTINGS_H
 #define BENCH_SETTINGS_H
 
@@ -21,7 +21,7 @@
 
 namespace bench {
 
-/// What the peers fill.
+/// The map that other implementations fill.
 using Settings = std::map<std::string, zn_lib::ConfigElement>;
 
 inline std::unique_ptr<zn_lib::Configuration> storeIn(const std::string& directory,
@@ -31,15 +31,15 @@ inline std::unique_ptr<zn_lib::Configuration> storeIn(const std::string& directo
   return store;
 }
 
-/// The key of setting `i`: keys come in the order of their numbers.
+/// Returns the key of setting `i`. Keys are ordered by their numbers.
 inline std::string keyOf(int i) { return "section.key_" + std::to_string(1000000 + i); }
 
 constexpr const char* kDescription = "a description";
 
 inline std::string valueOf(int i) { return "value of setting " + std::to_string(i); }
 
-/// Writes settings of about 100 bytes each as the file of a store. The numbers of neighbours differ
-/// by `step`, which has no divisor in common with `count`.
+/// Writes the file of a store with settings of about 100 bytes each. The numbers of adjacent
+/// settings differ by `step`, which must be coprime to `count`.
 inline void writeSettings(const std::string& directory, const std::string& name, int count,
                           int step) {
   std::ofstream out(storeIn(directory, name)->getConfigurationFile());

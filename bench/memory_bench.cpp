@@ -1,7 +1,7 @@
-/// Peak memory: each case in a fresh process, beside one that only holds the result.
+/// Peak memory of each case in a new process, compared with a process that only holds the result.
 ///
-/// The system counts what a process had before it ran its program, too: this one. So it stays as
-/// small as a process without work, which the row "memory_nothing" shows.
+/// The peak of a process includes its memory before it ran its program, which is that of this
+/// program. This program therefore stays small. The row "memory_nothing" shows how small.
 #include <string>
 
 #include "bench_files.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-/// A row of the case `name` with its peak, and the size of its input where there is one.
+/// Adds a row with the peak of the case `name`, and with the size of its input unless that is 0.
 void addPeakRow(const std::string& row, const std::string& name, const std::string& file,
                 std::size_t inputSize) {
   constexpr double mebibyte = 1 << 20;
@@ -35,8 +35,9 @@ int main(int argc, char** argv) {
   bench::writeSettings(directory.path(), memory_case::kStore, memory_case::kSettings, 1);
   const std::size_t storeSize = std::filesystem::file_size(
       bench::storeIn(directory.path(), memory_case::kStore)->getConfigurationFile());
-  const auto addLoadRow = [&](const std::string& who) {
-    addPeakRow("memory_load_100000/" + who, "load/" + who, directory.path(), storeSize);
+  const auto addLoadRow = [&](const std::string& implementation) {
+    addPeakRow("memory_load_100000/" + implementation, "load/" + implementation, directory.path(),
+               storeSize);
   };
   addLoadRow("zn_udf");
   addLoadRow("baseline:result_alone");
@@ -48,8 +49,9 @@ int main(int argc, char** argv) {
   addLoadRow("tinyxml2");
 #endif
 
-  const auto addSplitRow = [&](const std::string& who) {
-    addPeakRow("memory_split_16MiB/" + who, "split/" + who, "", memory_case::kTextSize);
+  const auto addSplitRow = [&](const std::string& implementation) {
+    addPeakRow("memory_split_16MiB/" + implementation, "split/" + implementation, "",
+               memory_case::kTextSize);
   };
   addSplitRow("zn_udf");
   addSplitRow("baseline:result_alone");
@@ -60,15 +62,15 @@ int main(int argc, char** argv) {
   const std::string dumped = directory.file("dumped");
   std::ofstream(dumped).close();
   std::filesystem::resize_file(dumped, memory_case::kDumpSize);
-  for (const char* who : {"zn_udf", "baseline:file_alone"}) {
-    addPeakRow("memory_hexDump_8MiB/" + std::string(who), "hexDump/" + std::string(who), dumped,
-               memory_case::kDumpSize);
+  for (const char* implementation : {"zn_udf", "baseline:file_alone"}) {
+    addPeakRow("memory_hexDump_8MiB/" + std::string(implementation),
+               "hexDump/" + std::string(implementation), dumped, memory_case::kDumpSize);
   }
 
   const bench::FullDirectory listed(memory_case::kFiles);
-  for (const char* who : {"zn_udf", "baseline:result_alone", "readdir"}) {
-    addPeakRow("memory_listDir_100000/" + std::string(who), "listDir/" + std::string(who),
-               listed.path(), 0);
+  for (const char* implementation : {"zn_udf", "baseline:result_alone", "readdir"}) {
+    addPeakRow("memory_listDir_100000/" + std::string(implementation),
+               "listDir/" + std::string(implementation), listed.path(), 0);
   }
   return bench::runRows(argc, argv);
 }

@@ -1,4 +1,4 @@
-/// One piece of work in a process of its own, for memory_bench.
+/// A single case in a process of its own, run by memory_bench.
 ///
 /// usage: memory_case CASE FILE
 #include "memory_case.h"
@@ -29,7 +29,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-/// Keeps the compiler from leaving a result out that nobody reads.
+/// Prevents the compiler from omitting a result that is not used.
 template <class Result>
 void keep(const Result& result) {
   static const void* volatile kept;
@@ -51,7 +51,7 @@ std::string fileOfStore(const std::string& directory) {
 
 void loadByExpat(const std::string& directory) { keep(bench::readByExpat(fileOfStore(directory))); }
 
-/// The map alone, filled with what the file holds.
+/// Fills a map with the contents of the file, without reading it.
 void settingsAlone(const std::string&) {
   bench::Settings settings;
   for (int i = 0; i < memory_case::kSettings; ++i) {
@@ -76,8 +76,8 @@ void loadByTinyxml2(const std::string& directory) {
 
 // ---- Tokens
 
-/// The text that is split: all cases make it, so that all have it besides the tokens. Each token
-/// has seven characters.
+/// Returns the text to be split into tokens of seven characters. All cases create it, so that its
+/// memory counts for all.
 std::string textOfTokens() {
   std::string text(memory_case::kTextSize, 'x');
   for (std::size_t i = 7; i < text.size(); i += 8) text[i] = ',';
@@ -114,7 +114,7 @@ void dump(const std::string& file) {
   zn_lib::hexDump(file, 16);
 }
 
-/// The file's bytes: the least that a dump keeps which reads the whole file first.
+/// Reads the whole file, which is the least that a dump needs if it reads the file first.
 void bytesAlone(const std::string& file) {
   std::string bytes(memory_case::kDumpSize, '\0');
   std::ifstream(file, std::ios_base::binary)
@@ -135,7 +135,7 @@ void namesAlone(const std::string&) {
   names.reserve(memory_case::kFiles + 2);
   for (std::size_t i = 0; i < memory_case::kFiles; ++i) {
     const std::string name = bench::FullDirectory::nameOf(i);
-    names.push_back(name);  // a copy has no spare room
+    names.push_back(name);  // a copy has no spare capacity
   }
   keep(names);
 }

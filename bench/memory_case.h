@@ -1,4 +1,4 @@
-/// What memory_bench prepares and memory_case works on.
+/// The inputs that memory_bench prepares for memory_case.
 #ifndef MEMORY_CASE_H
 #define MEMORY_CASE_H
 

@@ -1,5 +1,5 @@
-/// Start-up: from exec to exit of a program that does nothing but to load the library, against one
-/// that loads an empty library with the same dependencies.
+/// The time from exec to exit of an empty program that loads the library, compared with one that
+/// loads an empty library with the same dependencies.
 #include <string>
 
 #include "bench_process.h"
@@ -7,8 +7,8 @@
 
 namespace {
 
-void addStartRow(const std::string& who, const char* program) {
-  bench::addClockRow("startup/" + who, std::string(program),
+void addStartRow(const std::string& implementation, const char* program) {
+  bench::addClockRow("startup/" + implementation, std::string(program),
                      [](const std::string& p) { return bench::runProgram({p}).ru_minflt; });
 }
 

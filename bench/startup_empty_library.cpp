@@ -1,4 +1,4 @@
-/// Exports a function, because a library has to; what counts are the libraries that it needs.
+/// A library with the dependencies of this one. It exports a function because a library must.
 extern "C" int startup_empty_library();
 
 int startup_empty_library() { return 0; }

@@ -1,5 +1,5 @@
-/// Splitting: the library, libraries made for speed, the regular expression engine that the
-/// delimiters' definition as a bracket expression would take, and a loop over the characters.
+/// Splits by the library, by fast libraries, by the engine for regular expressions, whose bracket
+/// expressions define the delimiters, and by a loop over the characters.
 #include <tokenizer.h>
 
 #include <array>
@@ -21,7 +21,7 @@ namespace {
 
 using Tokens = std::vector<std::string>;
 
-/// The tokens, with a table of the delimiters and none of the rules about the text's end.
+/// Splits by a table of the delimiters, without the rules for the end of the text.
 Tokens splitByTable(const std::string& text, const std::array<bool, 256>& isDelimiter) {
   Tokens tokens;
   std::size_t first = 0;
@@ -71,8 +71,8 @@ void addSplitRows(const std::string& name, const std::string& text, const std::s
   });
 }
 
-/// About one delimiter in eight characters; a token at the end, where the peers differ on an empty
-/// one.
+/// Returns a random text that ends with a token, since implementations differ for an empty token at
+/// the end.
 std::string textWithToken(const std::string& alphabet, std::size_t size) {
   std::string text = bench::randomText(alphabet, size);
   text.back() = 'x';

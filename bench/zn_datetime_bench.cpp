@@ -1,6 +1,6 @@
-/// Dates: reading, writing and the calendar's arithmetic, against the C library, the pattern that
-/// defines an ISO 8601 text, libraries made for calendars and for formatting, and arithmetic on
-/// fields whose places are known.
+/// Reading, writing and computing dates, compared with the C library, with the regular expression
+/// that defines an ISO 8601 text, with libraries for calendars and formatting, and with arithmetic
+/// on fields at fixed positions.
 #include <zn_datetime.h>
 
 #include <array>
@@ -44,13 +44,13 @@ std::string formatted(const char* format, const std::tm& parts) {
   return {buffer.data(), length};
 }
 
-// ---- Limits: every field at its place, and nothing checked
+// ---- Baselines: every field is at a fixed position, and nothing is checked
 
 unsigned short twoDigits(const char* text) {
   return static_cast<unsigned short>((text[0] - '0') * 10 + (text[1] - '0'));
 }
 
-zn_lib::date_time_record recordAtPlaces(const std::string& text) {
+zn_lib::date_time_record recordAtPositions(const std::string& text) {
   const char* const t = text.c_str();
   const auto year = static_cast<unsigned short>(twoDigits(t) * 100 + twoDigits(t + 2));
   return {twoDigits(t + 8),  twoDigits(t + 5),  year,
@@ -62,7 +62,7 @@ void putTwoDigits(char* text, int number) {
   text[1] = static_cast<char>('0' + number % 10);
 }
 
-std::string isoAtPlaces(const std::tm& parts) {
+std::string isoAtPositions(const std::tm& parts) {
   std::string text = "0000-00-00 00:00:00";
   const int year = parts.tm_year + 1900;
   putTwoDigits(&text[0], year / 100);
@@ -75,7 +75,7 @@ std::string isoAtPlaces(const std::tm& parts) {
   return text;
 }
 
-std::string namedMonthAtPlaces(const std::tm& parts) {
+std::string namedMonthAtPositions(const std::tm& parts) {
   constexpr const char* months = "JanFebMarAprMayJunJulAugSepOctNovDec";
   std::string text = "00/   /0000 00:00:00";
   const int year = parts.tm_year + 1900;
@@ -89,7 +89,7 @@ std::string namedMonthAtPlaces(const std::tm& parts) {
   return text;
 }
 
-// Years that begin in March have their leap day at the end.
+// In years that begin in March the leap day is the last day.
 constexpr long kDaysIn400Years = 146097;
 constexpr long kDaysIn153DaysOf5Months = 153;
 
@@ -142,7 +142,7 @@ void addParsingRows(const std::string& name, const std::string& text) {
     zn_lib::parseISOdate(t, record);
     return record;
   });
-  addRow(name + "/baseline:hand_loop", text, recordAtPlaces);
+  addRow(name + "/baseline:hand_loop", text, recordAtPositions);
   addRow(name + "/strptime", text, [](const std::string& t) {
     std::tm parts{};
     strptime(t.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
@@ -167,11 +167,11 @@ void addReadingRows() {
     strptime(t.c_str(), "%d %B %Y %H:%M:%S", &parts);
     return formatted(kIsoFormat, parts);
   });
-  addRow("dateToISO/baseline:hand_loop", brokenDown(kUnixTime), isoAtPlaces);
+  addRow("dateToISO/baseline:hand_loop", brokenDown(kUnixTime), isoAtPositions);
 }
 
 #ifdef ZN_UDF_HAVE_FMT
-/// It breaks the instant down by gmtime_r.
+/// Adds a row of fmt, which splits the instant into fields by gmtime_r.
 template <class Format>
 void addFmtRow(const std::string& name, Format format) {
   const auto instant = std::chrono::system_clock::from_time_t(kUnixTime);
@@ -183,7 +183,7 @@ void addWritingRows() {
   addRow("julianToISO/zn_udf", kJulian,
          [](unsigned long long julian) { return zn_lib::julianToISO(julian); });
   addRow("julianToISO/baseline:hand_loop", kUnixTime,
-         [](std::time_t time) { return isoAtPlaces(brokenDownByHand(time)); });
+         [](std::time_t time) { return isoAtPositions(brokenDownByHand(time)); });
   addRow("julianToISO/gmtime_r_strftime", kUnixTime,
          [](std::time_t time) { return formatted(kIsoFormat, brokenDown(time)); });
 #ifdef ZN_UDF_HAVE_FMT
@@ -196,7 +196,7 @@ void addWritingRows() {
   addRow("formatJulianDate/zn_udf", kJulian,
          [named](unsigned long long julian) { return zn_lib::formatJulianDate(julian, named); });
   addRow("formatJulianDate/baseline:hand_loop", kUnixTime,
-         [](std::time_t time) { return namedMonthAtPlaces(brokenDownByHand(time)); });
+         [](std::time_t time) { return namedMonthAtPositions(brokenDownByHand(time)); });
   addRow("formatJulianDate/gmtime_r_strftime", kUnixTime,
          [](std::time_t time) { return formatted(kNamedMonthFormat, brokenDown(time)); });
 #ifdef ZN_UDF_HAVE_FMT
@@ -208,7 +208,8 @@ void addWritingRows() {
 #ifdef ZN_UDF_HAVE_DATE
 using Milliseconds = date::sys_time<std::chrono::milliseconds>;
 
-/// The instant of a record; that of the epoch for an impossible date, which the library checks too.
+/// Returns the instant of a record, and the epoch for an invalid date, which the library checks,
+/// too.
 Milliseconds toInstant(const zn_lib::date_time_record& record) {
   const date::year_month_day day =
       date::year{record.year} / static_cast<int>(record.month) / static_cast<int>(record.day);

@@ -1,5 +1,5 @@
-/// Day length over a year, against the trigonometry alone that its formulas cannot do without, and
-/// against a library made for astronomers.
+/// Day lengths of a year, compared with the trigonometry that the formulas need, and with a library
+/// for astronomers.
 #include <zn_datetime.h>
 #include <zn_daylength.h>
 
@@ -29,8 +29,8 @@ double yearOfDaylight(unsigned long long firstDay) {
   return sum;
 }
 
-/// The calls of one day: two sines for the sun's longitude, two and an arc sine for the
-/// declination, two tangents and an arc sine for the hour angle.
+/// Makes the calls of one day: two sines for the longitude of the sun, two sines and an arc sine
+/// for the declination, and two tangents and an arc sine for the hour angle.
 double trigonometryOfDay(double angle, double obliquity, double latitude) {
   const double longitude = angle + std::sin(angle) + std::sin(2 * angle);
   const double declination = std::asin(std::sin(obliquity) * std::sin(longitude));
@@ -41,7 +41,7 @@ double yearOfTrigonometry(double latitude) {
   constexpr double radiansPerDay = 0.0172;
   double sum = 0.0;
   for (int i = 0; i < kDays; ++i) {
-    // All angles change from day to day: the compiler takes the sine of a constant out of the loop.
+    // All angles change from day to day, so that the compiler cannot move a sine out of the loop.
     const double change = 1e-9 * i;
     sum += trigonometryOfDay(i * radiansPerDay, 0.4 + change, latitude + change);
   }
@@ -49,8 +49,8 @@ double yearOfTrigonometry(double latitude) {
 }
 
 #ifdef ZN_UDF_HAVE_NOVA
-/// It gives the moments of rise and set, to the second, from a theory of planets with thousands of
-/// terms: far more than the day's length to some minutes.
+/// Computes sunrise and sunset to the second, from a planetary theory with thousands of terms. This
+/// is far more work than a day length with an error of minutes.
 double yearOfRisesAndSets(double firstDay) {
   ln_lnlat_posn observer{};
   observer.lat = kLatitude;

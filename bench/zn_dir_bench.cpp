@@ -1,4 +1,4 @@
-/// Listing a directory through a filter, against bare loops over its entries.
+/// Lists of a directory with a filter, compared with plain loops over its entries.
 #include <dirent.h>
 #include <zn_dir.h>
 
@@ -40,7 +40,7 @@ void addListRows(const std::string& name, const std::string& directory, const st
     zn_lib::listDir(d, filter, false, names);
     return names;
   });
-  // Every name, whatever the filter.
+  // The baseline lists all names and ignores the filter.
   addClockRow(name + "/baseline:readdir", directory,
               [](const std::string& d) { return namesByReaddir(d, all); });
 #ifdef ZN_UDF_HAVE_RE2

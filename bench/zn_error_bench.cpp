@@ -1,4 +1,4 @@
-/// Error catalogs, read: against the parser that the library uses, with a map and alone.
+/// Reading error catalogs, compared with the parser that the library uses, with a map and alone.
 #include <zn_error.h>
 
 #include <cstdlib>

@@ -1,5 +1,5 @@
-/// Files: names taken apart against std::filesystem::path, copies against std::filesystem, and the
-/// hexadecimal dump against the command that is used for it.
+/// Splitting file names and copying files, compared with std::filesystem, and hexadecimal dumps,
+/// compared with xxd.
 #include <fcntl.h>
 #include <unistd.h>
 #include <zn_file.h>
@@ -29,7 +29,7 @@ void writeMebibytes(const std::string& file, int count) {
 
 // ---- Names
 
-/// Cut at the last "/" and the last dot behind it, without regard to names that begin with a dot.
+/// Splits at the last "/" and the last dot, without the rules for special names.
 zn_lib::name_of_file splitByHand(const std::string& name) {
   const std::size_t slash = name.rfind('/');
   const std::size_t dot = name.rfind('.');
@@ -40,7 +40,7 @@ zn_lib::name_of_file splitByHand(const std::string& name) {
 void addSplitRows(const std::string& row, const std::string& name) {
   bench::addRow(row + "/zn_udf", name, [](std::string& n) { return zn_lib::splitFileName(n); });
   bench::addRow(row + "/baseline:rfind", name, splitByHand);
-  // The directory comes without its "/", the extension with its dot.
+  // This directory has no "/" at its end, and the extension has its dot.
   bench::addRow(row + "/std_filesystem_path", name, [](const std::string& n) {
     const fs::path path(n);
     return zn_lib::name_of_file{path.parent_path(), path.stem(), path.extension()};
@@ -54,7 +54,7 @@ struct Copy {
   std::string target;
 };
 
-/// Copied within the kernel, which need not even read the source on file systems that share blocks.
+/// Copies within the kernel, which does not read the source on file systems that share blocks.
 bool copyInKernel(const Copy& copy) {
   constexpr std::size_t most = std::size_t{1} << 30;
   const int in = open(copy.source.c_str(), O_RDONLY | O_CLOEXEC);
@@ -66,7 +66,7 @@ bool copyInKernel(const Copy& copy) {
   return count == 0;
 }
 
-/// Copied through a block of this process: what is left when the kernel may not do it alone.
+/// Copies through a buffer of this process.
 bool copyByBlocks(const Copy& copy) {
   static std::array<char, std::size_t{1} << 17> block;
   const int in = open(copy.source.c_str(), O_RDONLY | O_CLOEXEC);
@@ -80,7 +80,7 @@ bool copyByBlocks(const Copy& copy) {
   return count == 0;
 }
 
-/// Each row replaces the copy of the row before, so that all have its blocks to give back.
+/// Each row replaces the copy of the previous row, so that all rows free the same blocks.
 void addCopyRows(const std::string& row, const Copy& files) {
   bench::addClockRow(row + "/zn_udf", files,
                      [](const Copy& c) { return zn_lib::fileCopy(c.source, c.target, true); });
@@ -106,7 +106,7 @@ void addDumpRow(const std::string& name, const std::string& out, Operation opera
   });
 }
 
-/// The rows of a dump without the library's header and end, each written as soon as it is full.
+/// Writes the rows of a dump one by one, without the header and the end of the library's dump.
 void dumpByHand(const std::string& file) {
   constexpr std::size_t width = 16;
   constexpr const char* digits = "0123456789abcdef";

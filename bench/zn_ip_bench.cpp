@@ -1,5 +1,5 @@
-/// IPv4 addresses, against the C library's own conversions, a library made for networks, and the
-/// pattern that defines the accepted texts.
+/// IPv4 addresses, compared with the conversions of the C library, with a network library, and with
+/// the regular expression that defines the accepted texts.
 #include <arpa/inet.h>
 #include <zn_ip.h>
 
@@ -39,7 +39,7 @@ void addSetRows(const std::string& name, const std::string& text) {
     return address;
   });
 #ifdef ZN_UDF_HAVE_BOOST
-  // It takes every address, with digits above 5 too.
+  // It accepts every address, also with digits above 5.
   addRow(name + "/boost_asio", text, [](const std::string& t) {
     boost::system::error_code error;
     return boost::asio::ip::make_address_v4(t, error);
@@ -47,7 +47,7 @@ void addSetRows(const std::string& name, const std::string& text) {
 #endif
 }
 
-/// Four groups of one to three digits, the last one at the end of the text.
+/// Returns whether `text` consists of four groups of one to three digits.
 bool hasFormat(const std::string& text) {
   int groups = 1;
   int digits = 0;
@@ -76,7 +76,7 @@ void addFormatRows(const std::string& name, const std::string& text) {
 #endif
 }
 
-/// The dotted text of an address in network byte order.
+/// Returns the dotted text of an address in network byte order.
 std::string dottedText(unsigned int binary) {
   Blocks blocks;
   std::memcpy(blocks.data(), &binary, blocks.size());

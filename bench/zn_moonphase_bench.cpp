@@ -1,5 +1,5 @@
-/// Moon phases over a year, against the trigonometry alone that the model cannot do without, and
-/// against a library made for astronomers.
+/// Moon phases of a year, compared with the trigonometry that the model needs, and with a library
+/// for astronomers.
 #include <zn_moonphase.h>
 
 #include <cmath>
@@ -25,19 +25,20 @@ double yearOfPhases(double firstDay) {
   return sum;
 }
 
-/// The calls of one day: three steps of Newton's method for Kepler's equation, a tangent and an arc
-/// tangent for the sun's true anomaly, five sines for the moon's longitude and a cosine for the lit
-/// fraction.
+/// Makes the calls of one day: three steps of Newton's method for Kepler's equation, a tangent and
+/// an arc tangent for the true anomaly of the sun, five sines for the longitude of the moon, and a
+/// cosine for the illuminated fraction.
 double trigonometryOfDay(double angle) {
   constexpr int newtonSteps = 3;
   constexpr int corrections = 5;
-  double e = angle;
+  double eccentricAnomaly = angle;
   for (int i = 0; i < newtonSteps; ++i) {
-    e -= (e - 0.0167 * std::sin(e) - angle) / (1 - 0.0167 * std::cos(e));
+    eccentricAnomaly -= (eccentricAnomaly - 0.0167 * std::sin(eccentricAnomaly) - angle) /
+                        (1 - 0.0167 * std::cos(eccentricAnomaly));
   }
-  double longitude = std::atan(std::tan(e / 2));
-  for (int i = 0; i < corrections; ++i) longitude += std::sin(angle + i);
-  return std::cos(longitude);
+  double moonLongitude = std::atan(std::tan(eccentricAnomaly / 2));
+  for (int i = 0; i < corrections; ++i) moonLongitude += std::sin(angle + i);
+  return std::cos(moonLongitude);
 }
 
 double yearOfTrigonometry(double firstAngle) {
@@ -48,7 +49,7 @@ double yearOfTrigonometry(double firstAngle) {
 }
 
 #ifdef ZN_UDF_HAVE_NOVA
-/// Its theory of the moon has thousands of terms: far more exact than the library's model.
+/// This theory of the moon has thousands of terms, and is far more exact than the model.
 double yearOfLunarDiscs(double firstDay) {
   double sum = 0.0;
   for (int i = 0; i < kDays; ++i) sum += ln_get_lunar_disk(firstDay + i);

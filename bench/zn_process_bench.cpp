@@ -1,4 +1,4 @@
-/// A child process that does nothing, against the system's own ways to run one.
+/// Running a program that does nothing, compared with the functions of the system.
 #include <zn_process.h>
 
 #include <string>

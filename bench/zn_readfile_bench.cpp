@@ -1,5 +1,5 @@
-/// A file printed to another one, against the command and against the loops that one writes for it.
-/// All run in a child process, since the command has to.
+/// Printing a file to another one, compared with cat and with common loops. All of them run in a
+/// child process, as cat does.
 #include <fcntl.h>
 #include <unistd.h>
 #include <zn_readfile.h>

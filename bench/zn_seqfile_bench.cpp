@@ -1,5 +1,4 @@
-/// The numbered variant of a name in a directory with many others, against the loop that looks for
-/// a name with the directory's functions.
+/// Numbering a name in a large directory, compared with loops that search the directory for a name.
 #include <dirent.h>
 #include <zn_seqfile.h>
 
@@ -15,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The last of the names in `directory` that hold `base`.
+/// Returns the last name in `directory` that contains `base`.
 std::string lastByReaddir(const std::string& directory, const std::string& base) {
   std::string last;
   const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(directory.c_str()), &closedir);

@@ -1,5 +1,5 @@
-/// Settings, loaded and saved: against the parser that the library uses, with a map and alone, and
-/// against libraries that make a document of the file.
+/// Loading and saving settings, compared with the parser that the library uses, with a map and
+/// alone, and with libraries that build a document from the file.
 #include <zn_setcfg.h>
 
 #include <memory>
@@ -14,7 +14,7 @@ namespace {
 
 using bench::storeIn;
 
-// The rows' stores: one in the order that the library saves, one in another, one for growth.
+// The names of the stores: one in the order that the library saves, one shuffled, one for growth.
 constexpr const char* kSorted = "sorted";
 constexpr const char* kShuffled = "shuffled";
 constexpr const char* kGrowing = "growing";
@@ -46,7 +46,7 @@ void addSaveRows(const std::string& directory) {
   store->name = "saved";
   store->save();
   bench::addClockRow("save_10000/zn_udf", store, [](const auto& s) { return s->save(); });
-  // The bytes that the library writes, over those of the last time, on the disk as they are there.
+  // Writes the same bytes over the last file, and waits until they are on the disk.
   const std::string bytes = readFile(store->getConfigurationFile());
   const std::string plain = directory + "/written";
   bench::addClockRow("save_10000/baseline:write_and_fsync", bytes, [plain](const std::string& b) {
@@ -54,7 +54,7 @@ void addSaveRows(const std::string& directory) {
     return bench::synchronise(plain);
   });
 #ifdef ZN_UDF_HAVE_PUGIXML
-  // It keeps no earlier file and writes over the last one.
+  // It keeps no backup and writes over the last file.
   const std::string file = directory + "/saved_by_pugixml";
   bench::addClockRow("save_10000/pugixml_and_fsync", store, [file](const auto& s) {
     pugi::xml_document document;

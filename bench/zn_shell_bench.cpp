@@ -1,4 +1,4 @@
-/// A shell command that does nothing, against the C library's function for it.
+/// Running a shell command that does nothing, compared with the function of the C library.
 #include <zn_shell.h>
 
 #include <cstdlib>

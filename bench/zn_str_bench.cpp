@@ -1,5 +1,5 @@
-/// Strings: recognition against the patterns that define it, rewriting against fast libraries, and
-/// all against loops written by hand.
+/// Recognising forms, compared with the regular expressions that define them, and rewriting texts,
+/// compared with fast libraries and with loops written by hand.
 #include <strings.h>
 #include <zn_str.h>
 
@@ -43,7 +43,7 @@ bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
-/// A text without the characters for which `drop` is true, as one writes it without much thought.
+/// Returns `text` without the characters for which `drop` is true, by a simple loop.
 template <class Drop>
 std::string keepOthers(const std::string& text, Drop drop) {
   std::string kept;
@@ -59,7 +59,7 @@ std::string eraseRemove(std::string text, Drop drop) {
   return text;
 }
 
-/// Whether `text` has only characters that numbers have, wherever they stand.
+/// Returns whether `text` has only characters of numbers, in any order.
 bool hasCharactersOfNumbers(const std::string& text) {
   return std::all_of(text.begin(), text.end(), [](char c) {
     return isDigit(c) || c == ',' || c == '.' || c == '-' || c == '+' || c == 'e' || c == 'E';
@@ -78,7 +78,7 @@ void addNumberRows(const std::string& name, const std::string& text) {
 #endif
 }
 
-/// The keywords that have the length of `text`.
+/// Returns whether `text` is one of the keywords.
 bool isKeyword(const std::string& text) {
   const auto is = [&](const char* keyword) { return strcasecmp(text.c_str(), keyword) == 0; };
   switch (text.size()) {
@@ -103,7 +103,7 @@ void addBoolRows(const std::string& text) {
   addRow(name + "/std_regex", text,
          [pattern](const std::string& t) { return std::regex_match(t, pattern); });
 #ifdef ZN_UDF_HAVE_ABSL
-  // It knows five words for each of true and false, and tells a third answer.
+  // It knows five words for true and five for false, and rejects others.
   addRow(name + "/absl_SimpleAtob", text, [](const std::string& t) {
     bool value = false;
     return absl::SimpleAtob(t, &value) && value;
@@ -276,15 +276,16 @@ void addPercentRows() {
 }
 
 template <class Operation>
-void addTextGrowth(const std::string& what, const std::string& alphabet, Operation operation,
-                   const std::string& who = "zn_udf") {
+void addTextGrowth(const std::string& work, const std::string& alphabet, Operation operation,
+                   const std::string& implementation = "zn_udf") {
   bench::addGrowth(
-      what, bench::kSmallText, bench::kLargeText,
-      [alphabet](std::size_t size) { return bench::randomText(alphabet, size); }, operation, who);
+      work, bench::kSmallText, bench::kLargeText,
+      [alphabet](std::size_t size) { return bench::randomText(alphabet, size); }, operation,
+      implementation);
 }
 
 void addGrowthRows() {
-  // What the memory of a result costs as it grows.
+  // The cost of the memory of a result.
   addTextGrowth("copy", "abcdefgh", copyOf, "baseline:memcpy");
   addTextGrowth("allTrim_of_whitespace", " \t\r\n",
                 [](const std::string& t) { return zn_lib::allTrim(t); });
@@ -295,7 +296,7 @@ void addGrowthRows() {
                 [](const std::string& t) { return zn_lib::removeQuotes(t); });
   addTextGrowth("replaceChar", "abcdefgh,",
                 [](const std::string& t) { return zn_lib::replaceChar(t, ',', ';'); });
-  // Every search is a near miss: all but the last character of what is searched is everywhere.
+  // Each position of the text matches all but the last character of the search.
   addTextGrowth("replaceString_near_misses", "a",
                 [](const std::string& t) { return zn_lib::replaceString(t, "aaaaaaab", ""); });
 }

@@ -1,4 +1,4 @@
-/// Lines written to a file, against the standard library's streams and the system alone.
+/// Writing lines to a file, compared with the streams of the standard library and with the system.
 #include <fcntl.h>
 #include <unistd.h>
 #include <zn_writefile.h>
@@ -37,7 +37,7 @@ bool writeByFputs(const std::string& name, std::size_t lines, const std::string&
   return std::fclose(file) == 0;
 }
 
-/// All bytes in one call.
+/// Writes all bytes in one call.
 bool writeAtOnce(const std::string& name, const std::string& bytes) {
   const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
   const ssize_t count = write(file, bytes.data(), bytes.size());
