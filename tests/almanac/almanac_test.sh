@@ -1,6 +1,6 @@
 #!/bin/sh
-# The almanac prints what the stored tables beside this script say, keeps settings, writes files and pictures, and ends as
-# it should when something is wrong. The cases are in the scripts beside this one.
+# Tests the example program almanac: its tables, settings, files, pictures, errors and exit statuses. The scripts beside
+# this one contain the cases.
 # usage: almanac_test.sh PATH_TO_ALMANAC
 set -u
 if [ $# -ne 1 ] || [ ! -x "$1" ]; then
@@ -19,7 +19,7 @@ unset XDG_CONFIG_HOME
 checked=0
 failed=0
 
-# report NAME STATUS [FILE]: counts a case; status 0 is success. The file tells more about a failure.
+# report NAME STATUS [FILE]: counts a case, which succeeds with status 0. The file describes a failure.
 report() {
   checked=$((checked + 1))
   [ "$2" -eq 0 ] && return
@@ -34,7 +34,7 @@ run() {
   status=$?
 }
 
-# expect_table NAME EXPECTED_FILE ARGUMENT...: success with exactly that output, and no message.
+# expect_table NAME EXPECTED_FILE ARGUMENT...: expects success with exactly this output, and no message.
 expect_table() {
   name=$1
   expected=$2
@@ -45,15 +45,15 @@ expect_table() {
   report "$name" $? why
 }
 
-# expect_stored NAME ARGUMENT...: the same with the stored file NAME.txt.
+# expect_stored NAME ARGUMENT...: expects the output NAME.txt.
 expect_stored() {
   name=$1
   shift
   expect_table "$name" "$data/$name.txt" "$@"
 }
 
-# expect_error NAME STATUS PATTERN ARGUMENT...: that exit status, nothing on standard output, and on standard error one
-# line, an error that the pattern matches.
+# expect_error NAME STATUS PATTERN ARGUMENT...: expects this exit status, no output, and on standard error one line with
+# an error that matches the pattern.
 expect_error() {
   name=$1
   expected_status=$2
@@ -65,13 +65,13 @@ expect_error() {
   report "$name" $? why
 }
 
-# is_error PATTERN: whether `err` is one line, an error with its number that the pattern matches.
+# is_error PATTERN: succeeds if `err` is one line with a numbered error that matches the pattern.
 is_error() {
   sed -n 's/^ERROR: #\([0-9]*\)	.*/\1/p' err >>seen
   [ "$(wc -l <err)" -eq 1 ] && [ -z "$(tail -c 1 err)" ] && grep -q '^ERROR: #[0-9][0-9]*	' err && grep -qe "$1" err
 }
 
-# expect_silent_pipe NAME: what a pipeline left in `first`, `err` and `status` is one row and a death by SIGPIPE.
+# expect_silent_pipe NAME: expects that a pipeline left one row in `first` and ended by SIGPIPE without a message.
 expect_silent_pipe() {
   { echo "exit status $(cat status)"; cat err first; } >why
   [ "$(cat status)" -eq 141 ] && [ ! -s err ] && cmp -s first one_row

@@ -1,4 +1,4 @@
-# Options that cannot be understood, and output that cannot be written. Sourced by almanac_test.sh.
+# Invalid options, and output that cannot be written. Sourced by almanac_test.sh.
 
 # ---- The command line
 
@@ -39,7 +39,7 @@ expect_silent_pipe "broken pipe"
 (trap '' PIPE; { "$almanac" $many 2>err; echo $? >status; } | head -n 1 >first)
 expect_silent_pipe "broken pipe, signal ignored by the parent"
 
-# expect_lost NAME: what a command left in `err` and `status` is the error of a failed write.
+# expect_lost NAME: expects the error of a failed write in `err` and `status`.
 expect_lost() {
   { echo "exit status $status"; cat err; } >why
   [ "$status" -eq 1 ] && is_error 'cannot write to standard output$'

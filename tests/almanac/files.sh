@@ -3,16 +3,16 @@
 run --latitude -20.5 --from 2026-06-01
 mv out south
 
-# write ANSWER ARGUMENT...: runs with the south's table and the answer on standard input.
+# write ANSWER ARGUMENT...: runs the almanac for a southern place with the answer on standard input.
 write() {
-  # The answer may hold \n.
+  # The answer may contain \n.
   # shellcheck disable=SC2059
   printf "$1" >answer
   shift
   run --latitude -20.5 --from 2026-06-01 "$@" <answer
 }
 
-# expect_files NAME OUTPUT FILE...: success without a message, that output, and these files, separated by spaces, in `files`.
+# expect_files NAME OUTPUT FILE...: expects success without a message, this output, and these files in `files`.
 expect_files() {
   name=$1
   output=$2
@@ -22,7 +22,7 @@ expect_files() {
   report "$name" $? why
 }
 
-# expect_kept_file NAME MESSAGE FILE: an error, and a file that holds "old" as before.
+# expect_kept_file NAME MESSAGE FILE: expects an error, and a file that still contains "old".
 expect_kept_file() {
   { echo "exit status $status"; cat err out "$3"; } >why
   [ "$status" -eq 1 ] && is_error "$2" && [ "$(cat "$3")" = old ]
@@ -65,7 +65,7 @@ expect_files "with a number" files/t-1.txt t-1.txt t.txt
 cmp -s files/t-1.txt south && [ "$(cat files/t.txt)" = old ]
 report "the numbered file holds the table" $?
 echo old >files/t-1.txt
-# The name goes to standard output before the question.
+# The name is written to standard output before the question.
 write 'n' --output files/t.txt --number
 : >out
 expect_kept_file "a numbered file that exists" 'kept "files/t-1.txt" as it was$' files/t-1.txt

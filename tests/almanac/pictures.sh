@@ -1,6 +1,6 @@
-# The pictures of --svg, as another reader of XML sees them. Sourced by almanac_test.sh.
+# The pictures of --svg, read by another XML program. Sourced by almanac_test.sh.
 
-# expect_picture NAME FILE ARGUMENT...: success, nothing printed, a well-formed picture without a number that is none.
+# expect_picture NAME FILE ARGUMENT...: expects success without output, and a well-formed picture without NaN.
 expect_picture() {
   name=$1
   file=$2
@@ -11,22 +11,22 @@ expect_picture() {
   report "$name" $? why
 }
 
-# moons FILE: a line for each quarter of the moon, its date and name.
+# moons FILE: prints the date and the name of each quarter of the moon.
 moons() {
   xmllint --xpath "//*[local-name()='g']/*[local-name()='title']/text()" "$1"
 }
 
-# day_of_epoch DATE: days since 1970.
+# day_of_epoch DATE: prints the days since 1970.
 day_of_epoch() {
   echo $(($(date -u -d "$1" +%s) / 86400))
 }
 
-# No new or full moon of these years falls within an hour of midnight, where the model may miss the date.
+# No new or full moon of these years is within an hour of midnight, where the error of the model may change its date.
 for year in 2011 2020 2029; do
   expect_picture "a picture of $year" $year.svg --latitude 52 --from $year
   first=$(day_of_epoch $year-01-01)
   last=$(day_of_epoch $year-12-31)
-  # The reference counts days since 31 December 1979, day 3651 of the other count.
+  # The reference counts days since 31 December 1979, which is day 3651 since 1970.
   awk -F, -v first="$first" -v last="$last" '/^[0-9]/ && $1 + 3651 >= first && $1 + 3651 < last + 1 {
     print int(($1 + 3651) * 86400), $2 == 0 ? "new moon" : "full moon" }' "$data/../data/moon_instants_reference.csv" |
     while read -r seconds name; do echo "$(date -u -d "@$seconds" +%Y-%m-%d) $name"; done >expected
@@ -49,7 +49,7 @@ for file in 2029.svg south.svg; do
   report "the quarters take turns in $file" $? quarters
 done
 
-# lit QUARTER FILE: how it is lit, "none", "whole", or the sweep flag of its arc: 0 right, 1 left.
+# lit QUARTER FILE: prints the lit part: "none", "whole", or the sweep flag of its arc, 0 for right and 1 for left.
 lit() {
   xmllint --xpath "(//*[local-name()='g'][contains(*[local-name()='title'], '$1')])[1]" "$2" |
     sed -n 's/.*<circle[^>]*class="lit".*/whole/p; t

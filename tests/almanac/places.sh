@@ -23,7 +23,7 @@ expect_error "empty file" 1 'there is no place' --place X --places empty.tab
 expect_error "program as places" 1 'malformed line: .*, line 1$' --place X --places "$almanac"
 expect_error "endless line" 1 'too long: "/dev/zero", line 1$' --place X --places /dev/zero
 
-# Each of these lines spoils a file whose second line is the place that is wanted.
+# Each of these lines makes a file invalid whose second line is the requested place.
 while IFS= read -r line; do
   { printf '# test\nNL\t+5222+00454\tEurope/Amsterdam\n'; printf '%b\n' "$line"; } >bad.tab
   expect_error "malformed line '$line'" 1 'malformed line: "bad.tab", line 3$' \
@@ -71,7 +71,7 @@ NL\t+5222+00454\tA/B\tcomm\0033ent
 NL\t+5222+00454\rA/B
 END
 
-# Each of these lines is as good as the one in the test's places.
+# Each of these lines is equivalent to the one in the file of places.
 run --place Europe/Amsterdam --places "$places" --from 2026-06-01 --days 2
 mv out amsterdam
 while IFS= read -r line; do

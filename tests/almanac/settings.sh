@@ -1,13 +1,13 @@
-# What --save keeps. Sourced by almanac_test.sh.
+# The settings of --save. Sourced by almanac_test.sh.
 
-# The south's days, whatever the settings: the table of latitude -20.5.
+# Prints the table of latitude -20.5, regardless of the settings.
 run --latitude -20.5 --from 2026-06-01
 mv out south
 run --latitude -20.5 --from 2026-06-01 --order dmy --format full
 mv out south_full
 kept=home/.config/almanac.cfg
 
-# expect_kept NAME FILE VALUE...: what another reader of XML finds in the settings file.
+# expect_kept NAME FILE VALUE...: expects these values in the settings file, read by another XML program.
 expect_kept() {
   name=$1
   file=$2
@@ -54,7 +54,7 @@ expect_table "the list" listed --settings
 expect_table "the list after saving" listed --settings --save
 expect_table "the list asks for nothing else" listed --settings --place Nowhere --days x
 
-# What the file holds is refused where it is needed, and only there.
+# An invalid value in the file is only an error if it is used.
 sed -i 's/>mdy</>mddy</' $kept
 expect_error "a bad order is kept" 1 'invalid value "mddy" for the setting "order" in ".*/home/.config/almanac.cfg"$' --days 1
 expect_table "a bad order that is not needed" south_full --from 2026-06-01 --order dmy
@@ -89,7 +89,7 @@ expect_error "settings below a file" 1 'cannot save the settings to ".*/places.t
 expect_error "no list after settings that could not be saved" 1 'cannot save' --latitude 5 --save --settings
 unset XDG_CONFIG_HOME
 
-# A file edited by hand that could not be written again with all that it holds.
+# A file that was edited by hand and cannot be written again without loss.
 while IFS='|' read -r text pattern; do
   printf '%s\n' "$text" >$kept
   cp $kept before

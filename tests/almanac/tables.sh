@@ -1,4 +1,4 @@
-# The rows of the table, and the values that make them. Sourced by almanac_test.sh.
+# The rows of tables and their values. Sourced by almanac_test.sh.
 
 # ---- Tables
 
@@ -26,7 +26,7 @@ done >formats 2>&1
 diff "$data/formats.txt" formats >why
 report formats $? why
 
-# Each date as it is printed is read again, in the same order, as the same day.
+# Each printed date is read as the same day, in the same order.
 for format in iso number short full; do
   for order in dmy mdy ymd; do
     run --latitude 45 --from 2024-03-05 --days 1 --format $format --order $order
@@ -50,7 +50,7 @@ run --latitude 52
 [ "$(wc -l <out)" -eq 7 ]
 report "a week when --days is not given" $?
 
-# Today is that of the time zone: these two never have the same date.
+# Today depends on the time zone. These two zones never have the same date.
 for zone in EAST-14 WEST+12; do
   earliest=$(TZ=$zone date +%Y-%m-%d)
   TZ=$zone "$almanac" --latitude 52 --days 1 >out 2>err
@@ -61,9 +61,10 @@ for zone in EAST-14 WEST+12; do
   report "today, TZ=$zone" $? why
 done
 
-# ---- The columns agree with each other
+# ---- Consistency of the columns
 
-# Consecutive dates; the change is the difference of the lengths; as many marks as hours; the phase fits the lit share.
+# The dates are consecutive, the change is the difference of the lengths, each hour has a mark, and the phase matches
+# the lit fraction.
 for latitude in -60 -0.5 23.4 52.366666666666667 65; do
   run --latitude $latitude --from 2023-12-31 --days 400
   awk -v rows=400 '
@@ -102,7 +103,7 @@ done
 
 # ---- Dates
 
-# Each line: the order, the text, the same date in ISO 8601.
+# Each line has the order, a text, and the same date in ISO 8601.
 cat >dates <<'END'
 ymd|20240305|2024-03-05
 ymd|2024-03|2024-03-01

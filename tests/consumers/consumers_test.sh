@@ -1,5 +1,5 @@
 #!/bin/sh
-# Programs of other people, built against the library as it is installed, and with it as a part of theirs.
+# Tests projects of hosts that use the installed library, and projects that build it as a part of themselves.
 # usage: consumers_test.sh SOURCE_DIR BUILD_DIR COMPILER [FLAGS]
 set -eu
 source=$1
@@ -11,14 +11,14 @@ consumers=$source/tests/consumers
 # shellcheck source=tests/scripts/functions.sh
 . "$source/tests/scripts/functions.sh"
 
-# expect_host WHAT PROGRAM: the program prints what it should, with the library that it finds by itself.
+# expect_host WHAT PROGRAM: expects the output of the program, which finds the library itself.
 expect_host() {
   env -u LD_LIBRARY_PATH "$2" >"$work/printed" 2>&1 || fail "$1 does not run" "$work/printed"
   diff "$consumers/host.out" "$work/printed" || fail "$1"
   echo "$1"
 }
 
-# ---- What is installed
+# ---- Installed files
 
 quietly "installing" cmake --install "$build" --prefix "$work/first"
 quietly "installing below DESTDIR" env DESTDIR="$work/stage" cmake --install "$build" --prefix /opt/zn
@@ -36,12 +36,12 @@ if grep -rIlF -e "$source" -e "$build" -e "$work/first" "$work/first" >"$work/na
 fi
 echo "installed files"
 
-# Everything is found where it is moved to.
+# An installation can be moved.
 mkdir "$work/moved"
 mv "$work/first" "$work/moved/prefix"
 prefix=$work/moved/prefix
 
-# ---- Installed
+# ---- The installed library
 
 quietly "find_package" cmake -S "$consumers/find_package" -B "$work/find_package" -DCMAKE_PREFIX_PATH="$prefix" \
   -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror"
@@ -52,13 +52,13 @@ pc_dir=$(dirname "$(find "$prefix" -name zn_udf.pc)")
 export PKG_CONFIG_PATH="$pc_dir"
 [ "$(pkg-config --modversion zn_udf)" = 1.1 ] || fail "the version of pkg-config"
 library_dir=$(pkg-config --variable=libdir zn_udf)
-# The flags are lists of words.
+# The flags are separate words.
 # shellcheck disable=SC2046,SC2086
 quietly "pkg-config" $flags -std=c++17 "$consumers/host.cpp" $(pkg-config --cflags --libs zn_udf) \
   "-Wl,-rpath,$library_dir" -o "$work/by_pkg_config"
 expect_host "pkg-config" "$work/by_pkg_config"
 
-# A program that carries the library in `libs` beside its own directory, wherever both are moved to.
+# A program finds the library in `libs` beside its own directory, and both can be moved.
 mkdir -p "$work/made/bin" "$work/made/libs"
 cp "$library_dir"/libzn_udf.so.1 "$work/made/libs/"
 # shellcheck disable=SC2046,SC2086,SC2016
@@ -70,7 +70,7 @@ expect_host "libs beside the program's directory" "$work/shipped/bin/host"
 rm "$work/shipped/libs/libzn_udf.so.1"
 if "$work/shipped/bin/host" >"$work/log" 2>&1; then fail "the program runs without the library"; fi
 
-# ---- The example, installed with the library
+# ---- The installed example
 
 quietly "installing the example" sh -c "cmake --install '$build' --prefix '$work/example' &&
   cmake --install '$build' --component examples --prefix '$work/example'"
@@ -79,7 +79,7 @@ grep -q '^ERROR: #1	unknown or ambiguous option "--bogus"' "$work/log" || fail "
 [ -e "$work/example/share/man/man1/almanac.1" ] || fail "almanac without its manual"
 echo "the example"
 
-# ---- As a part of another project
+# ---- The library as a part of another project
 
 for fetch in OFF ON; do
   quietly "add_subdirectory, FetchContent $fetch" cmake -S "$consumers/add_subdirectory" -B "$work/sub_$fetch" \

@@ -2,7 +2,7 @@
 """Makes the reference values that the tests of the day length and of the moon phase compare with.
 
 Source: PyEphem 4.1, whose libastro computes the sun from VSOP87 and the moon from a truncated
-ELP2000-82B, both far closer to the truth than what is compared with them.
+ELP2000-82B. Both are far more accurate than the models of this library.
 
     /usr/bin/python3 tests/data/make_sky_reference.py
 
@@ -29,7 +29,7 @@ DIRECTORY = pathlib.Path(__file__).resolve().parent
 FIRST = datetime.date(2000, 1, 1)
 LAST = datetime.date(2050, 12, 31)
 
-# Neither divides the year or the month evenly, so that the rows meet every season and every phase.
+# Neither divides the year or the month evenly, so that the rows cover every season and every phase.
 DAYS_BETWEEN_DATES = 41
 DAYS_BETWEEN_PHASES = 9.7731
 
@@ -44,7 +44,7 @@ def day_length(date, latitude, longitude=0.0):
     place = ephem.Observer()
     place.lat, place.lon = math.radians(latitude), math.radians(longitude)
     place.elevation = 0.0
-    place.pressure = 0.0  # no refraction of libastro's own: the horizon has it
+    place.pressure = 0.0  # libastro adds no refraction, which is part of the horizon
     place.horizon = "-0:34"
     noon = ephem.Date(ephem.Date((date.year, date.month, date.day, 12)) - longitude / 360.0)
     sun = ephem.Sun()

@@ -1,5 +1,5 @@
 #!/bin/sh
-# This machine's answers are those of the machine that printed EXPECTED.
+# Tests that the results of this machine are those of the machine that printed EXPECTED.
 # usage: answers_test.sh PROGRAM EXPECTED
 set -eu
 found=$(mktemp)
@@ -7,7 +7,7 @@ trap 'rm -f "$found"' EXIT
 "$1" >"$found"
 if ! cmp "$2" "$found"; then
   diff "$2" "$found" | head -40
-  echo "FAILED: $(diff "$2" "$found" | grep -c '^>') of $(wc -l <"$found") answers differ (<: expected, >: here)"
+  echo "FAILED: $(diff "$2" "$found" | grep -c '^>') of $(wc -l <"$found") results differ (<: expected, >: here)"
   exit 1
 fi
-echo "$(wc -l <"$found") answers are the same"
+echo "$(wc -l <"$found") results are the same"

@@ -1,5 +1,5 @@
 #!/bin/sh
-# libedit is found where Debian and others put its header, and where FreeBSD's base system does.
+# Tests that libedit is found by the header of most systems and by that of the FreeBSD base system.
 # usage: libedit_test.sh SOURCE_DIR
 set -eu
 source=$1
@@ -16,7 +16,7 @@ get_target_property(include LibEdit::LibEdit INTERFACE_INCLUDE_DIRECTORIES)
 file(WRITE \${CMAKE_BINARY_DIR}/found "\${include} \${LibEdit_LIBRARY}")
 EOF
 
-# found ROOT: what is found on a machine that has no more than ROOT.
+# found ROOT: prints what is found on a machine whose only files are in ROOT.
 found() {
   rm -rf "$work/build"
   quietly "finding libedit in $1" cmake -S "$work/project" -B "$work/build" -DCMAKE_PREFIX_PATH="$1" \
@@ -30,7 +30,7 @@ for header in editline/readline.h edit/readline/readline.h; do
   : >"$root/include/$header"
   : >"$root/lib/libedit.so"
   [ "$(found "$root")" = "$root/include $root/lib/libedit.so" ] || fail "$header: $(found "$root")"
-  # The source that prompts includes the same header.
+  # The source includes the same header.
   grep -q "^#include <$header>" "$source/src/udf/zn_output.cpp" || fail "nothing includes $header"
 done
 echo "libedit is found by both names of its header"

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Programs that were linked with version 1.1 still run with this library: nothing that they use has changed or gone. What
-# was added does not matter. The library needs debug information.
+# Tests that programs that were linked with version 1.1 still run with this library: nothing that they use has changed
+# or is missing. Additions do not matter. The library must have debug information.
 # usage: abi_test.sh LIBRARY BASELINE
 #        abi_test.sh --record LIBRARY BASELINE   (writes the baseline; for a new major version only)
 set -eu

@@ -1,5 +1,5 @@
 #!/bin/sh
-# ZN_UDF_ASSERTIONS decides about assertions, whatever the build type.
+# Tests that ZN_UDF_ASSERTIONS enables or disables assertions in each build type.
 # usage: assertions_test.sh SOURCE_DIR COMPILER
 set -eu
 source=$1
@@ -15,7 +15,7 @@ for build_type in Debug Release; do
     quietly "compiling" make -C "$build" src/udf/zn_xmlparser.cpp.o
     object=$(find "$build" -name zn_xmlparser.cpp.o)
     if nm "$object" | grep -q 'U .*assert'; then found=ON; else found=OFF; fi
-    [ $found = $option ] || fail "$build_type with ZN_UDF_ASSERTIONS=$option has its assertions $found"
+    [ $found = $option ] || fail "$build_type with ZN_UDF_ASSERTIONS=$option has assertions $found"
   done
 done
-echo "Assertions are as ZN_UDF_ASSERTIONS says"
+echo "ZN_UDF_ASSERTIONS works in each build type"

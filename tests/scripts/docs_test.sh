@@ -1,6 +1,6 @@
 #!/bin/sh
-# The API reference builds without a warning: everything public is documented, and every link leads somewhere. The
-# picture in docs/ARCHITECTURE.md shows who includes whom.
+# Tests that the API reference builds without a warning: everything public is documented, and no link is broken. The
+# diagram in docs/ARCHITECTURE.md must show the includes.
 # usage: docs_test.sh DOXYGEN DOXYFILE SOURCE_DIR
 set -eu
 doxygen=$1
@@ -9,7 +9,7 @@ source=$3
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-# The last setting of a name counts.
+# The last value of a setting counts.
 { cat "$doxyfile"; printf 'OUTPUT_DIRECTORY = "%s"\n' "$work"; } >"$work/Doxyfile"
 if ! "$doxygen" "$work/Doxyfile" >"$work/log" 2>&1 || [ -s "$work/log" ]; then
   cat "$work/log"
@@ -19,7 +19,7 @@ fi
 [ -s "$work/html/index.html" ] || { echo "FAILED: there is no index.html"; exit 1; }
 echo "The reference builds without warnings"
 
-# "a --> b & c" as "a b" and "a c".
+# Writes "a --> b & c" as "a b" and "a c".
 sed -n 's/ -->//p' "$source/docs/ARCHITECTURE.md" | tr -d '&' |
   awk '{for (i = 2; i <= NF; ++i) print $1, $i}' | sort -u >"$work/drawn"
 for file in "$source"/src/udf/*.cpp "$source"/include/*.h; do
@@ -30,6 +30,7 @@ for file in "$source"/src/udf/*.cpp "$source"/include/*.h; do
     fi
   done
 done | sort -u >"$work/included"
-[ -s "$work/drawn" ] || { echo "FAILED: docs/ARCHITECTURE.md has no picture"; exit 1; }
-diff -u "$work/drawn" "$work/included" || { echo "FAILED: docs/ARCHITECTURE.md draws other arrows"; exit 1; }
-echo "docs/ARCHITECTURE.md draws the includes"
+[ -s "$work/drawn" ] || { echo "FAILED: docs/ARCHITECTURE.md has no diagram"; exit 1; }
+diff -u "$work/drawn" "$work/included" ||
+  { echo "FAILED: the diagram in docs/ARCHITECTURE.md has other arrows"; exit 1; }
+echo "The diagram in docs/ARCHITECTURE.md shows the includes"

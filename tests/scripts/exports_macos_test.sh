@@ -1,5 +1,6 @@
 #!/bin/sh
-# The list of what is exported on macOS admits all that this build's library exports, and each line of it something.
+# Tests that the list of exports for macOS matches all symbols that this library exports, and that each of its patterns
+# matches a symbol.
 # usage: exports_macos_test.sh LIBRARY LIST [NM]
 set -eu
 library=$1
@@ -11,17 +12,18 @@ trap 'rm -rf "$work"' EXIT
   >"$work/symbols"
 grep -v '^#' "$list" >"$work/patterns"
 
-# A pattern of the linker's is one of the shell's.
-: >"$work/admitted"
+# The patterns of the linker are patterns of the shell.
+: >"$work/matched"
 while read -r pattern; do
-  before=$(wc -l <"$work/admitted")
+  before=$(wc -l <"$work/matched")
   while read -r symbol; do
     # shellcheck disable=SC2254
-    case $symbol in $pattern) echo "$symbol" >>"$work/admitted" ;; esac
+    case $symbol in $pattern) echo "$symbol" >>"$work/matched" ;; esac
   done <"$work/symbols"
-  [ "$(wc -l <"$work/admitted")" -gt "$before" ] || { echo "FAILED: $pattern admits nothing"; exit 1; }
+  [ "$(wc -l <"$work/matched")" -gt "$before" ] || { echo "FAILED: $pattern matches no symbol"; exit 1; }
   # shellcheck disable=SC2194,SC2254
-  case __ZNSt6vectorIiSaIiEE4dataEv in $pattern) echo "FAILED: $pattern admits the standard library"; exit 1 ;; esac
+  case __ZNSt6vectorIiSaIiEE4dataEv in $pattern) echo "FAILED: $pattern matches the standard library"; exit 1 ;; esac
 done <"$work/patterns"
-sort -u "$work/admitted" | diff "$work/symbols" - || { echo "FAILED: exported, and not in $list"; exit 1; }
-echo "$(wc -l <"$work/symbols") symbols are exported on macOS as here"
+sort -u "$work/matched" | diff "$work/symbols" - ||
+  { echo "FAILED: $list does not match all exported symbols"; exit 1; }
+echo "$(wc -l <"$work/symbols") symbols would be exported on macOS, too"

@@ -1,5 +1,5 @@
 #!/bin/sh
-# The library exports exactly its documented interface: the symbols listed in the second argument, which are those of
+# Tests that the library exports exactly its documented interface: the symbols in EXPECTED_FILE, which are those of
 # 64-bit machines.
 # usage: exports_test.sh LIBRARY EXPECTED_FILE [NM]
 set -eu
@@ -12,19 +12,19 @@ trap 'rm -f "$found" "$listed"' EXIT
 "$nm" -D --defined-only "$library" | cut -d' ' -f3- | c++filt | LC_ALL=C sort -u >"$found"
 cp "$expected" "$listed"
 if grep -q 'std::__1::' "$found"; then
-  # Built with libc++: the same names, but for the namespaces of the standard library's types.
+  # With libc++ only the namespaces of the standard types differ.
   for names in "$found" "$listed"; do
     sed -i 's/std::__1::/std::/g; s/std::__cxx11::/std::/g; s/\[abi:cxx11\]//g' "$names"
     LC_ALL=C sort -u -o "$names" "$names"
   done
 fi
 if readelf -h "$library" | grep -q 'Class: *ELF32'; then
-  # There a size is an unsigned int.
+  # On this machine std::size_t is unsigned int.
   sed -i 's/unsigned long long/WIDE/g; s/unsigned long/unsigned int/g; s/WIDE/unsigned long long/g' "$listed"
   LC_ALL=C sort -u -o "$listed" "$listed"
 fi
 if ! diff -u "$listed" "$found"; then
-  echo "FAILED: the exported symbols are not those of $expected (-: lost, +: new)"
+  echo "FAILED: the exported symbols are not those of $expected (-: missing, +: new)"
   exit 1
 fi
 echo "$(wc -l <"$found") exported symbols, as listed"

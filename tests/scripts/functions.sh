@@ -1,15 +1,17 @@
-# What the tests that are shell scripts share. Sourced: gives them an empty directory, $work, that is gone with them.
+# Functions of the tests that are shell scripts, which source this file. Creates the directory $work, which is removed
+# when the test ends.
+# shellcheck shell=sh
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-# fail WHAT [FILE]: ends the test; the file tells more.
+# fail WHAT [FILE]: ends the test with a message and the contents of the file.
 fail() {
   echo "FAILED: $1"
   if [ $# -gt 1 ]; then cat "$2"; fi
   exit 1
 }
 
-# quietly WHAT COMMAND...: its output is shown only when it fails.
+# quietly WHAT COMMAND...: shows the output of the command only if it fails.
 quietly() {
   what=$1
   shift

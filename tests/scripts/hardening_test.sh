@@ -1,8 +1,8 @@
 #!/bin/sh
-# The optimised library is built the way Debian hardens its packages.
+# Tests that the optimised library is built with the hardening of Debian packages.
 # usage: hardening_test.sh LIBRARY
 set -eu
-expect() { # expect WHAT PATTERN OPTION: readelf with that option shows the pattern.
+expect() { # expect WHAT PATTERN OPTION: the output of readelf with this option matches the pattern.
   readelf -W "$3" "$library" >"$out"
   grep -qE "$2" "$out" || { echo "FAILED: $1"; exit 1; }
 }

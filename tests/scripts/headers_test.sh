@@ -1,14 +1,14 @@
 #!/bin/sh
-# Each public header compiles as the first include of a program, with both compilers, as C++17 and C++20, without a
-# warning, and brings no <regex> with it. It declares the same where the host has macros of its own with the names of
-# headers. Every macro that a public or private header defines begins with ZN_.
+# Tests that each public header compiles as the first include of a program, with both compilers, as C++17 and C++20,
+# without a warning, and does not include <regex>. Include guards of the host do not change what the headers declare.
+# Every macro that a public or private header defines begins with ZN_.
 # usage: headers_test.sh INCLUDE_DIR
 set -u
 include=$1
 checked=0
 failed=0
 
-# The guards that a host may have in headers of the same names: TOKENIZER_H, STR_H_, ...
+# Prints the include guards that a host may have in headers of the same names: TOKENIZER_H, STR_H_, ...
 host_guards() {
   for header in "$include"/*.h; do
     stem=$(basename "$header" .h | tr '[:lower:]' '[:upper:]')
@@ -18,13 +18,13 @@ host_guards() {
   done | grep -v '^ZN_'
 }
 
-# The macros that the public and the private headers define, one a line.
+# Prints the macros that the public and the private headers define, one on each line.
 own_macros() {
   find "$include" "$include/../src" -name '*.h' \
     -exec sed -n 's/^[[:blank:]]*#[[:blank:]]*define[[:blank:]]\{1,\}\([A-Za-z0-9_]*\).*/\1/p' {} +
 }
 
-# What a host sees of all headers, with the options given.
+# Prints all headers as a host sees them that compiles with the given options.
 declarations() {
   for header in "$include"/*.h; do printf '#include <%s>\n' "${header##*/}"; done |
     "$compiler" -std=c++17 "$@" -I"$include" -E -P -x c++ -
@@ -35,7 +35,7 @@ for header in "$include"/*.h; do
   for compiler in g++ clang++; do
     for standard in c++17 c++20; do
       checked=$((checked + 1))
-      # -M lists every file that was read.
+      # -M lists every file that the compiler reads.
       if ! files=$(printf '#include <%s>\nint main() {}\n' "$name" |
         "$compiler" -std=$standard -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -I"$include" \
           -fsyntax-only -x c++ - 2>&1 &&
@@ -56,7 +56,7 @@ for compiler in g++ clang++; do
   plain=$(declarations) || failed=$((failed + 1))
   guarded=$(declarations $(host_guards | sed 's/^/-D/')) || failed=$((failed + 1))
   if [ -z "$plain" ] || [ "$plain" != "$guarded" ]; then
-    echo "FAILED: a macro of the host's hides a header ($compiler)"
+    echo "FAILED: an include guard of the host hides a header ($compiler)"
     failed=$((failed + 1))
   fi
 done

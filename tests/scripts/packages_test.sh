@@ -1,6 +1,6 @@
 #!/bin/sh
-# The Debian packages that cpack makes: their files, what they depend on, and a program built from what they hold. With a
-# directory that holds a bare Debian system, as debootstrap makes it, they are installed and removed there as well.
+# Tests the Debian packages that cpack creates: their files, their dependencies, and a program that is built with them.
+# With the directory of a bare Debian system, as debootstrap creates it, also installs and removes them there.
 # usage: packages_test.sh SOURCE_DIR [BARE_SYSTEM]
 set -eu
 source=$1
@@ -14,7 +14,8 @@ library=$(echo "$work"/build/libzn-udf1_*.deb)
 development=$(echo "$work"/build/libzn-udf-dev_*.deb)
 multiarch=$(dpkg-architecture -qDEB_HOST_MULTIARCH)
 
-# files PACKAGE: those in it, one a line, the machine's directory by another name, and one page for all of the reference.
+# files PACKAGE: prints its files, one on each line. The directory of the machine has another name, and one page stands
+# for the reference.
 files() {
   dpkg-deb --fsys-tarfile "$1" | tar -t | awk '!/\/$/ && (!/\/html\// || /\/html\/index\.html$/)' |
     sed "s|$multiarch|MULTIARCH|" | LC_ALL=C sort
@@ -22,7 +23,7 @@ files() {
 { echo libzn-udf1; files "$library"; echo libzn-udf-dev; files "$development"; } >"$work/files"
 diff -u "$source/tests/data/packages.txt" "$work/files" || fail "the files in the packages"
 
-# depends PACKAGE PATTERN...: it depends on what each pattern matches, and on nothing else.
+# depends PACKAGE PATTERN...: expects one dependency for each pattern, and no other.
 depends() {
   dpkg-deb -f "$1" Depends | tr ',' '\n' | sed 's/^ *//' | LC_ALL=C sort >"$work/depends"
   shift
@@ -39,12 +40,12 @@ dpkg-deb -x "$library" "$work/root"
 dpkg-deb -x "$development" "$work/root"
 library_dir=$work/root/usr/lib/$multiarch
 export PKG_CONFIG_PATH="$library_dir/pkgconfig"
-# A list of words.
+# The flags are separate words.
 # shellcheck disable=SC2046
 quietly "a program" c++ -std=c++17 "$source/tests/consumers/host.cpp" $(pkg-config --cflags --libs zn_udf) \
   "-Wl,-rpath,$library_dir" -o "$work/host"
 "$work/host" | diff "$source/tests/consumers/host.out" - || fail "what the program prints"
-echo "The packages hold what they should"
+echo "The packages have the expected files and dependencies"
 
 [ $# -gt 1 ] || exit 0
 
@@ -73,4 +74,4 @@ left=$(find "$bare/usr" "$bare/etc" "$bare/var/lib/dpkg/info" -iname '*zn[-_]udf
 [ -z "$left" ] || fail "left behind: $left"
 [ "$(chroot "$bare" dpkg-query -W -f "$format" | sort)" = "$before" ] || fail "packages are left behind"
 rm -r "$bare$inside"
-echo "The packages install on a bare system and leave nothing behind"
+echo "The packages are installed on a bare system and removed completely"

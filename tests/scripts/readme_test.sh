@@ -1,5 +1,5 @@
 #!/bin/sh
-# What README.md shows is so: almanac prints the table and draws the picture, and the host program compiles as it stands and
+# Tests the examples in README.md: almanac prints the table and draws the picture, and the host program compiles and
 # prints its line.
 # usage: readme_test.sh SOURCE_DIR ALMANAC LIBRARY_DIR COMPILER [FLAGS]
 set -eu
@@ -12,11 +12,11 @@ shift 3
 compiler="$*"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-# No settings of the user's.
+# Ignore the settings of the user.
 export HOME="$work"
 unset XDG_CONFIG_HOME
 
-# block LANGUAGE NUMBER: the NUMBERth block of README.md in that language.
+# block LANGUAGE NUMBER: prints a block of README.md in this language, counted from 1.
 block() {
   awk -v start="\`\`\`$1" -v number="$2" '
     $0 == "```" {inside = 0}
@@ -24,14 +24,14 @@ block() {
     $0 == start {inside = ++count == number}' "$readme"
 }
 
-# compare WHAT: what was printed with what README.md shows.
+# compare WHAT: compares the output with README.md.
 compare() {
   [ -s "$work/shown" ] || { echo "FAILED: README.md does not show $1"; exit 1; }
   diff -u "$work/shown" "$work/printed" || { echo "FAILED: $1 differs from README.md"; exit 1; }
 }
 
 block text 1 | sed 1d >"$work/shown"
-# The command line stands above its output.
+# The command line is above its output.
 # shellcheck disable=SC2046
 "$almanac" $(block text 1 | sed -n '1s/^[^ ]* [^ ]* //p') >"$work/printed"
 compare "the table of almanac"
@@ -44,10 +44,10 @@ compare "the picture of almanac"
 
 block cpp 1 >"$work/host.cpp"
 block text 2 >"$work/shown"
-# The compiler comes with its flags, a word each.
+# The compiler and its flags are separate words.
 # shellcheck disable=SC2086
 $compiler -std=c++17 -Wall -Wextra -I"$include" "$work/host.cpp" -L"$library" -lzn_udf -Wl,-rpath,"$library" \
   -o "$work/host"
 "$work/host" >"$work/printed"
 compare "the line of the host program"
-echo "README.md shows what its programs print"
+echo "README.md shows the output of its programs"

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Each program of examples/snippets, run in an empty directory, prints what the file beside its source says.
+# Tests that each program of examples/snippets, run in an empty directory, prints the .out file beside its source.
 # usage: snippets_test.sh SOURCE_DIR PROGRAM_DIR
 set -eu
 sources=$(CDPATH='' cd -- "$1" && pwd)
@@ -17,8 +17,8 @@ for source in "$sources"/*.cpp; do
   mkdir "$work/$name"
   (cd "$work/$name" && "$programs/$name") >"$work/$name.out" 2>"$work/$name.err" </dev/null ||
     fail "ended with status $?"
-  diff -u "$sources/$name.out" "$work/$name.out" || fail "prints something else"
+  diff -u "$sources/$name.out" "$work/$name.out" || fail "prints another text"
   checked=$((checked + 1))
 done
 [ "$checked" -gt 0 ] || { echo "FAILED: no snippets in $sources"; exit 1; }
-echo "$checked snippets print what they should"
+echo "$checked snippets print the expected text"

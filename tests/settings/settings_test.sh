@@ -1,6 +1,6 @@
 #!/bin/sh
-# Runs of the example that keeps settings, each beginning with what the one before left; then settings that its file cannot
-# hold, and files that it must leave alone.
+# Tests the example program settings: runs that continue from each other, settings that its file cannot contain, and
+# files that it must not change.
 # usage: settings_test.sh PATH_TO_SETTINGS
 set -eu
 settings=$(CDPATH='' cd -- "$(dirname -- "$1")" && pwd)/$(basename -- "$1")
@@ -9,7 +9,7 @@ trap 'rm -rf "$work"' EXIT
 mkdir "$work/run"
 cd "$work/run"
 
-# compare WHAT FILE: standard input with a file, in which the date of the first save counts as "STAMP".
+# compare WHAT FILE: compares standard input with a file in which the date of the first save becomes "STAMP".
 compare() {
   cat >"$work/expected"
   sed 's/[0-9]\{4\}-[0-9][0-9]-[0-9][0-9] [0-9][0-9]:[0-9][0-9]:[0-9][0-9]/STAMP/' "$2" | diff -u "$work/expected" - || {
@@ -78,7 +78,7 @@ size                      7
 
 END_OF_FILE
 
-# value KEY: what another reader of XML finds in the settings file.
+# value KEY: prints the value in the settings file, read by another XML program.
 value() {
   xmllint --xpath "string(/CONFIGURATION/*[name()='$1'])" settings.cfg
 }
@@ -90,18 +90,18 @@ fail() {
   exit 1
 }
 
-# start: a new file with a setting before all others and one behind.
+# start: creates a file with a setting before all others and one after them.
 start() {
   rm -f settings.cfg settings.cfg~
   "$settings" Aaa=first zzz=last >out 2>err
 }
 
-# expect_both WHAT RUNS: those two are still there after that many runs.
+# expect_both WHAT RUNS: expects these two settings after this number of runs.
 expect_both() {
   [ "$(value Aaa) $(value zzz) $(value runs)" = "first last $2" ] || fail "$1: a setting is lost"
 }
 
-# A setting that cannot be kept is refused with the reason, and all others are kept run after run.
+# A setting that cannot be stored is rejected with the reason. All others are kept.
 while IFS='|' read -r argument reason; do
   start
   argument=$(printf '%b.' "$argument")
@@ -140,7 +140,7 @@ k=\0355\0240\0200|not XML characters in UTF-8
 k=\0357\0277\0277|not XML characters in UTF-8
 END_OF_CASES
 
-# What can be kept is.
+# All other settings are kept.
 while IFS='|' read -r argument key kept; do
   start
   "$settings" "$argument" >out 2>err
@@ -173,7 +173,7 @@ long=$(printf '%9000s' '' | tr ' ' x)
 "$settings" >out 2>err
 [ "$(value k)" = "$long" ] || fail "a long value"
 
-# Files of more than 8192 bytes are read in blocks. At whatever place a blank stands, it is not lost in silence.
+# Files of more than 8192 bytes are read in blocks. A space at any position is kept or reported.
 for length in 7970 7975 7980 7985 7990 7995 8000 8005; do
   rm -f settings.cfg settings.cfg~
   "$settings" >out
@@ -184,7 +184,7 @@ for length in 7970 7975 7980 7985 7990 7995 8000 8005; do
   [ "$(value k)" = "$many a b c d e f" ] || fail "a blank of $length characters and some"
 done
 
-# A file that cannot be written again as it was read stays as it is.
+# A file that cannot be written again without loss is not changed.
 while IFS='|' read -r text reason; do
   rm -f settings.cfg~
   printf '%s\n' "$text" >settings.cfg
