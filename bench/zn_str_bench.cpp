@@ -185,9 +185,8 @@ void addRemovalRows(const std::string& text) {
   addScan("removeChar_1MiB/erase_remove", text,
           [isComma](const std::string& t) { return eraseRemove(t, isComma); });
 #ifdef ZN_UDF_HAVE_ABSL
-  addScan("removeChar_1MiB/absl_StrReplaceAll", text, [](const std::string& t) {
-    return absl::StrReplaceAll(t, {{",", ""}});
-  });
+  addScan("removeChar_1MiB/absl_StrReplaceAll", text,
+          [](const std::string& t) { return absl::StrReplaceAll(t, {{",", ""}}); });
 #endif
 }
 

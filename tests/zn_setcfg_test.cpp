@@ -393,7 +393,9 @@ TEST_F(Settings, AKeyWithASpaceEndsTheNextLoad) {
 
 TEST_F(Settings, TheDestructorSavesChanges) {
   writeFile("config.xml", "<C><a x='t'>1</a></C>");
-  { Configuration().load(); }
+  {
+    Configuration().load();
+  }
   EXPECT_EQ(readFile("config.xml"), "<C><a x='t'>1</a></C>");
   EXPECT_EQ(entriesHere(), 1u) << "no backup either";
   {

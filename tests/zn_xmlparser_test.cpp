@@ -501,7 +501,9 @@ TEST(Destroy, FreesAtMostOnce) {
     EXPECT_TRUE(parser.Create(nullptr, nullptr));
   }
   EXPECT_EQ(expatCalls.freed, freed + 2) << "the destructor frees it";
-  { const XMLParser unused(&recorder); }
+  {
+    const XMLParser unused(&recorder);
+  }
   EXPECT_EQ(expatCalls.freed, freed + 2);
   EXPECT_EQ(recorder.log, "created\ncreated\n") << "the handler is not destroyed";
 }
@@ -536,9 +538,7 @@ TEST(Switches, TurnEachCallbackOnAndOff) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    EXPECT_EQ(logOf(
-                  kDocument, [&](XMLParser& parser) { c.enable(parser, true); }, "|"),
-              c.log);
+    EXPECT_EQ(logOf(kDocument, [&](XMLParser& parser) { c.enable(parser, true); }, "|"), c.log);
     EXPECT_EQ(logOf(
                   kDocument,
                   [&](XMLParser& parser) {

@@ -156,7 +156,7 @@ std::string failuresWith(const Handling& handling, const std::string& program, i
   alarm(longestSeconds);
   const RedirectedDescriptor out(STDOUT_FILENO, "out", O_WRONLY | O_CREAT | O_TRUNC);
   const RedirectedDescriptor err(STDERR_FILENO, "err", O_WRONLY | O_CREAT | O_TRUNC);
-  struct sigaction action {};
+  struct sigaction action{};
   action.sa_handler = handling.handler;
   action.sa_flags = handling.flags;
   sigaction(SIGCHLD, &action, nullptr);
@@ -583,7 +583,9 @@ std::vector<Call> storeCalls() {
       equal("Configuration::save to nowhere", false, [lost] { return lost->save(); }),
       {"Configuration's destructor",
        [] {
-         { zn_lib::Configuration("SOAK", "dropped").set("key", "value"); }
+         {
+           zn_lib::Configuration("SOAK", "dropped").set("key", "value");
+         }
          return std::remove("dropped.cfg") == 0;
        }},
       silent("Configuration::listConfiguration", [saved] { saved->listConfiguration(); }),
@@ -676,10 +678,7 @@ std::vector<Call> stringCalls() {
       equal("removeQuotes", fifty, [fifty] { return removeQuotes("'" + fifty + "'"); }),
       equal("inQuotes", "'" + fifty + "'", [fifty] { return inQuotes(fifty, '\''); }),
       equal("replaceString", "y" + fifty, [fifty] { return replaceString(fifty, "", "y"); }),
-      equal("findStrings", true,
-            [fifty] {
-              return findStrings(fifty, {kText, "xx"});
-            }),
+      equal("findStrings", true, [fifty] { return findStrings(fifty, {kText, "xx"}); }),
   };
 }
 

@@ -14,7 +14,7 @@ class Alarms {
  public:
   explicit Alarms(int flags) {
     alarms = 0;
-    struct sigaction action {};
+    struct sigaction action{};
     action.sa_handler = [](int) { alarms = alarms + 1; };
     action.sa_flags = flags;
     sigaction(SIGALRM, &action, &action_);
