@@ -94,8 +94,9 @@ class ZN_UDF_API Tokenizer {
   ///     splitMulti("abc", "")                ->  "", "a", "b", "c"
   ///
   /// A pattern of plain characters, such as ", ", is searched in linear time, whatever the length
-  /// of the text. Every other pattern runs on std::regex. A pattern with repetitions may exhaust
-  /// the stack if a match is tens of thousands of characters long.
+  /// of the text. So is a pattern of at most 255 bytes in which all operators are escaped, such as
+  /// "\.". Every other pattern runs on std::regex. A pattern with repetitions may exhaust the stack
+  /// if a match is tens of thousands of characters long.
   ///
   /// Throws std::regex_error and leaves no tokens if a pattern that runs on std::regex is malformed
   /// or longer than 10,000 bytes. A single set, "[...]", with no other "]" may be longer.
