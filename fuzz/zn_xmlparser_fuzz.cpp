@@ -257,7 +257,7 @@ void enable(XMLParser& parser, const Options& options) {
 
 // ---- Comparison
 
-/// A part of a document in separate memory, so that AddressSanitizer notices reads behind it.
+/// A part of a document in separate memory, so that AddressSanitizer notices reads past it.
 struct Piece {
   std::vector<char> bytes;
   bool isFinal;

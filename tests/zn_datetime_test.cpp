@@ -604,7 +604,7 @@ TEST_F(DateTime, JulianToISO) {
   zn_lib::setTimeSeparator('.');
   zn_lib::setDateFormat(zn_lib::DAY_MONTH_YEAR);
   EXPECT_EQ(zn_lib::julianToISO(kSample), "2024-03-05T14:07:09")
-      << "hyphens and colons whatever the settings";
+      << "hyphens and colons regardless of the settings";
   zn_lib::setUseTime(false);
   EXPECT_EQ(zn_lib::julianToISO(kSample), "2024-03-05");
 }

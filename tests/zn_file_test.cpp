@@ -230,7 +230,7 @@ TEST(LongNames, AreSplitAndJoined) {
       {"dots", std::string(kLongText, '.')},
       {"slashes", std::string(kLongText, '/')},
       {"backslashes", std::string(kLongText, '\\')},
-      {"hyphens behind digits", std::string(kLongText / 2, '7') + std::string(kLongText / 2, '-')},
+      {"digits and hyphens", std::string(kLongText / 2, '7') + std::string(kLongText / 2, '-')},
       {"spaces", std::string(kLongText, ' ')},
       {"line feeds", std::string(kLongText, '\n')},
       {"tildes", std::string(kLongText, '~')},

@@ -796,7 +796,7 @@ TEST(Parse, AcceptsChunksOfAnySize) {
             std::memcpy(buffer, chunk.data(), chunk.size());
             ASSERT_TRUE(parser.Parse(chunk.size(), isFinal)) << parser.GetErrorString();
           } else {
-            // AddressSanitizer notices if the parser reads behind this copy, which has no NUL.
+            // AddressSanitizer notices if the parser reads past this copy, which has no NUL.
             const std::unique_ptr<char[]> exact(new char[chunk.size()]);
             std::memcpy(exact.get(), chunk.data(), chunk.size());
             ASSERT_TRUE(parser.Parse(exact.get(), chunk.size(), isFinal))

@@ -3,7 +3,7 @@
 # ---- The command line
 
 expect_error "no place" 2 'one of --place and --latitude'
-expect_error "no place, but the rest" 2 'one of --place and --latitude' --from 2026-06-01 --days 3 --places "$places"
+expect_error "only the place is missing" 2 'one of --place and --latitude' --from 2026-06-01 --days 3 --places "$places"
 expect_error "place and latitude" 2 'one of --place and --latitude' --place Europe/Amsterdam --latitude 52
 expect_error "unknown option" 2 'unknown .*"--bogus"' --latitude 52 --bogus
 expect_error "unknown short option" 2 'unknown .*"-x"' --latitude 52 -x
@@ -11,7 +11,7 @@ expect_error "unknown short options" 2 'unknown .*"-x"' -xyz --latitude 52
 expect_error "ambiguous option" 2 'ambiguous .*"--ver"' --latitude 52 --ver
 expect_error "option in two lines" 2 'unknown' --latitude 52 '--bo
 gus'
-expect_error "value of an option without" 2 'no value .*"--verbose=yes"' --latitude 52 --verbose=yes
+expect_error "value for an option without one" 2 'no value .*"--verbose=yes"' --latitude 52 --verbose=yes
 for option in place places latitude from order days format; do
   expect_error "missing argument of --$option" 2 "missing argument after \"--$option\"" --latitude 52 --$option
 done
@@ -22,10 +22,10 @@ for format in '' ISO long x; do
   expect_error "format '$format'" 2 'for --format' --latitude 52 --format "$format"
 done
 expect_error "stray operand" 2 'stray argument "30"' --latitude 52 30
-expect_error "stray operand in front" 2 'stray argument "30"' 30 --latitude 52
-expect_error "stray operand behind --" 2 'stray argument "--days"' --latitude 52 -- --days
+expect_error "stray operand before the options" 2 'stray argument "30"' 30 --latitude 52
+expect_error "stray operand after --" 2 'stray argument "--days"' --latitude 52 -- --days
 expect_error "wrong usage before wrong values" 2 'one of --place and --latitude' --days x --from y
-expect_error "errors are alone when verbose" 1 'there is no date' --latitude 52 --from 2024-02-30 --verbose
+expect_error "errors with --verbose" 1 'there is no date' --latitude 52 --from 2024-02-30 --verbose
 
 # ---- Output that cannot be written
 

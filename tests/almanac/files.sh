@@ -43,16 +43,16 @@ done
 for answer in 'y\n' 'Y' 'yes\n'; do
   echo old >files/t.txt
   write "$answer" --output files/t.txt
-  expect_files "overwritten when the answer is '$answer'" '' t.txt
+  expect_files "overwritten after the answer '$answer'" '' t.txt
   cmp -s files/t.txt south
-  report "overwritten by the table when the answer is '$answer'" $? files/t.txt
+  report "the table is in the file after the answer '$answer'" $? files/t.txt
 done
 
 echo old >files/t.txt
 write '' --output files/t.txt --backup
 expect_files "with a backup" '' t.txt t.txt~
 cmp -s files/t.txt south && [ "$(cat files/t.txt~)" = old ]
-report "the backup holds the old file" $?
+report "the backup contains the old file" $?
 rm files/t.txt~
 mkdir -p files/t.txt~/full
 echo old >files/t.txt
@@ -63,7 +63,7 @@ rm -r files/t.txt~
 write '' --output files/t.txt --number
 expect_files "with a number" files/t-1.txt t-1.txt t.txt
 cmp -s files/t-1.txt south && [ "$(cat files/t.txt)" = old ]
-report "the numbered file holds the table" $?
+report "the numbered file contains the table" $?
 echo old >files/t-1.txt
 # The name is written to standard output before the question.
 write 'n' --output files/t.txt --number
@@ -72,13 +72,13 @@ expect_kept_file "a numbered file that exists" 'kept "files/t-1.txt" as it was$'
 write '' --output files/t.txt --number --backup
 expect_files "with a number and a backup" files/t-1.txt t-1.txt t-1.txt~ t.txt
 [ "$(cat files/t-1.txt~)" = old ] && [ "$(cat files/t.txt)" = old ]
-report "the backup holds the old numbered file" $?
+report "the backup contains the old numbered file" $?
 rm -r files
 mkdir -p files/sub
 write '' --output files/new.txt --number --verbose
-expect_files "no number where none is needed" 'Wrote "files/new.txt"' new.txt sub
+expect_files "no number if the name is free" 'Wrote "files/new.txt"' new.txt sub
 [ "$(head -n 1 files/new.txt)" = '[Day length and moon at latitude 20:30 S]' ] && [ "$(wc -l <files/new.txt)" -eq 9 ]
-report "a heading in the file when verbose" $? files/new.txt
+report "a heading in the file with --verbose" $? files/new.txt
 # The program, not the shell, finds the home directory.
 # shellcheck disable=SC2088
 write '' --output '~/t.txt'
@@ -88,7 +88,7 @@ write '' --output 'files\sub\t.txt'
 cmp -s files/sub/t.txt south
 report "a backslash separates directories" $? err
 
-expect_error "a file in no directory" 1 'cannot open "missing/t.txt": No such file' --latitude 5 --output missing/t.txt
+expect_error "a file in a missing directory" 1 'cannot open "missing/t.txt": No such file' --latitude 5 --output missing/t.txt
 expect_error "a directory as a file" 1 'cannot open "files/sub/": Is a directory' --latitude 5 --output files/sub/
 expect_error "no name" 1 'cannot open "": No such file' --latitude 5 --output ''
 expect_error "a name in two lines" 1 'cannot open "": No such file' --latitude 5 --output 'a
@@ -98,8 +98,8 @@ for days in 1 36600; do
     --latitude 5 --from 2026-06-01 --days $days --output /dev/full --backup
 done
 expect_error "a full device, picture" 1 'cannot write all of "/dev/full"$' --latitude 5 --svg /dev/full
-expect_error "wrong values before files" 1 'the number of days' --latitude 5 --days 0 --output files/none.txt
+expect_error "invalid values are reported before files" 1 'the number of days' --latitude 5 --days 0 --output files/none.txt
 [ ! -e files/none.txt ]
-report "nothing is written when a value is wrong" $?
+report "an invalid value writes nothing" $?
 expect_error "--backup without a file" 2 'need a file' --latitude 5 --backup
 expect_error "--number without a file" 2 'need a file' --latitude 5 --number

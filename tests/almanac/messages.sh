@@ -7,7 +7,7 @@ xmllint --noout "$catalog" && [ "$(wc -c <"$catalog")" -le 8192 ]
 report "the catalog is well-formed and read in one piece" $?
 xmllint --xpath '//ID/text()' "$catalog" | sort -n >expected
 sort -nu seen | diff expected - >why
-report "every message of the catalog has been seen, and no other number" $? why
+report "every message of the catalog occurs, and no other number" $? why
 
 # expect_message NAME EXPECTED COMMAND [ARGUMENT...]: expects this error for an invalid date.
 expect_message() {
@@ -26,8 +26,8 @@ expect_message "no catalog" "the message is missing in $work/moved/almanac.xml; 
 sed 's/cannot read the date [^<]*</%1 ist kein Datum</' "$catalog" >moved/almanac.xml
 expect_message "another catalog" '"%2 %1" ist kein Datum' moved/almanac
 ln -s ../moved/almanac home/almanac
-expect_message "by a link" '"%2 %1" ist kein Datum' home/almanac
+expect_message "called by a link" '"%2 %1" ist kein Datum' home/almanac
 PATH=$work/moved:$PATH
-expect_message "by the search path" '"%2 %1" ist kein Datum' almanac
+expect_message "called by the search path" '"%2 %1" ist kein Datum' almanac
 # Placeholders in an inserted text are not replaced.
 expect_error "two values" 2 'unknown word "%2%1%2" for --order; try --help$' --latitude 5 --order '%2%1%2'

@@ -46,7 +46,7 @@ for file in 2029.svg south.svg; do
     NR > 1 && $0 != next_of[before] { bad = 1 }
     { before = $0 }
     END { exit bad || NR < 49 }' quarters
-  report "the quarters take turns in $file" $? quarters
+  report "the quarters alternate in $file" $? quarters
 done
 
 # lit QUARTER FILE: prints the lit part: "none", "whole", or the sweep flag of its arc, 0 for right and 1 for left.

@@ -20,22 +20,22 @@ expect_kept() {
   report "$name" $? why
 }
 
-expect_error "nothing kept yet" 2 'unless --save has kept one' --from 2026-06-01
+expect_error "nothing is saved yet" 2 'unless --save has kept one' --from 2026-06-01
 expect_table "the table is printed when settings are saved" "$data/week.txt" \
   --from 2026-06-01 --place Europe/Amsterdam --places "$places" --save
 expect_kept "a place" $kept place=Europe/Amsterdam latitude= order= format=
-expect_table "the kept place" "$data/week.txt" --from 2026-06-01 --places "$places"
-expect_table "a latitude goes before the kept place" south --from 2026-06-01 --latitude -20.5
+expect_table "the saved place" "$data/week.txt" --from 2026-06-01 --places "$places"
+expect_table "a latitude replaces the saved place" south --from 2026-06-01 --latitude -20.5
 expect_kept "only --save saves" $kept place=Europe/Amsterdam latitude= order= format=
 
 expect_table "saving the rest" south_full --latitude -20.5 --order dmy --format full --save --from 2026-06-01
 expect_kept "latitude, order and format" $kept place= latitude=-20.5 order=dmy format=full
-expect_table "all that is kept" south_full --from 2026-06-01
-expect_table "order and format go before the kept ones" south --from 2026-06-01 --format iso --order ymd
-expect_table "a date in the kept order" south_full --from "1 June 2026"
+expect_table "all settings" south_full --from 2026-06-01
+expect_table "order and format replace the saved ones" south --from 2026-06-01 --format iso --order ymd
+expect_table "a date in the saved order" south_full --from "1 June 2026"
 run --order mdy --save
-expect_kept "what is not given stays" $kept place= latitude=-20.5 order=mdy format=full
-expect_kept "the backup has the settings of before" $kept~ place= latitude=-20.5 order=dmy format=full
+expect_kept "other settings are kept" $kept place= latitude=-20.5 order=mdy format=full
+expect_kept "the backup has the old settings" $kept~ place= latitude=-20.5 order=dmy format=full
 
 stamp=$(xmllint --xpath 'string(//UPDATE)' $kept)
 cat >listed <<END
@@ -52,24 +52,24 @@ Place
 END
 expect_table "the list" listed --settings
 expect_table "the list after saving" listed --settings --save
-expect_table "the list asks for nothing else" listed --settings --place Nowhere --days x
+expect_table "the list needs no other option" listed --settings --place Nowhere --days x
 
 # An invalid value in the file is only an error if it is used.
 sed -i 's/>mdy</>mddy</' $kept
-expect_error "a bad order is kept" 1 'invalid value "mddy" for the setting "order" in ".*/home/.config/almanac.cfg"$' --days 1
-expect_table "a bad order that is not needed" south_full --from 2026-06-01 --order dmy
+expect_error "an invalid order is saved" 1 'invalid value "mddy" for the setting "order" in ".*/home/.config/almanac.cfg"$' --days 1
+expect_table "an invalid order that is not used" south_full --from 2026-06-01 --order dmy
 sed -i 's/>full</>long</' $kept
-expect_error "a bad format is kept" 1 'invalid value "long" for the setting "format"' --order dmy
+expect_error "an invalid format is saved" 1 'invalid value "long" for the setting "format"' --order dmy
 sed -i 's/>-20.5</>200</' $kept
-expect_error "a bad latitude is kept" 1 'not "200"$' --order dmy --format full
-expect_table "saving mends the file" south --from 2026-06-01 --latitude -20.5 --order ymd --format iso --save
-expect_table "the mended file" south --from 2026-06-01
+expect_error "an invalid latitude is saved" 1 'not "200"$' --order dmy --format full
+expect_table "saving repairs the file" south --from 2026-06-01 --latitude -20.5 --order ymd --format iso --save
+expect_table "the repaired file" south --from 2026-06-01
 sed -i "s|'Place'>|&Europe/Atlantis|" $kept
-expect_error "place and latitude are kept" 2 'one of --place and --latitude' --days 1
+expect_error "place and latitude are saved" 2 'one of --place and --latitude' --days 1
 sed -i 's/>-20.5</></' $kept
-expect_error "the kept place is not in the table" 1 'no place "Europe/Atlantis"' --places "$places"
+expect_error "the saved place is not in the file of places" 1 'no place "Europe/Atlantis"' --places "$places"
 printf '<CONFIGURATION><latitude x="1">-20.5</latitude><format>iso</format><order>' >$kept
-expect_table "a file that breaks off" south --from 2026-06-01
+expect_table "a truncated file" south --from 2026-06-01
 : >$kept
 expect_error "an empty file" 2 'unless --save has kept one' --days 1
 rm $kept
@@ -83,7 +83,7 @@ expect_table "saving in XDG_CONFIG_HOME" south --from 2026-06-01 --latitude -20.
 expect_kept "a latitude in XDG_CONFIG_HOME" own/almanac.cfg place= latitude=-20.5 order= format=
 expect_table "settings from XDG_CONFIG_HOME" south --from 2026-06-01
 export XDG_CONFIG_HOME=
-expect_error "an empty XDG_CONFIG_HOME counts as none" 2 'unless --save has kept one' --days 1
+expect_error "an empty XDG_CONFIG_HOME is ignored" 2 'unless --save has kept one' --days 1
 export XDG_CONFIG_HOME="$data/places.tab"
 expect_error "settings below a file" 1 'cannot save the settings to ".*/places.tab/almanac.cfg"$' --latitude 5 --save
 expect_error "no list after settings that could not be saved" 1 'cannot save' --latitude 5 --save --settings
@@ -109,13 +109,13 @@ END
 printf '<CONFIGURATION><place x="it%ss" y="&lt;">a &amp; b</place><note x="1" y="2">a > b</note></CONFIGURATION>' "'" >$kept
 run --latitude 7 --save --days 1
 [ "$status" -eq 0 ] && [ "$(xmllint --xpath 'string(//note)' $kept)" = 'a > b' ]
-report "what is replaced need not be fit" $? err
-expect_kept "the rest is kept" $kept place= latitude=7 order= format=
+report "an invalid setting can be replaced" $? err
+expect_kept "the rest is saved" $kept place= latitude=7 order= format=
 rm $kept
 
 run --latitude -20.5 --save
 cp $kept before
 (trap '' XFSZ; ulimit -f 0; "$almanac" --latitude 7 --save 2>&1 >/dev/null) | cat >err
 is_error 'cannot save the settings' && cmp -s before $kept
-report "a disk that is full keeps the settings of before" $? err
+report "a full disk keeps the old settings" $? err
 rm $kept

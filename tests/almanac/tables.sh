@@ -48,7 +48,7 @@ for days in 1 31 366 36600; do
 done
 run --latitude 52
 [ "$(wc -l <out)" -eq 7 ]
-report "a week when --days is not given" $?
+report "a week without --days" $?
 
 # Today depends on the time zone. These two zones never have the same date.
 for zone in EAST-14 WEST+12; do
@@ -176,8 +176,8 @@ expect_error "date in two lines" 1 "cannot read the date" --latitude 52 --from "
 
 run --latitude 52 --from 9999-12-30 --days 2
 [ $status -eq 0 ] && [ "$(cut -d' ' -f1 out | tail -n 1)" = 9999-12-31 ]
-report "the last day of all" $? err
-expect_error "a day beyond the last" 1 "31 December 9999" --latitude 52 --from 9999-12-30 --days 3
+report "the last possible day" $? err
+expect_error "a day after the last" 1 "31 December 9999" --latitude 52 --from 9999-12-30 --days 3
 
 # ---- Numbers
 

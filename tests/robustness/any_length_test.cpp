@@ -248,15 +248,15 @@ TEST(AnyLength, Rewriting) {
 
 TEST(AnyLength, Searching) {
   forEveryClass(longText(), [](const std::string& text, const TextClass&) {
-    const std::string behind = text.substr(text.size() / 2) + "#";
-    const std::string inFront = "#" + behind;
+    const std::string tail = text.substr(text.size() / 2) + "#";
+    const std::string headAndTail = "#" + tail;
     EXPECT_TRUE(zn_lib::replaceString(text, text, "x") == "x");
     EXPECT_TRUE(zn_lib::replaceString("x", "x", text) == text);
-    EXPECT_TRUE(zn_lib::replaceString(text, behind, "x") == text);
-    EXPECT_TRUE(zn_lib::replaceString(text + "#", behind, "x") ==
+    EXPECT_TRUE(zn_lib::replaceString(text, tail, "x") == text);
+    EXPECT_TRUE(zn_lib::replaceString(text + "#", tail, "x") ==
                 text.substr(0, text.size() / 2) + "x");
-    EXPECT_FALSE(zn_lib::findStrings(text, {behind, inFront, text + "#"}));
-    EXPECT_TRUE(zn_lib::findStrings(text + "#", {inFront, behind}));
+    EXPECT_FALSE(zn_lib::findStrings(text, {tail, headAndTail, text + "#"}));
+    EXPECT_TRUE(zn_lib::findStrings(text + "#", {headAndTail, tail}));
   });
 }
 

@@ -1,5 +1,5 @@
-/// Malformed and malicious settings files and error catalogs. Reading them ends and keeps what
-/// stands before the error.
+/// Malformed and malicious settings files and error catalogs. Reading them ends, and keeps the
+/// settings and messages before the error.
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <sys/resource.h>
@@ -51,21 +51,21 @@ Catalog catalogOf(const std::string& xml) {
 
 TEST_F(HostileXml, EntityBombsEndTheParse) {
   const std::string before = entityBomb("r") + "<r><k a='t'>v</k>";
-  const std::string behind = "<n a='t'>lost</n></r>";
+  const std::string after = "<n a='t'>lost</n></r>";
 
-  Fields fields = settingsOf(before + "<m a='u'>w&i;</m>" + behind);
+  Fields fields = settingsOf(before + "<m a='u'>w&i;</m>" + after);
   EXPECT_EQ(fields["k"], "v|t|");
   EXPECT_EQ(fields["m"].substr(0, 3), "wxx") << "the text before the error";
   EXPECT_LT(fields["m"].size(), 100u << 20);
   EXPECT_EQ(fields.size(), 2u);
 
-  fields = settingsOf(before + "<m a='&i;'>w</m>" + behind);
+  fields = settingsOf(before + "<m a='&i;'>w</m>" + after);
   EXPECT_EQ(fields, (Fields{{"k", "v|t|"}})) << "in an attribute";
 
   std::string many;
   for (int i = 0; i < 5000; ++i) many += "&a;";
   fields = settingsOf("<!DOCTYPE r [<!ENTITY a '" + std::string(100000, 'x') +
-                      "'>]><r><k a='t'>v</k><m a='u'>" + many + "</m>" + behind);
+                      "'>]><r><k a='t'>v</k><m a='u'>" + many + "</m>" + after);
   EXPECT_EQ(fields["k"], "v|t|");
   EXPECT_EQ(fields.count("n"), 0u) << "one long entity, many references";
 }
@@ -160,7 +160,7 @@ TEST_F(HostileXml, LongTokensStayWithinTheirLimits) {
     const char* what;
     std::string before;
     std::size_t bytes;
-    std::string behind;
+    std::string after;
     bool isKept;
   } cases[] = {
       {"text", "<r><k a='t'>", textBytes, "</k><n a='t'>v</n></r>", true},
@@ -175,7 +175,7 @@ TEST_F(HostileXml, LongTokensStayWithinTheirLimits) {
     SCOPED_TRACE(c.what);
     const double inMegabytes = static_cast<double>(c.bytes) / kMegabyte;
     expectWithin(3.0 + 0.05 * inMegabytes, 40.0 + 6.0 * inMegabytes, [&] {
-      const Fields fields = settingsOf(c.before + std::string(c.bytes, 'x') + c.behind);
+      const Fields fields = settingsOf(c.before + std::string(c.bytes, 'x') + c.after);
       ASSERT_EQ(fields.count("n"), 1u);
       EXPECT_EQ(fields.at("n"), "v|t|");
       std::size_t bytes = 0;
@@ -408,14 +408,14 @@ TEST_F(HostileXml, InvalidBytesEndTheParse) {
       {"a tag in the text", "<"},
       {"an ampersand", "& "},
   };
-  const std::string behind = "<z a='t'>lost</z></r>";
+  const std::string after = "<z a='t'>lost</z></r>";
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
     const Fields before = {{"k", "v|t|"}};
-    EXPECT_EQ(settingsOf("<r><k a='t'>v</k><m a='u'>so far" + c.bytes + "w</m>" + behind),
+    EXPECT_EQ(settingsOf("<r><k a='t'>v</k><m a='u'>so far" + c.bytes + "w</m>" + after),
               (Fields{{"k", "v|t|"}, {"m", "so far|u|"}}));
-    EXPECT_EQ(settingsOf("<r><k a='t'>v</k><m" + c.bytes + " a='u'>w</m>" + behind), before);
-    EXPECT_EQ(settingsOf("<r><k a='t'>v</k><m a='u" + c.bytes + "'>w</m>" + behind), before);
+    EXPECT_EQ(settingsOf("<r><k a='t'>v</k><m" + c.bytes + " a='u'>w</m>" + after), before);
+    EXPECT_EQ(settingsOf("<r><k a='t'>v</k><m a='u" + c.bytes + "'>w</m>" + after), before);
     EXPECT_EQ(catalogOf("<E>" + errorXml("1", "a") + "<ERROR><ID>2</ID><MESSAGE>b" + c.bytes +
                         "c</MESSAGE></ERROR></E>"),
               (Catalog{{1, "a"}}));

@@ -107,7 +107,7 @@ const Name& nameOf(Object object) {
       {kLongPath, {"a name longer than any path", std::string(4096, 'p')}},
       {kLongName, {"a name longer than any file name", std::string(256, 'n')}},
       {kNoName, {"the empty name", ""}},
-      {kWithNul, {"the name of a file with a NUL behind it", "plain\0x"s}},
+      {kWithNul, {"the name of a file, followed by a NUL", "plain\0x"s}},
   };
   return names.at(object);
 }

@@ -2,7 +2,6 @@
 /// and child processes, and sums of as many terms as an int can count.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <tokenizer.h>
@@ -38,7 +37,6 @@
 #include <iostream>
 #include <limits>
 #include <memory>
-#include <new>
 #include <random>
 #include <regex>
 #include <sstream>
@@ -53,6 +51,7 @@
 #include "memory_in_use.h"
 #include "redirected_descriptor.h"
 #include "resource_limits.h"
+#include "shared_memory.h"
 #include "stored_xml.h"
 #include "temporary_files.h"
 #include "xml_outline.h"
@@ -92,6 +91,7 @@ off_t sizeOf(const char* name) {
 /// Collects failures in a process that has no test to report to.
 class Failures {
  public:
+  /// Adds a failure unless `right` is true.
   template <class Answer>
   void unless(bool right, const char* what, const Answer& answer) {
     if (!right) text_ << what << ": " << answer << '\n';
@@ -210,26 +210,6 @@ struct Progress {
   std::atomic<long> saves;
 };
 
-/// Progress in shared memory, which survives the process.
-class SharedProgress {
- public:
-  SharedProgress()
-      : memory_(mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS,
-                     -1, 0)) {
-    if (memory_ == MAP_FAILED) throw std::runtime_error("no shared memory");
-    progress_ = new (memory_) Progress{};
-  }
-  ~SharedProgress() { munmap(memory_, sizeof(Progress)); }
-  SharedProgress(const SharedProgress&) = delete;
-  SharedProgress& operator=(const SharedProgress&) = delete;
-
-  Progress* operator->() const { return progress_; }
-
- private:
-  void* const memory_;
-  Progress* progress_;
-};
-
 /// A store whose settings all have the same value, the generation. Each save starts a new one.
 class Series {
  public:
@@ -259,7 +239,7 @@ class Series {
 
   /// Returns whether the file holds a complete generation that is not older than the one saved
   /// last. Continues from this generation, or from an empty store if there is none.
-  bool isKept() {
+  bool hasLastGeneration() {
     zn_lib::Configuration store("SOAK", name_);
     store.load();
     const long generation = generationIn(store);
@@ -325,7 +305,7 @@ class Series {
 
   std::string name_;
   int entries_;
-  SharedProgress progress_;
+  SharedMemory<Progress> progress_;
   useconds_t longestLife_ = kUsualLife;
 };
 
@@ -338,7 +318,7 @@ TEST_F(Soak, KilledSavesLoseNothing) {
   for (; Clock::now() < end; ++cycles) {
     Series& one = series[cycles % 3];
     kills += one.saveUntilKilled(random) ? 1 : 0;
-    losses += one.isKept() ? 0 : 1;
+    losses += one.hasLastGeneration() ? 0 : 1;
     leftovers += one.removeLeftovers();
   }
   std::printf("cycles: %d, saves: %ld, %ld, %ld, kills: %d, losses: %d, files left: %d\n", cycles,

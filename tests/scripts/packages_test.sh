@@ -44,7 +44,7 @@ export PKG_CONFIG_PATH="$library_dir/pkgconfig"
 # shellcheck disable=SC2046
 quietly "a program" c++ -std=c++17 "$source/tests/consumers/host.cpp" $(pkg-config --cflags --libs zn_udf) \
   "-Wl,-rpath,$library_dir" -o "$work/host"
-"$work/host" | diff "$source/tests/consumers/host.out" - || fail "what the program prints"
+"$work/host" | diff "$source/tests/consumers/host.out" - || fail "the output of the program"
 echo "The packages have the expected files and dependencies"
 
 [ $# -gt 1 ] || exit 0
@@ -65,13 +65,13 @@ chroot "$bare" sh -eu -c "
   apt-get install -q -y --no-install-recommends $inside/libzn-udf-dev_*.deb g++ pkg-config
   c++ -std=c++17 $inside/host.cpp \$(pkg-config --cflags --libs zn_udf) -o $inside/host
   $inside/host >$inside/printed" >"$work/log" 2>&1 || fail "installing on a bare system" "$work/log"
-diff "$source/tests/consumers/host.out" "$bare$inside/printed" || fail "what the program prints on a bare system"
+diff "$source/tests/consumers/host.out" "$bare$inside/printed" || fail "the output of the program on a bare system"
 chroot "$bare" sh -eu -c "
   export DEBIAN_FRONTEND=noninteractive
   apt-get purge -q -y libzn-udf-dev libzn-udf1 g++ pkg-config
   apt-get autoremove --purge -q -y" >"$work/log" 2>&1 || fail "removing from a bare system" "$work/log"
 left=$(find "$bare/usr" "$bare/etc" "$bare/var/lib/dpkg/info" -iname '*zn[-_]udf*')
-[ -z "$left" ] || fail "left behind: $left"
-[ "$(chroot "$bare" dpkg-query -W -f "$format" | sort)" = "$before" ] || fail "packages are left behind"
+[ -z "$left" ] || fail "files remain: $left"
+[ "$(chroot "$bare" dpkg-query -W -f "$format" | sort)" = "$before" ] || fail "packages remain"
 rm -r "$bare$inside"
 echo "The packages are installed on a bare system and removed completely"

@@ -64,7 +64,7 @@ cmp first settings.cfg~
 
 "$settings" runs=1e+9 >out
 "$settings" >out
-compare "a count that is none" out <<'END_OF_FILE'
+compare "an invalid count" out <<'END_OF_FILE'
 This is run 1.
 
 [ EXAMPLE ]
@@ -181,7 +181,7 @@ for length in 7970 7975 7980 7985 7990 7995 8000 8005; do
   "$settings" "k=$many a b c d e f" >out 2>err || { [ -z "$(value k)" ] && continue; }
   "$settings" >out 2>err
   "$settings" >out 2>err
-  [ "$(value k)" = "$many a b c d e f" ] || fail "a blank of $length characters and some"
+  [ "$(value k)" = "$many a b c d e f" ] || fail "spaces after $length characters"
 done
 
 # A file that cannot be written again without loss is not changed.
@@ -206,6 +206,6 @@ start
 cp settings.cfg before
 # shellcheck disable=SC3045
 (trap '' XFSZ; ulimit -f 0; "$settings" k=1 2>&1 >/dev/null) | cat >err
-grep -q "^ERROR: cannot change settings.cfg: not all was written" err || fail "a full disk is told"
-cmp -s before settings.cfg || fail "a full disk keeps the settings of before"
+grep -q "^ERROR: cannot change settings.cfg: not all was written" err || fail "a full disk is reported"
+cmp -s before settings.cfg || fail "a full disk keeps the old settings"
 echo "The settings are read, changed, listed and saved"

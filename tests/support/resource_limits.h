@@ -23,7 +23,7 @@ class DescriptorLimit {
   rlimit before_;
 };
 
-/// Makes writes behind the first `bytes` bytes of a file fail, for good. No signal is sent.
+/// Limits the size of files to `bytes` bytes, for good. Writes beyond it fail without a signal.
 inline bool limitFileSize(rlim_t bytes) {
   const rlimit limit = {bytes, bytes};
   return std::signal(SIGXFSZ, SIG_IGN) != SIG_ERR && setrlimit(RLIMIT_FSIZE, &limit) == 0;

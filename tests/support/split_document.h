@@ -8,7 +8,7 @@
 #include <map>
 #include <string>
 
-/// A document of more than 8 KiB, and what a reader gets from it.
+/// A document of more than 8 KiB, with its text and its settings.
 struct SplitDocument {
   std::string document = "<?xml version='1.0' encoding='UTF-8'?>\r\n<r>";
   std::string text;
@@ -36,7 +36,7 @@ inline SplitDocument splitDocument() {
 /// Feeds `document` to `parser` in pieces of `size` bytes. Returns whether it is well-formed.
 inline bool parseInPieces(XMLParser& parser, const std::string& document, std::size_t size) {
   for (std::size_t at = 0; at < document.size(); at += size) {
-    // AddressSanitizer notices if the parser reads behind this copy.
+    // AddressSanitizer notices if the parser reads past this copy.
     const std::string piece = document.substr(at, size);
     if (!parser.Parse(piece.data(), piece.size(), at + size >= document.size())) return false;
   }

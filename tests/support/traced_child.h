@@ -3,7 +3,6 @@
 #define TRACED_CHILD_H
 
 #include <stdio_ext.h>
-#include <sys/mman.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
@@ -22,10 +21,10 @@
 #include <limits>
 #include <new>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <utility>
 
+#include "shared_memory.h"
 #include "tracee.h"
 
 /// How much of its bytes a call transfers.
@@ -43,24 +42,14 @@ using Intervene = std::function<Intervention(long call)>;
 
 /// How a child ended.
 struct Ended {
-  int status = 0;      ///< as waitpid gives it
+  int status = 0;      ///< as waitpid returns it
   std::string answer;  ///< what the work returned; empty if it did not return
-  std::string text;    ///< what the work reported besides
+  std::string text;    ///< further text that the work reported
 };
 
-/// Memory that a child shares with the test, so that it can report without a system call.
+/// The report of a child to the test, in shared memory: it needs no system call.
 class Report {
  public:
-  Report() {
-    void* const memory =
-        mmap(nullptr, sizeof(Memory), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (memory == MAP_FAILED) throw std::runtime_error("no shared memory");
-    memory_ = new (memory) Memory;
-  }
-  ~Report() { munmap(memory_, sizeof(Memory)); }
-  Report(const Report&) = delete;
-  Report& operator=(const Report&) = delete;
-
   /// Lets the test intervene in the calls that follow, or not.
   void watch(bool on) { memory_->isWatched = on; }
   bool isWatched() const { return memory_->isWatched; }
@@ -81,7 +70,7 @@ class Report {
     target[text.copy(target, size - 1)] = '\0';
   }
 
-  Memory* memory_;
+  SharedMemory<Memory> memory_;
 };
 
 /// The system call at which a child has stopped.
@@ -194,7 +183,7 @@ class TracedChild {
     Report& report_;
   };
 
-  /// Discards what a failed round left in the buffers, and the errors of the streams.
+  /// Discards the buffered output and the stream errors of a failed round.
   static void discardOutput() {
     __fpurge(stdout);
     std::clearerr(stdout);

@@ -81,7 +81,7 @@ class Tracee {
 
   pid_t id() const { return child_; }
 
-  /// Returns the status that waitpid gave last.
+  /// Returns the last status from waitpid.
   int status() const { return status_; }
 
  private:
