@@ -703,7 +703,7 @@ TEST_F(StagedFile, IsWholeWhileFourProcessesSaveAndAreKilled) {
   while (!running.empty()) {
     torn += whole.count(readFile("config.xml")) == 1 ? 0 : 1;
     ++reads;
-    if (kills < mostKills && random() % 100 == 0) {
+    if (kills < mostKills && random() % 10 == 0) {
       const auto victim = static_cast<std::ptrdiff_t>(random() % running.size());
       kills += kill(std::next(running.begin(), victim)->first, SIGKILL) == 0 ? 1 : 0;
     }
