@@ -51,7 +51,7 @@ namespace {
 constexpr int kThreads = 8;
 constexpr int kRounds = 200;
 
-/// The arguments of one thread. They differ between threads, so that state shared by difference
+/// The arguments of one thread. They differ between threads, so that state shared by mistake
 /// changes an answer.
 struct Own {
   int number;
