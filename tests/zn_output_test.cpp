@@ -18,6 +18,7 @@
 
 #include "captured_stream.h"
 #include "child_status.h"
+#include "files.h"
 #include "output_capture.h"
 
 namespace {
@@ -177,10 +178,24 @@ void awaitEditing(int terminal) {
   }
 }
 
+/// Waits until `process` sleeps, as it does while it reads from a terminal without input.
+void awaitSleep(pid_t process) {
+  const std::string status = "/proc/" + std::to_string(process) + "/stat";
+  for (int tries = 0; tries < 5000; ++tries) {
+    const std::string text = readFile(status);
+    const std::size_t name = text.rfind(") ");
+    if (name == std::string::npos || text[name + 2] == 'S') return;
+    usleep(1000);
+  }
+}
+
 enum class Editor { kLibedit, kTerminal };
 
+constexpr char kInterrupt = '\x03';
+
 /// Runs `prompt` on a new terminal and types `typed` once the terminal shows `shown`. Waits for
-/// libedit first, if it edits the input.
+/// libedit first, if it edits the input. Types an interrupt at the end only once the process has
+/// read the rest: a signal that arrives earlier interrupts no read.
 Answer atTerminal(const Prompt& prompt, const std::string& shown, const std::string& typed,
                   Editor editor = Editor::kLibedit) {
   int terminal = -1;
@@ -196,7 +211,15 @@ Answer atTerminal(const Prompt& prompt, const std::string& shown, const std::str
   }
   std::string screen = readUntil(terminal, shown);
   if (editor == Editor::kLibedit) awaitEditing(terminal);
-  writeAll(terminal, typed);
+  if (!typed.empty() && typed.back() == kInterrupt) {
+    const std::string text = typed.substr(0, typed.size() - 1);
+    writeAll(terminal, text);
+    screen += readUntil(terminal, text);
+    awaitSleep(child);
+    writeAll(terminal, {kInterrupt});
+  } else {
+    writeAll(terminal, typed);
+  }
   screen += readAll(terminal);
   close(terminal);
   return {waitForExit(child), screen};
@@ -483,7 +506,7 @@ TEST(Prompts, EndWithAnEmptyAnswerAtAHandledSignal) {
       return askMore();
     };
   };
-  const std::string interrupt = "q\x03";
+  const std::string interrupt = {'q', kInterrupt};
   EXPECT_EQ(atTerminal(asking(takeNoNotice), "continue ", interrupt).result, 1);
   EXPECT_EQ(atTerminal(asking(SIG_IGN), "continue ", interrupt).result, 1);
   EXPECT_EQ(atTerminal(asking(SIG_DFL), "continue ", interrupt).result, kSignalled + SIGINT);
@@ -500,6 +523,7 @@ TEST(Prompts, ResendASignalToTheWholeGroup) {
     if (other == 0) {
       sigprocmask(SIG_BLOCK, &interrupt, nullptr);
       awaitEditing(STDIN_FILENO);
+      awaitSleep(getppid());
       kill(getppid(), SIGINT);
       constexpr timespec patience = {10, 0};
       _exit(sigtimedwait(&interrupt, nullptr, &patience) == SIGINT ? 7 : 8);
