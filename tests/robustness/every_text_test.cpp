@@ -34,7 +34,7 @@ using namespace std::string_literals;
 using Clock = std::chrono::steady_clock;
 
 std::chrono::milliseconds timeForForm() {
-  return std::chrono::milliseconds(isLongRun() ? 60000 : 300);
+  return std::chrono::milliseconds(isLongRun() ? 60000 : 100);
 }
 
 struct Texts {

@@ -11,7 +11,7 @@
 
 /// A length at which any recursion over a text overflows the stack of 8 MiB. AddressSanitizer keeps
 /// the frame pointer, so that a frame takes at least 16 bytes.
-constexpr std::size_t kLongText = (kHasAddressSanitizer ? 4 : 16) * std::size_t{1024} * 1024;
+constexpr std::size_t kLongText = (kHasAddressSanitizer ? 2 : 16) * std::size_t{1024} * 1024;
 
 /// Enumerates the texts of one length over an alphabet like numbers, the first character fastest.
 class TextCounter {
