@@ -7,6 +7,7 @@
 #include <map>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "patterns.h"
 
