@@ -89,6 +89,17 @@ TEST(Split, AgreesWithTheEngineOnRandomTexts) {
   }
 }
 
+TEST(Split, TakesTokensOfAnyLength) {
+  for (std::size_t first = 0; first < 40; ++first) {
+    for (std::size_t last = 1; last < 40; ++last) {
+      const Tokens tokens = {std::string(first, 'x'), std::string(last, 'y')};
+      const std::string text = tokens[0] + "," + tokens[1];
+      ASSERT_EQ(zn_lib::Tokenizer(text, ",").tokens, tokens) << text;
+      ASSERT_EQ(zn_lib::Tokenizer(text, ",;").tokens, tokens) << text;
+    }
+  }
+}
+
 TEST(Split, ReplacesTheTokensOfAnEarlierCall) {
   zn_lib::Tokenizer tokenizer("a,b,c", ",");
   EXPECT_EQ(tokenizer.split("x y", " "), 2u);

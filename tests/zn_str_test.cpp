@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <zn_str.h>
 
+#include <algorithm>
 #include <clocale>
 #include <cmath>
 #include <limits>
@@ -280,6 +281,22 @@ TEST(RemoveQuotes, AgreesWithItsDefinition) {
   }
 }
 
+// Blocks of a text with few hits are copied in another way than blocks with many.
+TEST(Removal, AgreesWithTheStandardAlgorithmAtAnyDensity) {
+  std::mt19937 random(4);
+  for (const int othersPerHit : {0, 1, 3, 10, 30, 100, 1000}) {
+    const std::string others(static_cast<std::size_t>(othersPerHit), 'a');
+    for (std::size_t length = 0; length < 3000; length += 41) {
+      std::string text = randomText(random, "'" + others, length / 2);
+      text += randomText(random, "'" + others + others, length - text.size());
+      std::string expected = text;
+      expected.erase(std::remove(expected.begin(), expected.end(), '\''), expected.end());
+      ASSERT_EQ(zn_lib::removeQuotes(text), expected) << text;
+      ASSERT_EQ(zn_lib::removeChar(text, '\''), expected) << text;
+    }
+  }
+}
+
 TEST(ReplaceString, ReplacesTheFirstOccurrence) {
   const struct {
     std::string text, search, replacement, result;
@@ -329,6 +346,7 @@ TEST(LongText, EveryFunctionReturns) {
   EXPECT_EQ(zn_lib::rightTrim("x" + spaces), "x");
   EXPECT_EQ(zn_lib::allTrim(spaces + "x" + spaces), "x");
   EXPECT_EQ(zn_lib::allTrim(spaces), "");
+  EXPECT_EQ(zn_lib::leftTrim(spaces + "\0 "s), "\0 "s);
   EXPECT_EQ(zn_lib::stringToUpper(digits + "a"), digits + "A");
   EXPECT_EQ(zn_lib::stringToLower(digits + "A"), digits + "a");
   EXPECT_EQ(zn_lib::rightPad(digits, static_cast<int>(kLongText) + 1, '0'), "0" + digits);

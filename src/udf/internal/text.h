@@ -2,6 +2,7 @@
 #ifndef ZN_INTERNAL_TEXT_H
 #define ZN_INTERNAL_TEXT_H
 
+#include <array>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -10,12 +11,18 @@ namespace zn_lib::internal {
 
 // The classes and the case of the "C" locale. Bytes above 0x7F belong to no class.
 
-constexpr bool isSpace(char c) {
-  // Each whitespace character has one bit. A chain of comparisons causes branch mispredictions in
-  // whitespace of several kinds.
-  constexpr unsigned long long spaces = 1ULL << ' ' | 0x1FULL << '\t';
-  return c >= '\t' && c <= ' ' && (spaces >> c & 1) != 0;
+constexpr const char* kSpaces = " \t\n\v\f\r";
+
+constexpr std::array<bool, 256> spaceTable() {
+  std::array<bool, 256> table{};
+  for (const char c : std::string_view(kSpaces)) table[static_cast<unsigned char>(c)] = true;
+  return table;
 }
+
+/// A chain of comparisons would cause branch mispredictions in whitespace of several kinds.
+inline constexpr std::array<bool, 256> kIsSpace = spaceTable();
+
+constexpr bool isSpace(char c) { return kIsSpace[static_cast<unsigned char>(c)]; }
 constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
 constexpr char toUpper(char c) {
   return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
