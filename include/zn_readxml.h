@@ -18,7 +18,6 @@
 #include <string>
 
 #include "zn_readfile.h"
-#include "zn_str.h"
 #include "zn_xmlparser.h"
 
 namespace zn_lib {
@@ -49,7 +48,9 @@ class ZN_UDF_API XmlEvent : public XMLEvtHandler {
 template <class Map>
 std::string XmlEvent<Map>::skipWhiteSpace(const char* text, int length) {
   if (length < 1) return "";
-  return leftTrim({text, strnlen(text, static_cast<std::size_t>(length))});
+  std::string piece(text, strnlen(text, static_cast<std::size_t>(length)));
+  piece.erase(0, piece.find_first_not_of(" \t\n\v\f\r"));
+  return piece;
 }
 
 /// \cond internal

@@ -249,6 +249,54 @@ TEST_F(Settings, LoadSkipsElementsCalledConfiguration) {
   EXPECT_TRUE(loaded("no XML").empty());
 }
 
+/// Returns a document of settings in an order that is not theirs. Each occurs twice, once without a
+/// description.
+std::string shuffledSettings(int count) {
+  std::string xml = "<C>";
+  for (int i = 0; i < 2 * count; ++i) {
+    const std::string number = std::to_string(i * 7 % count);
+    xml += "<k" + number + (i < count ? " a='t' b='d" : " a='") + number + "'>" +
+           std::to_string(i) + " &amp;  more</k" + number + ">\n";
+  }
+  return xml + "</C>";
+}
+
+TEST_F(Settings, LoadReadsWhatTheHandlerReads) {
+  const struct {
+    const char* what;
+    std::string xml;
+  } cases[] = {
+      {"nothing", ""},
+      {"a second element with the same key", "<C><k a='t' b='d'>v</k><k a='u'>w</k></C>"},
+      {"an element inside another", "<C><a x='1'>v<b y='2'>w</b>x</a></C>"},
+      {"the same element inside itself", "<C><a x='1'>v<a>w</a>x</a></C>"},
+      {"pieces of text", "<C><k a='t'> a &lt;  b<![CDATA[ c]]><!-- d --> e</k></C>"},
+      {"three attributes", "<C><k a='1' b='2' c='3'/></C>"},
+      {"an end that is missing", "<C><k a='t'>v</k><l a='t'>w"},
+      {"text longer than any buffer", "<C><k a='t'>" + std::string(600000, 'v') + "</k></C>"},
+      {"many settings", shuffledSettings(9999)},
+  };
+  for (const auto& c : cases) {
+    writeFile("config.xml", c.xml);
+    zn_lib::ReadXml<zn_lib::ConfigEvent> reader;
+    std::string name = "config.xml";
+    reader.setFileName(name);
+    ASSERT_TRUE(reader.parseFile()) << c.what;
+    Configuration store;
+    Configuration filled;
+    zn_lib::config_map merged;
+    for (const char* key : {"k", "k1", "zz"}) {
+      filled.set(key, "T", "old", "older");
+      merged[key] = filled.get(key);
+    }
+    reader.event->exportData(merged);
+    store.load();
+    filled.load();
+    EXPECT_EQ(fieldsOf(store.elements), fieldsOf(reader.event->data)) << c.what;
+    EXPECT_EQ(fieldsOf(filled.elements), fieldsOf(merged)) << c.what;
+  }
+}
+
 TEST_F(Settings, LoadMerges) {
   writeFile("config.xml", "<CONFIGURATION type='OTHER'><a x='t' y='d'>new</a></CONFIGURATION>");
   Configuration store;

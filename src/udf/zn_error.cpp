@@ -3,12 +3,16 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
+#include "internal/maps.h"
 #include "zn_file.h"
 #include "zn_output.h"
 #include "zn_str.h"
 
 namespace zn_lib {
+
+using namespace std::string_view_literals;
 
 template class XmlEvent<std::map<int, std::string, error_order>>;
 template class ReadXml<ErrorEvent>;
@@ -37,15 +41,16 @@ void ErrorEvent::OnEndElement(const XML_Char* name) {
   // `tag` becomes the element that ends, not its parent, so text after an end tag counts as text of
   // that element.
   tag = name;
-  if (tag == "ERROR") data[id] = message;
+  // Most catalogs are in the order of their numbers.
+  if (tag == "ERROR"sv) data.insert_or_assign(data.end(), id, message);
 }
 
 void ErrorEvent::OnCharacterData(const XML_Char* text, int length) {
-  if (tag == "ID") {
+  if (tag == "ID"sv) {
     // Unlike atoi, this is defined for numbers of any length, and does not depend on the size of a
     // long.
     id = static_cast<int>(std::strtoll(skipWhiteSpace(text, length).c_str(), nullptr, 10));
-  } else if (tag == "MESSAGE") {
+  } else if (tag == "MESSAGE"sv) {
     message = skipWhiteSpace(text, length);
   }
 }
@@ -58,7 +63,7 @@ bool readErrorFile(std::string fileName, std::map<int, std::string, error_order>
   ReadXml<ErrorEvent> reader;
   reader.setFileName(fileName);
   reader.parseFile();
-  reader.event->exportData(catalog);
+  internal::moveEntries(reader.event->data, catalog);
   return true;
 }
 

@@ -1,12 +1,18 @@
 #include "zn_setcfg.h"
 
 #include <algorithm>
+#include <cstring>
+#include <initializer_list>
 #include <iostream>
 #include <iterator>
 #include <limits>
+#include <list>
+#include <string_view>
 #include <utility>
 
+#include "internal/maps.h"
 #include "internal/staged_file.h"
+#include "internal/text.h"
 #include "tokenizer.h"
 #include "zn_datetime.h"
 #include "zn_file.h"
@@ -82,15 +88,146 @@ std::string toXml(const Configuration& store) {
   return xml;
 }
 
-/// Returns the entry of `key` in `data`, and creates it if there is none. Tries the last entry
+/// Returns the entry of the current element, and creates it if there is none. Tries the last entry
 /// first and the position after it next, since `map_key` copies the keys that it compares. In a
 /// saved file, the text being read belongs to the last entry, and the next key belongs after it.
-ConfigElement& entryOf(const std::string& key, config_map& data) {
-  if (!data.empty()) {
-    const auto last = std::prev(data.end());
-    if (last->first == key) return last->second;
+ConfigElement& currentEntry(ConfigEvent& event) {
+  if (!event.data.empty()) {
+    const auto last = std::prev(event.data.end());
+    if (last->first == event.element) return last->second;
   }
-  return data.try_emplace(data.end(), key)->second;
+  return event.data.try_emplace(event.data.end(), event.element)->second;
+}
+
+/// Does the same as `ConfigEvent` with a map that compares keys without copying them. Its nodes fit
+/// into a `config_map`.
+struct PlainEvent {
+  std::map<std::string, ConfigElement> data;
+  std::string element;
+  std::string lastElement;
+  decltype(data)::iterator current = data.end();  // the entry that was used last
+};
+
+ConfigElement& currentEntry(PlainEvent& event) {
+  if (event.current == event.data.end() || event.current->first != event.element) {
+    event.current = event.data.try_emplace(event.data.end(), event.element);
+  }
+  return event.current->second;
+}
+
+bool isInSetting(const std::string& element) { return !element.empty() && element != kRoot; }
+
+/// Starts the element `name`. `type` and `describe` are null if there is no such attribute.
+template <class Event>
+void startElement(Event& event, const char* name, const char* type, const char* describe) {
+  event.element = name;
+  event.lastElement.clear();
+  if (type == nullptr || !isInSetting(event.element)) return;
+  ConfigElement& entry = currentEntry(event);
+  entry.type = type;
+  if (describe != nullptr) entry.describe = describe;
+}
+
+/// Adds a piece of text, which has no leading whitespace, to the current element.
+template <class Event>
+void addText(Event& event, std::string piece) {
+  if (!isInSetting(event.element)) return;
+  ConfigElement& entry = currentEntry(event);
+  if (event.lastElement == event.element) {
+    entry.value += piece;
+  } else {
+    entry.value = std::move(piece);
+    event.lastElement = event.element;
+  }
+}
+
+/// Records what the parser reports about settings. The parser keeps every name until its end, and
+/// the recorded text takes much less memory than a map, so that the parser and the map do not need
+/// their memory at the same time.
+class EventLog final : public XMLEvtHandler {
+ public:
+  void OnStartElement(const XML_Char* name, const XML_Char** attributes) override {
+    // `attributes` alternates names and values. The names are ignored.
+    if (attributes[0] == nullptr) {
+      add(kNoAttribute, {name});
+    } else if (attributes[2] == nullptr) {
+      add(kOneAttribute, {name, attributes[1]});
+    } else {
+      add(kTwoAttributes, {name, attributes[1], attributes[3]});
+    }
+    isInElement_ = true;
+  }
+
+  void OnEndElement(const XML_Char*) override {
+    if (isInElement_) add(kEnd, {});
+    isInElement_ = false;
+  }
+
+  void OnCharacterData(const XML_Char* text, int length) override {
+    if (!isInElement_) return;
+    std::string_view piece(text, static_cast<std::size_t>(length));
+    while (!piece.empty() && internal::isSpace(piece.front())) piece.remove_prefix(1);
+    add(kText, {piece});
+  }
+
+  /// Returns the settings, in the order of their keys, and empties the log.
+  config_map takeSettings();
+
+ private:
+  static constexpr char kNoAttribute = '0';
+  static constexpr char kOneAttribute = '1';
+  static constexpr char kTwoAttributes = '2';
+  static constexpr char kEnd = 'e';
+  static constexpr char kText = 't';
+
+  /// Adds an event and its texts, which contain no NULs and end with one in the log.
+  void add(char event, std::initializer_list<std::string_view> texts);
+
+  std::list<std::string> blocks_;
+  bool isInElement_ = false;
+};
+
+void EventLog::add(char event, std::initializer_list<std::string_view> texts) {
+  // The C library returns blocks of this size to the system when they are freed.
+  constexpr std::size_t blockSize = 256 * 1024;
+  std::size_t size = 1;
+  for (const std::string_view text : texts) size += text.size() + 1;
+  if (blocks_.empty()) {
+    blocks_.emplace_back();
+  } else if (blocks_.back().size() + size > blockSize) {
+    blocks_.emplace_back().reserve(blockSize);
+  }
+  std::string& block = blocks_.back();
+  block += event;
+  for (const std::string_view text : texts) block.append(text).push_back('\0');
+}
+
+config_map EventLog::takeSettings() {
+  PlainEvent reader;
+  for (; !blocks_.empty(); blocks_.pop_front()) {
+    const std::string& block = blocks_.front();
+    const char* at = block.data();
+    const auto nextText = [&at] {
+      const char* const text = at;
+      at += std::strlen(text) + 1;
+      return text;
+    };
+    while (at != block.data() + block.size()) {
+      const char event = *at++;
+      if (event == kEnd) {
+        reader.element.clear();
+      } else if (event == kText) {
+        addText(reader, nextText());
+      } else {
+        const char* const name = nextText();
+        const char* const type = event == kNoAttribute ? nullptr : nextText();
+        startElement(reader, name, type, event == kTwoAttributes ? nextText() : nullptr);
+      }
+    }
+  }
+  config_map settings;
+  internal::moveEntries(reader.data, settings);
+  return settings;
 }
 
 }  // namespace
@@ -100,27 +237,17 @@ ConfigElement::ConfigElement() : type("TEXT") {}
 ConfigEvent::ConfigEvent() = default;
 
 void ConfigEvent::OnStartElement(const XML_Char* name, const XML_Char** attributes) {
-  element = name;
-  lastElement.clear();
-  if (element.empty() || element == kRoot || attributes[0] == nullptr) return;
-  ConfigElement& entry = entryOf(element, data);
   // `attributes` alternates names and values. The names are ignored.
-  entry.type = attributes[1];
-  if (attributes[2] != nullptr) entry.describe = attributes[3];
+  const XML_Char* const type = attributes[0] == nullptr ? nullptr : attributes[1];
+  const XML_Char* const describe =
+      type == nullptr || attributes[2] == nullptr ? nullptr : attributes[3];
+  startElement(*this, name, type, describe);
 }
 
 void ConfigEvent::OnEndElement(const XML_Char*) { element.clear(); }
 
 void ConfigEvent::OnCharacterData(const XML_Char* text, int length) {
-  if (length < 1 || element.empty() || element == kRoot) return;
-  ConfigElement& entry = entryOf(element, data);
-  std::string piece = skipWhiteSpace(text, length);
-  if (lastElement == element) {
-    entry.value += piece;
-  } else {
-    entry.value = std::move(piece);
-    lastElement = element;
-  }
+  if (length > 0) addText(*this, skipWhiteSpace(text, length));
 }
 
 void ConfigEvent::exportData(config_map& target) {
@@ -148,14 +275,11 @@ Configuration::~Configuration() {
 bool Configuration::load() {
   std::string file = getConfigurationFile();
   if (file.empty()) return false;
-  ReadXml<ConfigEvent> reader;
+  ReadXml<EventLog> reader;
   reader.setFileName(file);
   reader.parseFile();
-  if (elements.empty()) {
-    elements.swap(reader.event->data);
-  } else {
-    reader.event->exportData(elements);
-  }
+  config_map settings = reader.event->takeSettings();
+  internal::moveEntries(settings, elements);
   changed = false;
   return true;
 }

@@ -1,0 +1,29 @@
+/// Operations on maps that several families share.
+#ifndef ZN_INTERNAL_MAPS_H
+#define ZN_INTERNAL_MAPS_H
+
+#include <type_traits>
+#include <utility>
+
+namespace zn_lib::internal {
+
+/// Moves the entries of `source` into `target`. They replace entries with the same key. The maps
+/// may compare keys by different functions, which must order them alike.
+template <class Source, class Target>
+void moveEntries(Source& source, Target& target) {
+  if constexpr (std::is_same_v<Source, Target>) {
+    if (target.empty()) return target.swap(source);
+  }
+  // Since both maps have the same order, most entries belong directly after the previous one.
+  auto place = target.begin();
+  while (!source.empty()) {
+    auto node = source.extract(source.begin());
+    place = target.insert(place, std::move(node));
+    if (!node.empty()) place->second = std::move(node.mapped());
+    ++place;
+  }
+}
+
+}  // namespace zn_lib::internal
+
+#endif  // ZN_INTERNAL_MAPS_H
