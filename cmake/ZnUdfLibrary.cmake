@@ -44,10 +44,14 @@ if(ZN_UDF_HARDENING)
   endif()
 endif()
 
-# Calls within the library do not go through the dynamic linker.
+# Calls within the library do not go through the dynamic linker, which would have to look up their symbols whenever a
+# program starts.
 check_cxx_compiler_flag(-fno-semantic-interposition ZN_UDF_HAS_NO_SEMANTIC_INTERPOSITION)
 if(ZN_UDF_HAS_NO_SEMANTIC_INTERPOSITION)
   target_compile_options(zn_udf PRIVATE -fno-semantic-interposition)
+endif()
+if(NOT APPLE)
+  target_link_options(zn_udf PRIVATE LINKER:-Bsymbolic-functions)
 endif()
 
 # Templates of the standard library have default visibility despite the visibility preset. The list of exports hides

@@ -90,6 +90,12 @@ bool ClassicTraits::isctype(char c, char_class_type members) const {
   if (members == digits_) return isDigit(c);
   return std::regex_traits<char>::isctype(c, members);
 }
+
+int ClassicTraits::value(char c, int radix) const {
+  constexpr std::string_view digits = "0123456789abcdef";
+  const std::size_t digit = digits.substr(0, static_cast<std::size_t>(radix)).find(toLower(c));
+  return digit == std::string_view::npos ? -1 : static_cast<int>(digit);
+}
 #endif
 
 Pattern compilePattern(const std::string& pattern, std::regex::flag_type flags) {

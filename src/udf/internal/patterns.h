@@ -29,6 +29,10 @@ struct ClassicTraits : std::regex_traits<char> {
 
   bool isctype(char c, char_class_type members) const;
 
+  /// Returns the value of a digit in the base `radix`, or -1 if `c` is not such a digit. The
+  /// standard function constructs a stream for each digit.
+  int value(char c, int radix) const;
+
  private:
   char_class_type digits_;
 #endif
