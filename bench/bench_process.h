@@ -41,20 +41,32 @@ inline rusage runProgram(const std::vector<std::string>& command) {
   return waitFor(child);
 }
 
+/// Runs `operation` with the file `file` for its standard output.
+template <class Operation>
+void printTo(const std::string& file, Operation operation) {
+  const int out = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  dup2(out, STDOUT_FILENO);
+  close(out);
+  operation();
+  std::cout.flush();
+  std::fflush(stdout);
+}
+
 /// Runs `operation` in a child whose standard output is `file`. All rows that print run this way,
-/// because some of them replace the child by a program.
+/// because some of them replace the child by a program. A row whose instructions are counted runs
+/// in this process, which prints nothing else.
 template <class Operation>
 void printInChild(const std::string& file, Operation operation) {
+#ifdef ZN_UDF_COUNT_INSTRUCTIONS
+  printTo(file, operation);
+#else
   const pid_t child = fork();
   if (child == 0) {
-    const int out = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    dup2(out, STDOUT_FILENO);
-    operation();
-    std::cout.flush();
-    std::fflush(stdout);
+    printTo(file, operation);
     _exit(0);
   }
   waitFor(child);
+#endif
 }
 
 }  // namespace bench

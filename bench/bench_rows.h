@@ -5,81 +5,27 @@
 /// The name of a row is "work/implementation". The report compares rows with the same work. An
 /// implementation that begins with "baseline:" does only the part of the work that none can omit.
 /// Freeing the result of the operation is part of the measured time.
+///
+/// The same rows are timed by Google Benchmark or, with ZN_UDF_COUNT_INSTRUCTIONS, counted.
 #ifndef BENCH_ROWS_H
 #define BENCH_ROWS_H
 
-#include <benchmark/benchmark.h>
-
 #include <cstddef>
-#include <cstdint>
 #include <random>
 #include <string>
 #include <string_view>
 
+#ifdef ZN_UDF_COUNT_INSTRUCTIONS
+#include "bench_counting.h"
+#else
+#include "bench_timing.h"
+#endif
+
 namespace bench {
-
-template <class Input, class Operation>
-void timeOperation(benchmark::State& state, Input input, Operation operation) {
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(input);
-    auto result = operation(input);
-    benchmark::DoNotOptimize(result);
-  }
-}
-
-/// Adds a row that is measured in processor time.
-template <class Input, class Operation>
-benchmark::internal::Benchmark* addRow(const std::string& name, const Input& input,
-                                       Operation operation) {
-  return benchmark::RegisterBenchmark(name.c_str(), [input, operation](benchmark::State& state) {
-    timeOperation(state, input, operation);
-  });
-}
-
-/// Adds a row that is measured in elapsed time, because the kernel or another process does the
-/// work.
-template <class Input, class Operation>
-void addClockRow(const std::string& name, const Input& input, Operation operation) {
-  addRow(name, input, operation)->UseRealTime()->Unit(benchmark::kMillisecond);
-}
-
-/// Adds a row for an operation that reads all of `text`. Its speed is printed, too.
-template <class Operation>
-void addScan(const std::string& name, const std::string& text, Operation operation) {
-  benchmark::RegisterBenchmark(name.c_str(), [text, operation](benchmark::State& state) {
-    timeOperation(state, text, operation);
-    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
-  });
-}
-
-/// Adds rows of an implementation for sizes that double from `first` to `last`, and fits how their
-/// time grows. `makeInput` returns the input of a size when its row runs.
-template <class MakeInput, class Operation>
-void addGrowth(const std::string& work, int first, int last, MakeInput makeInput,
-               Operation operation, const std::string& implementation = "zn_udf") {
-  const auto run = [makeInput, operation](benchmark::State& state) {
-    timeOperation(state, makeInput(static_cast<std::size_t>(state.range(0))), operation);
-    state.SetComplexityN(state.range(0));
-  };
-  benchmark::RegisterBenchmark(("growth_" + work + "/" + implementation).c_str(), run)
-      ->RangeMultiplier(2)
-      ->Range(first, last)
-      ->UseRealTime()
-      ->Complexity();
-}
 
 /// The sizes of growing texts in bytes.
 constexpr int kSmallText = 16;
 constexpr int kLargeText = 16 << 20;
-
-/// Runs the rows that the command line selects. Returns the exit status of the program.
-inline int runRows(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
-}
 
 /// Returns `size` random characters from `alphabet`, the same in every run. A character that occurs
 /// in the alphabet twice is twice as frequent. A text with a period would train branch predictors.

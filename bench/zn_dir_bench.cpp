@@ -35,7 +35,7 @@ Names namesByReaddir(const std::string& directory, Selects selects) {
 bool all(const std::string&) { return true; }
 
 void addListRows(const std::string& name, const std::string& directory, const std::string& filter) {
-  addClockRow(name + "/zn_udf", directory, [filter](const std::string& d) {
+  bench::addCountedClockRow(name + "/zn_udf", directory, [filter](const std::string& d) {
     Names names;
     zn_lib::listDir(d, filter, false, names);
     return names;

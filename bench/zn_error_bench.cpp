@@ -63,7 +63,7 @@ int main(int argc, char** argv) {
   const TemporaryDirectory directory;
   const std::string file = directory.file("errors.xml");
   writeCatalog(file, 10000);
-  bench::addClockRow("readErrorFile_10000/zn_udf", file, readCatalog);
+  bench::addCountedClockRow("readErrorFile_10000/zn_udf", file, readCatalog);
   bench::addClockRow("readErrorFile_10000/expat_and_map", file, readByExpat);
   bench::addClockRow("readErrorFile_10000/baseline:expat_alone", file, bench::countOfFile);
 

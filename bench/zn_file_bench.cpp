@@ -128,9 +128,12 @@ void dumpByHand(const std::string& file) {
 }
 
 void addDumpRows(const std::string& file, const std::string& out) {
-  addDumpRow("hexDump_8MiB/zn_udf", out, [file] {
-    zn_lib::setVerbose(true);
-    zn_lib::hexDump(file, 16);
+  bench::addCountedClockRow("hexDump_8MiB/zn_udf", out, [file](const std::string& o) {
+    bench::printInChild(o, [file] {
+      zn_lib::setVerbose(true);
+      zn_lib::hexDump(file, 16);
+    });
+    return true;
   });
   addDumpRow("hexDump_8MiB/baseline:hand_loop", out, [file] { dumpByHand(file); });
 #ifdef ZN_UDF_XXD

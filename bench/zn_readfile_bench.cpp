@@ -64,7 +64,7 @@ int main(int argc, char** argv) {
   const TemporaryDirectory directory;
   const Print print = {directory.file("printed"), directory.file("out")};
   writeFile(print.source, bench::linesOf(std::size_t{8} << 20));
-  bench::addClockRow("cat_8MiB/zn_udf", print, printing(catByLibrary));
+  bench::addCountedClockRow("cat_8MiB/zn_udf", print, printing(catByLibrary));
   bench::addClockRow("cat_8MiB/fgets", print, printing(catByFgets));
   bench::addClockRow("cat_8MiB/getline", print, printing(catByGetline));
   bench::addClockRow("cat_8MiB/baseline:read_write", print, printing(catByBlocks));

@@ -22,7 +22,7 @@ constexpr const char* kGrowing = "growing";
 constexpr int kSettings = 10000;
 
 void addLoadRows(const std::string& row, const std::string& directory, const std::string& name) {
-  bench::addClockRow(row + "/zn_udf", directory, [name](const std::string& d) {
+  bench::addCountedClockRow(row + "/zn_udf", directory, [name](const std::string& d) {
     auto store = storeIn(d, name);
     store->load();
     return store;

@@ -54,7 +54,7 @@ int main(int argc, char** argv) {
   const auto writing = [line](auto write) {
     return [=](const std::string& n) { return write(n, size / kLineLength, line); };
   };
-  bench::addClockRow("write_8MiB_of_lines/zn_udf", name, writing(writeByLibrary));
+  bench::addCountedClockRow("write_8MiB_of_lines/zn_udf", name, writing(writeByLibrary));
   bench::addClockRow("write_8MiB_of_lines/ofstream", name, writing(writeByOfstream));
   bench::addClockRow("write_8MiB_of_lines/fputs", name, writing(writeByFputs));
   bench::addClockRow(
