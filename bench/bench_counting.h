@@ -58,6 +58,9 @@ void addRow(const std::string& name, const Input& input, Operation operation) {
 template <class Input, class Operation>
 void addClockRow(const std::string&, const Input&, Operation) {}
 
+template <class MakeInput, class Operation>
+void addLateClockRow(const std::string&, MakeInput, Operation) {}
+
 template <class Input, class Operation>
 void addCountedClockRow(const std::string& name, const Input& input, Operation operation) {
   addRow(name, input, operation);

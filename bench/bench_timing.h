@@ -35,6 +35,15 @@ void addClockRow(const std::string& name, const Input& input, Operation operatio
   addRow(name, input, operation)->UseRealTime()->Unit(benchmark::kMillisecond);
 }
 
+/// Adds a row that is measured in elapsed time, and whose input is made when it runs.
+template <class MakeInput, class Operation>
+void addLateClockRow(const std::string& name, MakeInput makeInput, Operation operation) {
+  const auto run = [makeInput, operation](benchmark::State& state) {
+    timeOperation(state, makeInput(), operation);
+  };
+  benchmark::RegisterBenchmark(name.c_str(), run)->UseRealTime()->Unit(benchmark::kMillisecond);
+}
+
 /// Adds a row that is measured in elapsed time, although the kernel's part is small or the same for
 /// all. bench/instructions counts it, too.
 template <class Input, class Operation>

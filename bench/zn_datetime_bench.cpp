@@ -205,6 +205,25 @@ void addWritingRows() {
 #endif
 }
 
+void addTodayRows() {
+  const bool useTime = true;
+  addRow("getTodayAsISO/zn_udf", useTime, [](bool on) {
+    zn_lib::setUseTime(on);
+    return zn_lib::getTodayAsISO();
+  });
+  // Unlike localtime, localtime_r does not check in each call whether the time zone has changed.
+  addRow("getTodayAsISO/baseline:localtime_r_strftime", useTime, [](bool) {
+    const std::time_t now = std::time(nullptr);
+    std::tm parts{};
+    localtime_r(&now, &parts);
+    return formatted(kIsoFormat, parts);
+  });
+  addRow("getTodayAsISO/localtime_strftime", useTime, [](bool) {
+    const std::time_t now = std::time(nullptr);
+    return formatted(kIsoFormat, *std::localtime(&now));
+  });
+}
+
 #ifdef ZN_UDF_HAVE_DATE
 using Milliseconds = date::sys_time<std::chrono::milliseconds>;
 
@@ -278,6 +297,7 @@ int main(int argc, char** argv) {
   zn_lib::setDateFormat(zn_lib::DAY_MONTH_YEAR);  // the order in which dateToISO reads
   addReadingRows();
   addWritingRows();
+  addTodayRows();
   addCalendarRows();
   return bench::runRows(argc, argv);
 }

@@ -1,5 +1,5 @@
-/// Splitting file names and copying files, compared with std::filesystem, and hexadecimal dumps,
-/// compared with xxd.
+/// Splitting and joining file names and copying files, compared with std::filesystem, and
+/// hexadecimal dumps, compared with xxd.
 #include <fcntl.h>
 #include <unistd.h>
 #include <zn_file.h>
@@ -44,6 +44,21 @@ void addSplitRows(const std::string& row, const std::string& name) {
   bench::addRow(row + "/std_filesystem_path", name, [](const std::string& n) {
     const fs::path path(n);
     return zn_lib::name_of_file{path.parent_path(), path.stem(), path.extension()};
+  });
+}
+
+void addJoinRows(const std::string& row, const zn_lib::name_of_file& parts) {
+  using Parts = zn_lib::name_of_file;
+  bench::addRow(row + "/zn_udf", parts,
+                [](const Parts& p) { return zn_lib::createFileName(p.path, p.name, p.extension); });
+  // It replaces neither "~" nor backslashes.
+  bench::addRow(row + "/baseline:append", parts, [](const Parts& p) {
+    std::string name;
+    name.reserve(p.path.size() + p.name.size() + p.extension.size() + 2);
+    return name.append(p.path).append(1, '/').append(p.name).append(1, '.').append(p.extension);
+  });
+  bench::addRow(row + "/std_filesystem_path", parts, [](const Parts& p) {
+    return ((fs::path(p.path) / p.name).replace_extension(p.extension)).native();
   });
 }
 
@@ -175,6 +190,7 @@ int main(int argc, char** argv) {
   addSplitRows(
       "splitFileName_84B",
       "/home/ada/documents/projects/almanac/measurements/2024/march/station_07_humidity.csv");
+  addJoinRows("createFileName_34B", {"/home/ada/documents", "station_07", "csv"});
   writeMebibytes(directory.file("copied"), 256);
   addCopyRows("fileCopy_256MiB", {directory.file("copied"), directory.file("copy")});
   writeMebibytes(directory.file("dumped"), 8);

@@ -1,5 +1,5 @@
-/// IPv4 addresses, compared with the conversions of the C library, with a network library, and with
-/// the regular expression that defines the accepted texts.
+/// IPv4 and IPv6 addresses, compared with the conversions of the C library, with a network library,
+/// and with the regular expression that defines the accepted texts.
 #include <arpa/inet.h>
 #include <zn_ip.h>
 
@@ -15,6 +15,7 @@
 
 #ifdef ZN_UDF_HAVE_BOOST
 #include <boost/asio/ip/address_v4.hpp>
+#include <boost/asio/ip/address_v6.hpp>
 #include <boost/system/error_code.hpp>
 #endif
 #ifdef ZN_UDF_HAVE_RE2
@@ -122,6 +123,35 @@ void addBlockRows(const std::string& text) {
   });
 }
 
+void addSixRows(const std::string& text) {
+  addRow("IPv6_set/zn_udf", text, [](const std::string& t) {
+    zn_lib::IPv6 address;
+    address.set(t);
+    return address;
+  });
+  addRow("IPv6_set/baseline:inet_pton", text, [](const std::string& t) {
+    in6_addr address{};
+    inet_pton(AF_INET6, t.c_str(), &address);
+    return address;
+  });
+  zn_lib::IPv6 address;
+  address.set(text);
+  addRow("IPv6_text/zn_udf", address, [](const zn_lib::IPv6& a) { return a.text(); });
+  addRow("IPv6_text/baseline:inet_ntop", address.binary, [](const in6_addr& binary) {
+    std::array<char, INET6_ADDRSTRLEN> buffer;
+    return std::string(inet_ntop(AF_INET6, &binary, buffer.data(), INET6_ADDRSTRLEN));
+  });
+#ifdef ZN_UDF_HAVE_BOOST
+  using boost::asio::ip::make_address_v6;
+  addRow("IPv6_set/boost_asio", text, [](const std::string& t) {
+    boost::system::error_code error;
+    return make_address_v6(t, error);
+  });
+  addRow("IPv6_text/boost_asio", make_address_v6(text),
+         [](const boost::asio::ip::address_v6& a) { return a.to_string(); });
+#endif
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -134,5 +164,6 @@ int main(int argc, char** argv) {
   addFormatRows("IPv4_validFormat_three_parts", "10.20.30");
   addTextRows(accepted);
   addBlockRows(accepted);
+  addSixRows("2001:db8::8a2e:370:7334");
   return bench::runRows(argc, argv);
 }

@@ -41,19 +41,29 @@ std::string numbered(std::string name) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const bench::FullDirectory directory(1000);
-  const std::string base = "measurement_77";  // eleven names begin with it
-  bench::addCountedClockRow("sequentialFile_of_1000/zn_udf", directory.file(base + ".csv"),
-                            numbered);
-  bench::addClockRow("sequentialFile_of_1000/std_directory_iterator", directory.path(),
+  static bench::MadeOnce<bench::FullDirectory> directories;
+  const std::string base = "measurement_77";
+  const auto name = [base](std::size_t files) { return directories(files).file(base + ".csv"); };
+
+  constexpr std::size_t small = 1000;  // eleven names begin with the base
+  bench::addCountedClockRow("sequentialFile_of_1000/zn_udf", name(small), numbered);
+  const std::string directory = directories(small).path();
+  bench::addClockRow("sequentialFile_of_1000/std_directory_iterator", directory,
                      [base](const std::string& d) { return lastByIterator(d, base); });
-  bench::addClockRow("sequentialFile_of_1000/baseline:readdir", directory.path(),
+  bench::addClockRow("sequentialFile_of_1000/baseline:readdir", directory,
                      [base](const std::string& d) { return lastByReaddir(d, base); });
+
+  constexpr std::size_t large = 100000;
+  const auto nameInLarge = [name] { return name(large); };
+  const auto largeDirectory = [] { return directories(large).path(); };
+  bench::addLateClockRow("sequentialFile_of_100000/zn_udf", nameInLarge, numbered);
+  bench::addLateClockRow("sequentialFile_of_100000/std_directory_iterator", largeDirectory,
+                         [base](const std::string& d) { return lastByIterator(d, base); });
+  bench::addLateClockRow("sequentialFile_of_100000/baseline:readdir", largeDirectory,
+                         [base](const std::string& d) { return lastByReaddir(d, base); });
 
   constexpr int fewest = 64;
   constexpr int most = 100000;
-  static bench::MadeOnce<bench::FullDirectory> directories;
-  const auto name = [](std::size_t files) { return directories(files).file("measurement_77.csv"); };
   bench::addGrowth("sequentialFile", fewest, most, name, numbered);
   return bench::runRows(argc, argv);
 }

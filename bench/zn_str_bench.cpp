@@ -9,12 +9,14 @@
 #include <cstdio>
 #include <regex>
 #include <string>
+#include <vector>
 
 #include "../src/udf/internal/definitions.h"
 #include "bench_rows.h"
 
 #ifdef ZN_UDF_HAVE_ABSL
 #include <absl/strings/ascii.h>
+#include <absl/strings/match.h>
 #include <absl/strings/numbers.h>
 #include <absl/strings/str_replace.h>
 #endif
@@ -162,30 +164,30 @@ void addUpperRows(const std::string& name, const std::string& text) {
 
 std::string copyOf(const std::string& text) { return text; }
 
-void addRemovalRows(const std::string& text) {
-  addScan("removeQuotes_1MiB/zn_udf", text,
-          [](const std::string& t) { return zn_lib::removeQuotes(t); });
-  addScan("removeQuotes_1MiB/baseline:memcpy", text, copyOf);
-  addScan("removeQuotes_1MiB/push_back_loop", text,
+void addRemovalRows(const std::string& size, const std::string& text) {
+  const std::string quotes = "removeQuotes_" + size;
+  addScan(quotes + "/zn_udf", text, [](const std::string& t) { return zn_lib::removeQuotes(t); });
+  addScan(quotes + "/baseline:memcpy", text, copyOf);
+  addScan(quotes + "/push_back_loop", text,
           [](const std::string& t) { return keepOthers(t, isQuote); });
-  addScan("removeQuotes_1MiB/erase_remove", text,
+  addScan(quotes + "/erase_remove", text,
           [](const std::string& t) { return eraseRemove(t, isQuote); });
 #ifdef ZN_UDF_HAVE_ABSL
-  addScan("removeQuotes_1MiB/absl_StrReplaceAll", text, [](const std::string& t) {
+  addScan(quotes + "/absl_StrReplaceAll", text, [](const std::string& t) {
     return absl::StrReplaceAll(t, {{"`", ""}, {"'", ""}, {"\"", ""}});
   });
 #endif
 
+  const std::string comma = "removeChar_" + size;
   const auto isComma = [](char c) { return c == ','; };
-  addScan("removeChar_1MiB/zn_udf", text,
-          [](const std::string& t) { return zn_lib::removeChar(t, ','); });
-  addScan("removeChar_1MiB/baseline:memcpy", text, copyOf);
-  addScan("removeChar_1MiB/push_back_loop", text,
+  addScan(comma + "/zn_udf", text, [](const std::string& t) { return zn_lib::removeChar(t, ','); });
+  addScan(comma + "/baseline:memcpy", text, copyOf);
+  addScan(comma + "/push_back_loop", text,
           [isComma](const std::string& t) { return keepOthers(t, isComma); });
-  addScan("removeChar_1MiB/erase_remove", text,
+  addScan(comma + "/erase_remove", text,
           [isComma](const std::string& t) { return eraseRemove(t, isComma); });
 #ifdef ZN_UDF_HAVE_ABSL
-  addScan("removeChar_1MiB/absl_StrReplaceAll", text,
+  addScan(comma + "/absl_StrReplaceAll", text,
           [](const std::string& t) { return absl::StrReplaceAll(t, {{",", ""}}); });
 #endif
 }
@@ -226,6 +228,59 @@ void addReplacementRows(const std::string& text) {
          });
 #endif
 }
+
+// ---- Search
+
+struct Search {
+  std::string text;
+  std::vector<std::string> list;
+};
+
+bool occurs(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+/// The library takes the list by value. A call with a list that the caller keeps therefore copies
+/// it, and the peers copy it, too. The baseline searches in place.
+void addSearchRows(const std::string& name, const Search& search) {
+  addRow(name + "/zn_udf", search,
+         [](const Search& s) { return zn_lib::findStrings(s.text, s.list); });
+  addRow(name + "/baseline:find_without_copy", search, [](const Search& s) {
+    return std::any_of(s.list.begin(), s.list.end(),
+                       [&](const std::string& part) { return occurs(s.text, part); });
+  });
+  addRow(name + "/std_find", search, [](const Search& s) {
+    const std::vector<std::string> list = s.list;
+    return std::any_of(list.begin(), list.end(),
+                       [&](const std::string& part) { return occurs(s.text, part); });
+  });
+#ifdef ZN_UDF_HAVE_ABSL
+  addRow(name + "/absl_StrContains", search, [](const Search& s) {
+    const std::vector<std::string> list = s.list;
+    return std::any_of(list.begin(), list.end(),
+                       [&](const std::string& part) { return absl::StrContains(s.text, part); });
+  });
+#endif
+}
+
+/// Adds rows for a text of 1 KiB and a list of which one text near the end occurs, or none.
+void addSearchRows() {
+  constexpr std::size_t textSize = 1024;
+  constexpr std::size_t partSize = 8;
+  constexpr std::size_t parts = 100;
+  constexpr std::size_t found = 97;
+  const std::string letters =
+      bench::randomText("abcdefghijklmnopqrstuvwxyz", textSize + parts * partSize);
+  Search search = {letters.substr(0, textSize), {}};
+  for (std::size_t i = textSize; i < letters.size(); i += partSize) {
+    search.list.push_back(letters.substr(i, partSize));
+  }
+  addSearchRows("findStrings_none_of_100", search);
+  search.list[found] = search.text.substr(textSize / 2, partSize);
+  addSearchRows("findStrings_98th_of_100", search);
+}
+
+// ---- Formatting
 
 void addPaddingRows() {
   const std::string number = "1234";
@@ -313,8 +368,13 @@ int main(int argc, char** argv) {
   addUpperRows("stringToUpper_20B", "a text of 20 letters");
   const std::string text = bench::mebibyteOf("abcdefghijklmnopqrstuvwxyzABCDEFGHIJ ,,.`'\"");
   addUpperRows("stringToUpper_1MiB", text);
-  addRemovalRows(text);
+  addRemovalRows("1MiB", text);
+  // As in prose, one character in 100 is a comma and one is a quote.
+  const std::string letters = "abcdefghijklmnopqrstuvwxyz";
+  const std::string prose = letters + letters + letters + std::string(18, ' ') + "..,'";
+  addRemovalRows("1MiB_sparse", bench::mebibyteOf(prose));
   addReplacementRows(text);
+  addSearchRows();
   addPaddingRows();
   addPercentRows();
   addGrowthRows();
