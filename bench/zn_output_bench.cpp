@@ -101,9 +101,10 @@ void addPromptRows(const std::string& out) {
   const std::string row = "yesOrNo_10000_answers";
   bench::addCountedClockRow(row + "/zn_udf", out,
                             askingFromPipe([] { return zn_lib::yesOrNo("Continue? "); }));
-  // The function that reads the answers of the library.
-  bench::addClockRow(row + "/baseline:readline", out, askingFromPipe(askByReadline));
-  bench::addClockRow(row + "/cin_getline", out, askingFromPipe([] {
+  // The function by which the library reads answers. It reads a pipe byte by byte.
+  bench::addClockRow(row + "/readline", out, askingFromPipe(askByReadline));
+  // This neither prints the prompt nor edits lines.
+  bench::addClockRow(row + "/baseline:cin_getline", out, askingFromPipe([] {
                        std::string line;
                        return std::getline(std::cin, line) && isYes(line[0]);
                      }));

@@ -13,7 +13,6 @@
 #endif
 
 #include "internal/text.h"
-#include "tokenizer.h"
 
 namespace zn_lib {
 namespace {
@@ -55,24 +54,27 @@ void setVerbose(bool on) { verbose_ = on; }
 
 bool isVerbose() { return verbose_; }
 
+// Texts end at their first NUL. The library's inserter for strings would end them there too, but
+// copies them.
+
 void display(const std::string& text) {
-  // The library's inserter for strings would write the same, but copies the text, which may be
-  // large.
   if (isShown(text)) std::cout << text.c_str();
 }
 
 void message(const std::string& text) {
-  if (isShown(text)) std::cout << text << std::endl;
+  if (isShown(text)) std::cout << text.c_str() << std::endl;
 }
 
 void errorMessage(const std::string& text) {
-  if (isShown(text)) std::cerr << "ERROR: " << text << std::endl;
+  if (isShown(text)) std::cerr << "ERROR: " << text.c_str() << std::endl;
 }
 
-void debugMessage(const std::string& text) { std::cout << "DEBUG: " << text << std::endl; }
+void debugMessage(const std::string& text) {
+  std::cout << "DEBUG: " << text.c_str() << std::endl;
+}
 
 void processTitle(const std::string& text) {
-  if (isShown(text)) std::cout << '[' << text << ']' << std::endl;
+  if (isShown(text)) std::cout << '[' << text.c_str() << ']' << std::endl;
 }
 
 void pauseKey() { promptForKey("Press <Enter> to continue "); }
