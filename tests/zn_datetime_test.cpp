@@ -289,8 +289,13 @@ TEST_F(DateTime, DateToJulianIsExactForEveryHourAndMinute) {
 TEST_F(DateTime, LaterYearsAreCheckedByTheirLow16Bits) {
   constexpr Julian cycle = 146097;  // days in 400 years
   const Julian earlier = zn_lib::dateToJulian(2, 1, 1, 0, 0, 0.0);
+  // The last value is just below the end of the 64 bits.
+  for (const int times : {1, 65, 300, 356}) {
+    const Julian later = zn_lib::dateToJulian(2 + 400 * 4096 * times, 1, 1, 0, 0, 0.0);
+    EXPECT_EQ(later, earlier + static_cast<Julian>(times) * 4096 * cycle * kDay)
+        << "and count in full";
+  }
   const Julian later = zn_lib::dateToJulian(2 + 400 * 4096, 1, 1, 0, 0, 0.0);
-  EXPECT_EQ(later, earlier + 4096 * cycle * kDay) << "and count in full";
   EXPECT_EQ(fieldsOf(zn_lib::julianToDate(later)), "2-1-1 12:0:0");
   EXPECT_EQ(zn_lib::dateToJulian(65537, 2, 29, 0, 0, 0.0), 0u) << "year 1 has none";
 }

@@ -18,14 +18,15 @@ namespace zn_lib {
 namespace {
 
 constexpr int kMonthsPerYear = 12;
+constexpr int kDaysIn4Years = 1461;
 constexpr int kDecember = 12;
 constexpr int kFebruary = 2;
 constexpr unsigned long long kMillisecondsPerDay = 86400000;
 constexpr unsigned long long kMillisecondsPerHalfDay = kMillisecondsPerDay / 2;
-constexpr int kMillisecondsPerHour = 3600000;
 constexpr int kMillisecondsPerMinute = 60000;
-constexpr int kSecondsPerHour = 3600;
-constexpr int kSecondsPerMinute = 60;
+constexpr unsigned kMillisecondsPerSecond = 1000;
+constexpr unsigned kSecondsPerMinute = 60;
+constexpr int kMinutesPerHour = 60;
 
 /// The process-wide date settings, all zero until a host sets them.
 date_time_set date_set;
@@ -41,7 +42,10 @@ bool isLeapYear(unsigned short year) {
   return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
 }
 
-constexpr unsigned short to16Bits(int value) { return static_cast<unsigned short>(value); }
+template <class Integer>
+constexpr unsigned short to16Bits(Integer value) {
+  return static_cast<unsigned short>(value);
+}
 
 constexpr std::size_t kYearDigits = 4;
 
@@ -193,8 +197,9 @@ void defaultDateTimeFormat() {
 void resetDateTime(date_time_record& record) { record = {0, 0, 0, 12, 0, 0.0}; }
 
 bool isValidDate(unsigned short day, unsigned short month, unsigned short year) {
-  if (day < 1 || day > getMonthDays(month)) return false;
-  return month != kFebruary || day < 29 || isLeapYear(year);
+  if (day < 1 || month < 1 || month > kMonthsPerYear) return false;
+  if (day <= 28) return true;  // every month has these days, so most dates need no table
+  return day <= kMonthDays[month] && (month != kFebruary || isLeapYear(year));
 }
 
 bool isValidDateTime(date_time_record& record) {
@@ -259,8 +264,8 @@ std::string getMonthName(unsigned short month, bool shortName) {
 
 unsigned long long dateToJulian(int year, int month, int day, int hour, int minute, double second) {
   if (!isValidDate(to16Bits(day), to16Bits(month), to16Bits(year))) return 0;
+  int y = year < 0 ? year + 1 : year;
   // With 64 bits, the products do not overflow for any int.
-  std::int64_t y = year < 0 ? year + 1 : year;
   std::int64_t m = month;
   if (m < 3) {
     --y;
@@ -269,16 +274,17 @@ unsigned long long dateToJulian(int year, int month, int day, int hour, int minu
   // These are the integer forms of int(30.6001 * (m + 1)) and int(365.25 * (y + 4716)), and the
   // Gregorian correction.
   const std::int64_t monthDays = 306001 * (m + 1) / 10000;
-  const std::int64_t yearDays = 36525 * (y + 4716) / 100;
-  const std::int64_t days = day + (2 - y / 100 + y / 400) + monthDays + yearDays;
-  const double midnight =
-      (static_cast<double>(days) - 1524.5) * static_cast<double>(kMillisecondsPerDay);
-  if (!date_set.useTime) return internal::truncateToUnsigned64(midnight) + kMillisecondsPerHalfDay;
+  const std::int64_t yearDays = kDaysIn4Years * (std::int64_t{y} + 4716) / 4;
+  const std::int64_t days = std::int64_t{day} + (2 - y / 100 + y / 400) + monthDays + yearDays;
+  // In half days, since the days of the Julian value begin at noon. The sum wraps for years that 64
+  // bits cannot hold.
+  const unsigned long long midnight =
+      (2 * static_cast<unsigned long long>(days) - 3049) * kMillisecondsPerHalfDay;
+  if (!date_set.useTime) return midnight + kMillisecondsPerHalfDay;
   // A negative time wraps in the sum, so hour -1 is an hour before midnight.
-  const std::int64_t time =
-      std::int64_t{minute} * kMillisecondsPerMinute + std::int64_t{hour} * kMillisecondsPerHour;
-  return static_cast<unsigned long long>(time) + internal::truncateToUnsigned64(second * 1000.0) +
-         internal::truncateToUnsigned64(midnight);
+  const std::int64_t minutes = std::int64_t{hour} * kMinutesPerHour + minute;
+  return midnight + static_cast<unsigned long long>(minutes * kMillisecondsPerMinute) +
+         internal::truncateToUnsigned64(second * 1000.0);
 }
 
 unsigned long long dateToJulian(date_time_record& record) {
@@ -298,27 +304,27 @@ date_time_record julianToDate(unsigned long long julian) {
   const unsigned long long sinceMidnight = julian + kMillisecondsPerHalfDay;
   const std::int32_t dayNumber =
       static_cast<std::int32_t>(static_cast<std::uint32_t>(sinceMidnight / kMillisecondsPerDay));
-  // Some of these steps use doubles on purpose. An exact integer routine would give another result
-  // for 1 March 300.
-  const std::int32_t century = static_cast<std::int32_t>((dayNumber - 1867216.25) / 36524.25);
-  const std::int64_t b = std::int64_t{dayNumber} + century - century / 4 + 1525;
-  const std::int32_t c = static_cast<std::int32_t>((static_cast<double>(b) - 122.1) / 365.25);
-  const std::int64_t d = std::int64_t{36525} * c / 100;
-  const std::int32_t dayOfCycle = static_cast<std::int32_t>(b - d);
-  const std::int32_t e = static_cast<std::int32_t>(dayOfCycle / 30.6001);
-  const std::int32_t month = e < 14 ? e - 1 : e - 13;
+  // These steps are the integer forms of divisions by 36524.25, 365.25 and 30.6001. Their results
+  // for 1 March 300 are those of 29 February, which hosts may rely on.
+  const std::int64_t century = (4 * std::int64_t{dayNumber} - 7468865) / 146097;
+  const std::int64_t b = dayNumber + century - century / 4 + 1525;
+  const std::int64_t c = (20 * b - 2442) / 7305;
+  const int dayOfCycle = static_cast<int>(b - kDaysIn4Years * c / 4);
+  const int e = 10000 * dayOfCycle / 306001;
+  const int month = e < 14 ? e - 1 : e - 13;
 
-  const double time = static_cast<double>(sinceMidnight % kMillisecondsPerDay) / 1000.0;
-  const int seconds = static_cast<int>(time);
-  const int secondsOfHour = seconds % kSecondsPerHour;
+  const unsigned milliseconds = static_cast<unsigned>(sinceMidnight % kMillisecondsPerDay);
+  const unsigned seconds = milliseconds / kMillisecondsPerSecond;
+  const unsigned minutes = seconds / kSecondsPerMinute;
+  const double fraction = milliseconds / 1000.0 - seconds;
 
   date_time_record record;
-  record.day = to16Bits(dayOfCycle - static_cast<std::int32_t>(e * 30.6001));
+  record.day = to16Bits(dayOfCycle - 306001 * e / 10000);
   record.month = to16Bits(month);
-  record.year = to16Bits(month >= 3 ? c - 4716 : c - 4715);
-  record.hour = to16Bits(seconds / kSecondsPerHour);
-  record.minute = to16Bits(secondsOfHour / kSecondsPerMinute);
-  record.second = secondsOfHour % kSecondsPerMinute + (time - seconds);
+  record.year = to16Bits(static_cast<int>(c) - (month >= 3 ? 4716 : 4715));
+  record.hour = to16Bits(minutes / kMinutesPerHour);
+  record.minute = to16Bits(minutes % kMinutesPerHour);
+  record.second = seconds % kSecondsPerMinute + fraction;
   return record;
 }
 
