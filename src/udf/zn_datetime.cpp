@@ -49,18 +49,19 @@ constexpr unsigned short to16Bits(Integer value) {
 
 constexpr std::size_t kYearDigits = 4;
 
-/// The digits of an ISO 8601 text's fields, from year to second. A field that is left out is empty.
-using IsoFields = std::array<std::string_view, 6>;
+/// Points to the digits of an ISO 8601 text's fields, from year to second. The year has four
+/// digits, the other fields have two. The pointer to a field that is left out is null.
+using IsoFields = std::array<const char*, 6>;
 
-/// Removes `count` digits from the start of `text` and returns them. If there are fewer, returns an
-/// empty text and removes nothing.
+/// Removes `count` digits from the start of `text` and returns them. If there are fewer, returns a
+/// null pointer and removes nothing.
 template <std::size_t count>
-std::string_view takeDigits(std::string_view& text) {
-  if (text.size() < count) return {};
+const char* takeDigits(std::string_view& text) {
+  if (text.size() < count) return nullptr;
   bool areDigits = true;
   for (std::size_t i = 0; i < count; ++i) areDigits &= internal::isDigit(text[i]);
-  if (!areDigits) return {};
-  const std::string_view digits = text.substr(0, count);
+  if (!areDigits) return nullptr;
+  const char* const digits = text.data();
   text.remove_prefix(count);
   return digits;
 }
@@ -71,7 +72,7 @@ std::string_view takeDigits(std::string_view& text) {
 std::optional<IsoFields> scanIsoDateTime(std::string_view text) {
   constexpr std::string_view separators = "--T::";
   IsoFields fields = {takeDigits<kYearDigits>(text)};
-  if (fields.front().empty()) return std::nullopt;
+  if (fields.front() == nullptr) return std::nullopt;
   for (std::size_t i = 0; i < separators.size(); ++i) {
     const auto isSeparator = [separator = separators[i]](char c) {
       return c == separator || (separator == 'T' && internal::isSpace(c));
@@ -82,18 +83,23 @@ std::optional<IsoFields> scanIsoDateTime(std::string_view text) {
   return text.empty() ? std::optional(fields) : std::nullopt;
 }
 
-/// Returns the fields of an ISO 8601 text. All are empty if the text does not have this form.
+/// Returns the fields of an ISO 8601 text. All are left out if the text does not have this form.
 IsoFields readISO(const std::string& text) {
   const std::optional<IsoFields> match = scanIsoDateTime(text);
   const IsoFields fields = match.value_or(IsoFields());
+  const auto digits = [&fields](std::size_t i) {
+    if (fields[i] == nullptr) return std::string_view();
+    return std::string_view(fields[i], i == 0 ? kYearDigits : 2);
+  };
   internal::verify(internal::definitions::isoDateTime, text, match.has_value(),
-                   {fields[0], fields[1], fields[2], fields[3], fields[4], fields[5]});
+                   {digits(0), digits(1), digits(2), digits(3), digits(4), digits(5)});
   return fields;
 }
 
-int toInt(std::string_view digits) {
+template <std::size_t count>
+int toInt(const char* digits) {
   int value = 0;
-  for (const char digit : digits) value = value * 10 + (digit - '0');
+  for (std::size_t i = 0; i < count; ++i) value = value * 10 + (digits[i] - '0');
   return value;
 }
 
@@ -347,9 +353,9 @@ double dateToJulianDays(date_time_record record) {
 void parseISOdate(const std::string& text, date_time_record& record) {
   const IsoFields fields = readISO(text);
   const auto field = [&fields](std::size_t index, int otherwise) {
-    return fields[index].empty() ? otherwise : toInt(fields[index]);
+    return fields[index] == nullptr ? otherwise : toInt<2>(fields[index]);
   };
-  record.year = to16Bits(field(0, 0));
+  record.year = to16Bits(fields[0] == nullptr ? 0 : toInt<kYearDigits>(fields[0]));
   record.month = to16Bits(std::max(field(1, 1), 1));
   record.day = to16Bits(std::max(field(2, 1), 1));
   record.hour = to16Bits(field(3, 12));
