@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
+#include <tokenizer.h>
 #include <zn_datetime.h>
+#include <zn_str.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <ctime>
@@ -564,6 +567,37 @@ TEST_F(DateTime, DateToISO) {
     zn_lib::setDateFormat(c.format);
     zn_lib::setUseTime(c.useTime);
     EXPECT_EQ(zn_lib::dateToISO(c.text), c.iso) << c.text;
+  }
+}
+
+/// Returns the tokens of `text`, arranged like those of a date whose month comes first, with
+/// hyphens before the time, too.
+std::string isoByTokens(const std::string& text) {
+  const zn_lib::Tokenizer fields(text, "-/.,:; ");
+  const std::vector<std::string>& tokens = fields.tokens;
+  if (tokens.size() < 3) return "";
+  std::ostringstream month;
+  if (zn_lib::isNumber(tokens[0])) {
+    month.write(tokens[0].data(), static_cast<std::streamsize>(tokens[0].size()));
+  } else {
+    month << std::setfill('0') << std::setw(2) << zn_lib::getMonthNumber(tokens[0]);
+  }
+  std::string iso = tokens[2] + "-" + month.str() + "-" + tokens[1];
+  for (std::size_t i = 3; i < std::min<std::size_t>(tokens.size(), 6); ++i) iso += "-" + tokens[i];
+  return iso;
+}
+
+TEST_F(DateTime, DateToISOReadsTokens) {
+  zn_lib::setDateTimeFormat(zn_lib::MONTH_DAY_YEAR, zn_lib::MONTH_NUMBER, '-', '-', '-', true);
+  const auto agrees = [](const std::string& text) {
+    ASSERT_EQ(zn_lib::dateToISO(text), isoByTokens(text)) << text;
+  };
+  forEveryText("1x-: ", 6, agrees);
+  forEveryText("-/.,:; <+3", 4, agrees);
+  for (int c = 0; c < 256; ++c) agrees("may" + std::string(1, static_cast<char>(c)) + "1-2-3");
+  std::mt19937 random(6);
+  for (int i = 0; i < 20000; ++i) {
+    agrees(randomText(random, "-/.,:; 2e+ebjun\0\xAD"s, random() % 60));
   }
 }
 

@@ -11,7 +11,6 @@
 #include "internal/definitions.h"
 #include "internal/numbers.h"
 #include "internal/text.h"
-#include "tokenizer.h"
 #include "zn_str.h"
 
 namespace zn_lib {
@@ -31,9 +30,10 @@ constexpr int kMinutesPerHour = 60;
 /// The process-wide date settings, all zero until a host sets them.
 date_time_set date_set;
 
-constexpr char months[kMonthsPerYear][10] = {"january",   "february", "march",    "april",
-                                             "may",       "june",     "july",     "august",
-                                             "september", "october",  "november", "december"};
+constexpr char months[kMonthsPerYear][10] = {"January",   "February", "March",    "April",
+                                             "May",       "June",     "July",     "August",
+                                             "September", "October",  "November", "December"};
+constexpr std::size_t kShortNameLength = 3;
 
 constexpr std::array<unsigned short, 1 + kMonthsPerYear> kMonthDays = {0,  31, 29, 31, 30, 31, 30,
                                                                        31, 31, 30, 31, 30, 31};
@@ -103,69 +103,156 @@ int toInt(const char* digits) {
   return value;
 }
 
-/// Appends `digits`, filled with zeros on the left to at least `width` bytes.
-void appendFilled(std::string& text, std::string_view digits, std::size_t width) {
-  if (digits.size() < width) text.append(width - digits.size(), '0');
-  text.append(digits);
+constexpr std::size_t kDateFields = 3;
+constexpr std::size_t kFreeFields = 6;
+
+/// The first fields of a date in free form, and how many of them it has.
+struct FreeFields {
+  std::array<std::string_view, kFreeFields> texts;
+  std::size_t count = 0;
+};
+
+/// Returns the first fields of `text`, which are the tokens between any of "-/.,:; ".
+FreeFields splitFields(std::string_view text) {
+  const auto isDelimiter = [](char c) {
+    // Each delimiter has one bit, as in isSpace.
+    constexpr unsigned long long delimiters = 1ULL << '-' | 1ULL << '/' | 1ULL << '.' |
+                                              1ULL << ',' | 1ULL << ':' | 1ULL << ';' | 1ULL << ' ';
+    return c >= ' ' && c <= ';' && (delimiters >> c & 1) != 0;
+  };
+  FreeFields fields;
+  std::size_t start = 0;
+  for (std::size_t i = 0; i < text.size() && fields.count < kFreeFields; ++i) {
+    if (!isDelimiter(text[i])) continue;
+    fields.texts[fields.count++] = text.substr(start, i - start);
+    start = i + 1;
+  }
+  // A delimiter at the end adds no empty field.
+  if (fields.count < kFreeFields && (start < text.size() || fields.count == 0)) {
+    fields.texts[fields.count++] = text.substr(start);
+  }
+  return fields;
 }
 
-void appendNumber(std::string& text, unsigned value, std::size_t width = 2) {
-  std::array<char, 10> digits;
-  const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-  appendFilled(text, {digits.data(), static_cast<std::size_t>(end - digits.data())}, width);
+/// Returns the English name of a month from 1 to 12, or its first three letters.
+std::string_view monthName(unsigned short month, bool shortName) {
+  const char* const name = months[month - 1];
+  return shortName ? std::string_view(name, kShortNameLength) : std::string_view(name);
 }
 
-/// Appends `value` as a stream writes a double by default, with six significant digits, zero-filled
-/// to two bytes.
-void appendDouble(std::string& text, double value) {
-  constexpr int significantDigits = 6;
-  std::array<char, 16> digits;  // the longest is "-1.23457e+308"
-  appendFilled(
-      text, internal::decimalText(value, std::chars_format::general, significantDigits, digits), 2);
+unsigned short monthNumber(std::string_view text) {
+  if (text.size() < kShortNameLength) return kDecember;
+  const auto beginsWith = [text](const char* name) {
+    const auto equal = [](char a, char b) { return internal::toLower(a) == internal::toLower(b); };
+    return std::equal(name, name + kShortNameLength, text.begin(), equal);
+  };
+  for (unsigned short month = 1; month < kDecember; ++month) {
+    if (beginsWith(months[month - 1])) return month;
+  }
+  return kDecember;  // also for a text that is not a month
 }
 
-void appendYear(std::string& text, const date_time_record& record) {
-  appendNumber(text, record.year, kYearDigits);
-}
+/// Collects the text of a date or a time in a buffer that holds the longest of them.
+class DateText {
+ public:
+  void add(char c) { buffer_[size_++] = c; }
+  void add(std::string_view text) {
+    text.copy(buffer_.data() + size_, text.size());
+    size_ += text.size();
+  }
 
-void appendTime(std::string& text, const date_time_record& record, char separator) {
-  appendNumber(text, record.hour);
-  text += separator;
-  appendNumber(text, record.minute);
-  text += separator;
+  /// Adds a number that is zero-filled to two digits.
+  void addNumber(unsigned value) {
+    if (value < 100) {
+      addTwoDigits(value);
+    } else {
+      addLongNumber(value);
+    }
+  }
+
+  /// Adds a number that is zero-filled to four digits.
+  void addYear(unsigned value) {
+    if (value < 10000) {
+      addTwoDigits(value / 100);
+      addTwoDigits(value % 100);
+    } else {
+      addLongNumber(value);
+    }
+  }
+
+  /// Adds `value` as a stream writes a double by default, with six significant digits, zero-filled
+  /// to two bytes.
+  void addDouble(double value) {
+    constexpr int significantDigits = 6;
+    std::array<char, 16> digits;  // the longest is "-1.23457e+308"
+    const std::string_view text =
+        internal::decimalText(value, std::chars_format::general, significantDigits, digits);
+    if (text.size() < 2) add('0');
+    add(text);
+  }
+
+  std::string_view view() const { return {buffer_.data(), size_}; }
+  std::string text() const { return std::string(view()); }
+
+ private:
+  void addTwoDigits(unsigned value) {
+    add(static_cast<char>('0' + value / 10));
+    add(static_cast<char>('0' + value % 10));
+  }
+  void addLongNumber(unsigned value) {
+    char* const end = buffer_.data() + buffer_.size();
+    size_ = static_cast<std::size_t>(std::to_chars(buffer_.data() + size_, end, value).ptr -
+                                     buffer_.data());
+  }
+
+  std::array<char, 64> buffer_;
+  std::size_t size_ = 0;
+};
+
+void addTime(DateText& text, const date_time_record& record, char separator) {
+  text.addNumber(record.hour);
+  text.add(separator);
+  text.addNumber(record.minute);
+  text.add(separator);
   // Most seconds are whole, and an integer is much faster to write.
   const unsigned wholeSecond = static_cast<unsigned>(record.second);
   if (record.second == wholeSecond) {
-    appendNumber(text, wholeSecond);
+    text.addNumber(wholeSecond);
   } else {
-    appendDouble(text, record.second);
+    text.addDouble(record.second);
   }
 }
 
-std::string monthText(unsigned short month, MONTH_FORMAT format) {
-  if (format == MONTH_FULL_NAME) return getMonthName(month, false);
-  if (format == MONTH_SHORT_NAME) return getMonthName(month, true);
-  std::string number;
-  appendNumber(number, month);
-  return number;
+void addMonth(DateText& text, unsigned short month, MONTH_FORMAT format) {
+  const bool isName = format == MONTH_FULL_NAME || format == MONTH_SHORT_NAME;
+  if (isName && month >= 1 && month <= kMonthsPerYear) {
+    text.add(monthName(month, format == MONTH_SHORT_NAME));
+  } else if (!isName) {
+    text.addNumber(month);
+  }
 }
 
-/// Returns the order of a date's fields as a text of their first letters.
-constexpr std::string_view orderOf(DATE_FORMAT format) {
-  if (format == DAY_MONTH_YEAR) return "dmy";
-  if (format == MONTH_DAY_YEAR) return "mdy";
-  return "ymd";
-}
-
-void appendDate(std::string& text, const date_time_record& record, const date_time_set& settings) {
-  const std::string_view order = orderOf(settings.dateFormat);
-  // With the year first, the month is always a number.
-  const MONTH_FORMAT monthFormat = order.front() == 'y' ? MONTH_NUMBER : settings.monthFormat;
-  for (const char part : order) {
-    if (part != order.front()) text += settings.dateSeparator;
-    if (part == 'd') appendNumber(text, record.day);
-    if (part == 'm') text += monthText(record.month, monthFormat);
-    if (part == 'y') appendYear(text, record);
+void addDate(DateText& text, const date_time_record& record, const date_time_set& settings) {
+  const char separator = settings.dateSeparator;
+  if (settings.dateFormat == DAY_MONTH_YEAR) {
+    text.addNumber(record.day);
+    text.add(separator);
+    addMonth(text, record.month, settings.monthFormat);
+    text.add(separator);
+    text.addYear(record.year);
+  } else if (settings.dateFormat == MONTH_DAY_YEAR) {
+    addMonth(text, record.month, settings.monthFormat);
+    text.add(separator);
+    text.addNumber(record.day);
+    text.add(separator);
+    text.addYear(record.year);
+  } else {
+    // With the year first, the month is always a number.
+    text.addYear(record.year);
+    text.add(separator);
+    text.addNumber(record.month);
+    text.add(separator);
+    text.addNumber(record.day);
   }
 }
 
@@ -251,21 +338,11 @@ unsigned short getAstronomicDay(date_time_record& record) {
   return getAstronomicDay(record.day, record.month, record.year);
 }
 
-unsigned short getMonthNumber(const std::string& text) {
-  constexpr std::size_t prefixLength = 3;
-  const std::string prefix = stringToLower(text.substr(0, prefixLength));
-  for (unsigned short month = 1; month < kDecember; ++month) {
-    if (prefix == std::string_view(months[month - 1], prefixLength)) return month;
-  }
-  return kDecember;  // also for a text that is not a month
-}
+unsigned short getMonthNumber(const std::string& text) { return monthNumber(text); }
 
 std::string getMonthName(unsigned short month, bool shortName) {
   if (month < 1 || month > kMonthsPerYear) return "";
-  std::string name = months[month - 1];
-  name.front() = internal::toUpper(name.front());
-  if (shortName) name.resize(3);
-  return name;
+  return std::string(monthName(month, shortName));
 }
 
 unsigned long long dateToJulian(int year, int month, int day, int hour, int minute, double second) {
@@ -370,21 +447,33 @@ bool isValidISOdate(const std::string& text) {
 }
 
 std::string dateToISO(const std::string& text) {
-  const Tokenizer fields(text, "-/.,:; ");
-  if (fields.tokens.size() < 3) return BLANK_DATE_STR;
+  FreeFields fields = splitFields(text);
+  if (fields.count < kDateFields) return BLANK_DATE_STR;
+  auto& parts = fields.texts;
   const bool monthFirst = date_set.dateFormat == MONTH_DAY_YEAR;
-  std::string month = fields.tokens[monthFirst ? 0 : 1];
-  const std::string& day = fields.tokens[monthFirst ? 1 : 0];
-  if (!isNumber(month)) month = monthText(getMonthNumber(month), MONTH_NUMBER);
+  const std::string_view day = parts[monthFirst ? 1 : 0];
+  std::string_view month = parts[monthFirst ? 0 : 1];
+  DateText number;
+  if (!isNumber(std::string(month))) {
+    number.addNumber(monthNumber(month));
+    month = number.view();
+  }
+  parts[0] = parts[2];  // the year
+  parts[1] = month;
+  parts[2] = day;
 
-  std::string iso =
-      fields.tokens[2] + date_set.dateSeparator + month + date_set.dateSeparator + day;
-  if (date_set.useTime) {
-    const std::size_t last = std::min<std::size_t>(fields.tokens.size(), 6);
-    for (std::size_t i = 3; i < last; ++i) {
-      iso += i == 3 ? date_set.dateTimeSeparator : date_set.timeSeparator;
-      iso += fields.tokens[i];
+  const std::size_t count = date_set.useTime ? fields.count : kDateFields;
+  std::size_t size = count - 1;  // of the separators
+  for (std::size_t i = 0; i < count; ++i) size += parts[i].size();
+  std::string iso(size, '\0');
+  char* end = iso.data();
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i == kDateFields) {
+      *end++ = date_set.dateTimeSeparator;
+    } else if (i > 0) {
+      *end++ = i < kDateFields ? date_set.dateSeparator : date_set.timeSeparator;
     }
+    end += parts[i].copy(end, parts[i].size());
   }
   return iso;
 }
@@ -400,23 +489,23 @@ std::string julianToISO(unsigned long long julian) {
 std::string julianToYYYYMMDD(unsigned long long julian) {
   if (julian == 0) return BLANK_DATE_STR;
   const date_time_record record = julianToDate(julian);
-  std::string text;
-  appendYear(text, record);
-  appendNumber(text, record.month);
-  appendNumber(text, record.day);
-  return text;
+  DateText text;
+  text.addYear(record.year);
+  text.addNumber(record.month);
+  text.addNumber(record.day);
+  return text.text();
 }
 
 std::string formatJulianDate(unsigned long long julian, date_time_set settings) {
   if (julian == 0) return BLANK_DATE_STR;
   const date_time_record record = julianToDate(julian);
-  std::string text;
-  appendDate(text, record, settings);
+  DateText text;
+  addDate(text, record, settings);
   if (date_set.useTime) {
-    text += settings.dateTimeSeparator;
-    appendTime(text, record, settings.timeSeparator);
+    text.add(settings.dateTimeSeparator);
+    addTime(text, record, settings.timeSeparator);
   }
-  return text;
+  return text.text();
 }
 
 std::string formatJulianDate(unsigned long long julian) {
@@ -424,11 +513,11 @@ std::string formatJulianDate(unsigned long long julian) {
 }
 
 std::string hourFormat(double hours) {
-  std::string text;
-  appendDouble(text, std::trunc(hours));
-  text += ':';
-  appendDouble(text, std::trunc((hours - std::floor(hours)) * 60));
-  return text;
+  DateText text;
+  text.addDouble(std::trunc(hours));
+  text.add(':');
+  text.addDouble(std::trunc((hours - std::floor(hours)) * 60));
+  return text.text();
 }
 
 void getToday(date_time_record& record) {
