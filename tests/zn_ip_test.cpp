@@ -1,5 +1,6 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
+#include <tokenizer.h>
 #include <zn_ip.h>
 
 #include <limits>
@@ -74,6 +75,28 @@ TEST(IPv4, RejectedTextChangesNothing) {
     EXPECT_EQ(address.text(), "10.20.30.40") << text;
     EXPECT_EQ(blocksOf(address), "10 20 30 40 ") << text;
   }
+}
+
+TEST(IPv4, SetAcceptsTheFormIfInetPtonDoes) {
+  int accepted = 0;
+  const auto agrees = [&accepted](const std::string& text) {
+    zn_lib::IPv4 address;
+    in_addr expected = {};
+    const bool isAddress = address.validFormat(text) && inet_pton(AF_INET, text.c_str(), &expected);
+    ASSERT_EQ(address.set(text), isAddress) << text;
+    ASSERT_EQ(address.binary, expected.s_addr) << text;
+    accepted += isAddress;
+  };
+  forEveryText("05.", 9, agrees);
+  std::mt19937 random(7);
+  for (int i = 0; i < 20000; ++i) {
+    std::string text;
+    for (int part = 0; part < 4; ++part) {
+      text += (part > 0 ? "." : "") + randomText(random, "012345", 1 + random() % 3);
+    }
+    agrees(text);
+  }
+  EXPECT_GT(accepted, 1000);
 }
 
 TEST(IPv4, SetAcceptsAnyValue) {
@@ -153,6 +176,54 @@ TEST(IPv4, TextToBlocksThrowsNumberErrors) {
   zn_lib::IPv4 address;
   EXPECT_THROW(address.textToBlocks("1.99999999999.3.4"), std::out_of_range);
   EXPECT_EQ(blocksOf(address), "1 0 0 0 ");
+}
+
+/// Returns the blocks of a text and what textToBlocks throws, by a plain model: std::stoi of each
+/// token.
+std::string blocksByTokens(const std::string& text) {
+  zn_lib::IPv4 address;
+  const zn_lib::Tokenizer parts(text, ".");
+  for (std::size_t i = 0; i < parts.tokens.size() && i < 4; ++i) {
+    try {
+      address.blocks[i] = static_cast<unsigned char>(std::stoi(parts.tokens[i]));
+    } catch (const std::logic_error& error) {
+      return blocksOf(address) + error.what();
+    }
+  }
+  return blocksOf(address);
+}
+
+TEST(IPv4, TextToBlocksReadsTokens) {
+  const auto agrees = [](const std::string& text) {
+    zn_lib::IPv4 address;
+    std::string thrown;
+    try {
+      address.textToBlocks(text);
+    } catch (const std::logic_error& error) {
+      thrown = error.what();
+    }
+    ASSERT_EQ(blocksOf(address) + thrown, blocksByTokens(text)) << text;
+  };
+  forEveryText("1.+ x", 6, agrees);
+  for (const std::string& text :
+       {"999999999.1000000000.2147483647.4"s, "2147483648"s, "-2147483648.1"s, "1\0.2.3\0x.4"s,
+        "00000000000000000255.1"s, "0x10.010.1e1.\v7"s}) {
+    agrees(text);
+  }
+  std::mt19937 random(8);
+  for (int i = 0; i < 20000; ++i) {
+    agrees(randomText(random, "0123456789....+- \n\0x"s, random() % 24));
+  }
+}
+
+TEST(IPv4, TextIsThatOfInetNtop) {
+  std::mt19937 random(9);
+  for (int i = 0; i < 20000; ++i) {
+    zn_lib::IPv4 address;
+    address.binary = static_cast<unsigned>(random()) & static_cast<unsigned>(random());
+    char expected[INET_ADDRSTRLEN];
+    ASSERT_EQ(address.text(), inet_ntop(AF_INET, &address.binary, expected, sizeof expected));
+  }
 }
 
 TEST(IPv4, BlocksAndBinaryConvertBothWays) {
