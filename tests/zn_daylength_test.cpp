@@ -194,9 +194,28 @@ TEST(FNday, CountsEveryFourthYearAsALeapYear) {
   EXPECT_EQ(dayAt(noonOf(1900, 2, 28), 0.0).FNday(), -36466.0 - 1.0);
 }
 
+TEST(FNday, CountsTheYearsOfARecord) {
+  for (int year = 1; year <= 65535; ++year) {
+    for (const int month : {1, 2, 3, 12}) {
+      if (year == 300 && month == 3) continue;  // julianToDate never returns this date
+      ASSERT_EQ(dayAt(noonOf(year, month, 1), 0.0).FNday(), daysOfFourYearCycles(year, month, 1))
+          << year << '-' << month;
+    }
+  }
+}
+
 TEST(FNday, FollowsTheRecordOfDistantJulianValues) {
-  for (const Julian julian : {Julian{0}, Julian{1}, kHalfDay - 1, kHalfDay, kLargestJulian / 100000,
-                              Julian{148699584000000}}) {
+  // A record holds the low 16 bits of the year.
+  const Julian year0 = kFirstDay - 730485 * kDay;
+  const Julian year65536 = year0 + Julian{65536 / 400} * 146097 * kDay +
+                           (noonOf(336, 1, 1) - year0);  // 336 years after a leap cycle
+  EXPECT_EQ(zn_lib::julianToDate(year0).year, 0);
+  EXPECT_EQ(zn_lib::julianToDate(year0 - kDay).year, 65535);
+  EXPECT_EQ(zn_lib::julianToDate(year65536).year, 0);
+  EXPECT_EQ(zn_lib::julianToDate(year65536 - kDay).year, 65535);
+  for (const Julian julian :
+       {Julian{0}, Julian{1}, kHalfDay - 1, kHalfDay, kLargestJulian / 100000, year0, year0 - kDay,
+        year65536, year65536 - kDay, year0 - kHalfDay, year0 - kHalfDay - 1}) {
     const zn_lib::date_time_record date = zn_lib::julianToDate(julian);
     EXPECT_EQ(dayAt(julian, 0.0).FNday(), daysOfFourYearCycles(date.year, date.month, date.day))
         << julian;

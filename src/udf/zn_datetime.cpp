@@ -8,6 +8,7 @@
 #include <optional>
 #include <string_view>
 
+#include "internal/calendar.h"
 #include "internal/definitions.h"
 #include "internal/numbers.h"
 #include "internal/text.h"
@@ -20,8 +21,6 @@ constexpr int kMonthsPerYear = 12;
 constexpr int kDaysIn4Years = 1461;
 constexpr int kDecember = 12;
 constexpr int kFebruary = 2;
-constexpr unsigned long long kMillisecondsPerDay = 86400000;
-constexpr unsigned long long kMillisecondsPerHalfDay = kMillisecondsPerDay / 2;
 constexpr int kMillisecondsPerMinute = 60000;
 constexpr unsigned kMillisecondsPerSecond = 1000;
 constexpr unsigned kSecondsPerMinute = 60;
@@ -362,8 +361,8 @@ unsigned long long dateToJulian(int year, int month, int day, int hour, int minu
   // In half days, since the days of the Julian value begin at noon. The sum wraps for years that 64
   // bits cannot hold.
   const unsigned long long midnight =
-      (2 * static_cast<unsigned long long>(days) - 3049) * kMillisecondsPerHalfDay;
-  if (!date_set.useTime) return midnight + kMillisecondsPerHalfDay;
+      (2 * static_cast<unsigned long long>(days) - 3049) * internal::kMillisecondsPerHalfDay;
+  if (!date_set.useTime) return midnight + internal::kMillisecondsPerHalfDay;
   // A negative time wraps in the sum, so hour -1 is an hour before midnight.
   const std::int64_t minutes = std::int64_t{hour} * kMinutesPerHour + minute;
   return midnight + static_cast<unsigned long long>(minutes * kMillisecondsPerMinute) +
@@ -383,20 +382,16 @@ unsigned long long dateToJulian(const std::string& text) {
 }
 
 date_time_record julianToDate(unsigned long long julian) {
-  // Civil days begin at midnight, the days of the Julian value at noon.
-  const unsigned long long sinceMidnight = julian + kMillisecondsPerHalfDay;
-  const std::int32_t dayNumber =
-      static_cast<std::int32_t>(static_cast<std::uint32_t>(sinceMidnight / kMillisecondsPerDay));
-  // These steps are the integer forms of divisions by 36524.25, 365.25 and 30.6001. Their results
-  // for 1 March 300 are those of 29 February, which hosts may rely on.
-  const std::int64_t century = (4 * std::int64_t{dayNumber} - 7468865) / 146097;
-  const std::int64_t b = dayNumber + century - century / 4 + 1525;
+  // These steps are the integer forms of divisions by 365.25 and 30.6001. Their results for 1 March
+  // 300 are those of 29 February, which hosts may rely on.
+  const std::int64_t b = internal::dayOfFourYearCycles(internal::civilDay(julian));
   const std::int64_t c = (20 * b - 2442) / 7305;
   const int dayOfCycle = static_cast<int>(b - kDaysIn4Years * c / 4);
   const int e = 10000 * dayOfCycle / 306001;
   const int month = e < 14 ? e - 1 : e - 13;
 
-  const unsigned milliseconds = static_cast<unsigned>(sinceMidnight % kMillisecondsPerDay);
+  const unsigned milliseconds =
+      static_cast<unsigned>(internal::sinceFirstMidnight(julian) % internal::kMillisecondsPerDay);
   const unsigned seconds = milliseconds / kMillisecondsPerSecond;
   const unsigned minutes = seconds / kSecondsPerMinute;
   const double fraction = milliseconds / 1000.0 - seconds;

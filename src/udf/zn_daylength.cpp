@@ -1,8 +1,10 @@
 #include "zn_daylength.h"
 
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
+#include "internal/calendar.h"
 #include "internal/numbers.h"
 #include "zn_datetime.h"
 
@@ -21,6 +23,15 @@ DayLength::DayLength() : dayLength(std::numeric_limits<double>::quiet_NaN()) {}
 DayLength::~DayLength() = default;
 
 double DayLength::FNday() {
+  // For these years, the formula below counts days with a leap day every four years.
+  constexpr std::int32_t firstOfYear0 = 1721060;
+  constexpr std::int32_t firstOfYear65536 = 25657592;
+  constexpr std::int64_t firstOf2000 = 2453082;
+  const std::int32_t day = internal::civilDay(julian);
+  if (day >= firstOfYear0 && day < firstOfYear65536) {
+    return static_cast<double>(internal::dayOfFourYearCycles(day) - firstOf2000);
+  }
+
   const date_time_record date = julianToDate(julian);
   const int d = date.day;
   const int m = date.month;
