@@ -21,14 +21,24 @@ namespace {
 
 using namespace std::string_literals;
 
-bool commandsFail = false;
+/// What the C library's `system` returns for a test, in place of its own results.
+struct SystemResults {
+  bool hasShell = true;
+  int status = 0;     // of the command
+  std::string calls;  // "?" for the question whether there is a shell, "c" for a command
+};
+
+SystemResults* systemResults = nullptr;
 
 }  // namespace
 
-/// Replaces the function of the C library, for the library under test too, so that it can fail for
-/// commands.
+/// Replaces the function of the C library, for the library under test too. It calls the C library's
+/// own function unless a test has set `systemResults`.
 extern "C" __attribute__((visibility("default"))) int system(const char* command) {
-  if (commandsFail && command != nullptr) return -1;
+  if (systemResults != nullptr) {
+    systemResults->calls += command == nullptr ? '?' : 'c';
+    return command == nullptr ? int{systemResults->hasShell} : systemResults->status;
+  }
   static const auto next = nextDefinition<int (*)(const char*)>("system");
   return next(command);
 }
@@ -155,13 +165,22 @@ Outcome after(const std::function<bool()>& prepare, const std::string& command, 
 /// Ignores SIGCHLD, so that the system reaps the shell and its status is lost.
 bool ignoreChildSignal() { return std::signal(SIGCHLD, SIG_IGN) != SIG_ERR; }
 
-/// Makes `system` fail for all commands.
-bool failCommands() { return commandsFail = true; }
+/// Lets the system reap the shell in the other way, with SIGCHLD at its default.
+bool keepNoZombies() {
+  struct sigaction action{};
+  action.sa_handler = SIG_DFL;
+  action.sa_flags = SA_NOCLDWAIT;
+  return sigaction(SIGCHLD, &action, nullptr) == 0;
+}
+
+/// Makes a directory without a shell the root of this process.
+bool removeShell() { return chroot(".") == 0 && chdir("/") == 0; }
 
 TEST_F(Shell, ReportsAMissingCommandProcessor) {
   for (const bool verbose : {false, true}) {
-    for (const auto& prepare : {forbidForks, ignoreChildSignal}) {
+    for (const auto& prepare : {forbidForks, ignoreChildSignal, keepNoZombies, removeShell}) {
       const Outcome outcome = after(prepare, "echo a", verbose);
+      if (outcome.result == kCannotPrepare) continue;  // only root can change its root directory
       EXPECT_EQ(outcome.result, 0);
       EXPECT_EQ(outcome.text.out, "");
       EXPECT_EQ(outcome.text.err, "No command processor available\n");
@@ -169,12 +188,81 @@ TEST_F(Shell, ReportsAMissingCommandProcessor) {
   }
 }
 
-TEST_F(Shell, ReportsACommandThatCannotBeExecuted) {
-  for (const bool verbose : {false, true}) {
-    const Outcome outcome = after(failCommands, "echo a", verbose);
-    EXPECT_EQ(outcome.result, 0);
-    EXPECT_EQ(outcome.text.out, "");
-    EXPECT_EQ(outcome.text.err, "Problem executing command\n");
+TEST_F(Shell, DoesNotRunCommandsWhoseStatusIsLost) {
+  for (const auto& prepare : {ignoreChildSignal, keepNoZombies}) {
+    EXPECT_EQ(after(prepare, "echo a >trace", false).result, 0);
+    EXPECT_FALSE(isThere("trace"));
+  }
+}
+
+/// Returns the status of a process that exits.
+constexpr int exited(int status) { return status << 8; }
+
+const std::string kNoProcessor = "No command processor available\n";
+const std::string kProblem = "Problem executing command\n";
+
+// Asking for the shell starts it, so it is done only if the status of the command proves nothing.
+TEST_F(Shell, AsksForTheShellIfTheStatusProvesNothing) {
+  const struct {
+    const char* what;
+    int status;
+    bool hasShell;
+    std::string calls, err;
+  } cases[] = {
+      {"status 0", exited(0), true, "c", ""},
+      {"status 1", exited(1), true, "c", ""},
+      {"status 126", exited(126), true, "c", ""},
+      {"status 128", exited(128), true, "c", ""},
+      {"status 255", exited(255), true, "c", ""},
+      {"status 127", exited(127), true, "c?", ""},
+      {"status 127 without a shell", exited(127), false, "c?", kNoProcessor},
+      {"a signal", SIGKILL, true, "c?", ""},
+      {"a signal without a shell", SIGKILL, false, "c?", kNoProcessor},
+      {"no status", -1, true, "c?", kProblem},
+      {"no status without a shell", -1, false, "c?", kNoProcessor},
+  };
+  for (const auto& c : cases) {
+    for (const bool verbose : {false, true}) {
+      zn_lib::setVerbose(verbose);
+      SystemResults results{c.hasShell, c.status, ""};
+      bool result = false;
+      systemResults = &results;
+      const Written text = written([&] { result = zn_lib::execShell("command"); });
+      systemResults = nullptr;
+      EXPECT_EQ(result, c.err.empty()) << c.what;
+      EXPECT_EQ(text.out, "") << c.what;
+      EXPECT_EQ(text.err, c.err) << c.what;
+      EXPECT_EQ(results.calls, c.calls) << c.what;
+    }
+  }
+}
+
+TEST_F(Shell, AsksForTheShellFirstIfTheStatusWillBeLost) {
+  const struct {
+    const char* what;
+    int status;
+    bool hasShell;
+    std::string calls, err;
+  } cases[] = {
+      {"no shell", exited(0), false, "?", kNoProcessor},
+      {"a C library that finds a shell", -1, true, "?c", kProblem},
+      {"a status after all", exited(127), true, "?c", ""},
+  };
+  for (const auto& c : cases) {
+    for (const auto& prepare : {ignoreChildSignal, keepNoZombies}) {
+      struct sigaction before;
+      ASSERT_EQ(sigaction(SIGCHLD, nullptr, &before), 0);
+      ASSERT_TRUE(prepare());
+      SystemResults results{c.hasShell, c.status, ""};
+      bool result = false;
+      systemResults = &results;
+      const Written text = written([&] { result = zn_lib::execShell("command"); });
+      systemResults = nullptr;
+      ASSERT_EQ(sigaction(SIGCHLD, &before, nullptr), 0);
+      EXPECT_EQ(result, c.err.empty()) << c.what;
+      EXPECT_EQ(text.err, c.err) << c.what;
+      EXPECT_EQ(results.calls, c.calls) << c.what;
+    }
   }
 }
 
