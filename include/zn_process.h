@@ -43,6 +43,10 @@ namespace zn_lib {
 /// close-on-exec. It does not write the host's buffered output, so flush any output that must
 /// precede the program's. In verbose mode, the message about waiting flushes `std::cout` while the
 /// program is already running.
+///
+/// On Linux, the time does not depend on the size of the host's memory: the child uses that memory
+/// until it runs the program, and the calling thread is suspended until then. Handlers of
+/// `pthread_atfork` do not run.
 ZN_UDF_API int childProcess(std::string program, const std::string& argument, bool wait);
 
 }  // namespace zn_lib

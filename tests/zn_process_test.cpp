@@ -5,6 +5,7 @@
 #include <zn_output.h>
 #include <zn_process.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -260,6 +261,80 @@ TEST_F(Process, StopsWaitingAtASignalThatInterruptsCalls) {
   });
   EXPECT_GT(alarms, 0);
   EXPECT_EQ(killAndReap(namedChild(text.out)), kSignalled + SIGKILL);
+}
+
+/// Returns the line `name` of /proc/self/status, in `status`.
+std::string statusLine(const std::string& status, const std::string& name) {
+  const std::size_t start = status.find(name + ":");
+  if (start == std::string::npos) return "";
+  return status.substr(start, status.find('\n', start) - start);
+}
+
+TEST_F(Process, PassesBlockedAndIgnoredSignalsOn) {
+  sigset_t blocked;
+  sigset_t before;
+  sigemptyset(&blocked);
+  sigaddset(&blocked, SIGUSR1);
+  ASSERT_EQ(pthread_sigmask(SIG_SETMASK, &blocked, &before), 0);
+  const auto ignoredBefore = std::signal(SIGUSR2, SIG_IGN);
+  const auto handledBefore = std::signal(SIGHUP, [](int) {});
+  const std::string status =
+      written([] { zn_lib::childProcess("/bin/cat", "/proc/self/status", true); }).out;
+  const std::string own = readFile("/proc/self/status");
+  std::signal(SIGHUP, handledBefore);
+  std::signal(SIGUSR2, ignoredBefore);
+  ASSERT_EQ(pthread_sigmask(SIG_SETMASK, &before, nullptr), 0);
+
+  for (const std::string name : {"SigBlk", "SigIgn"}) {
+    EXPECT_NE(statusLine(own, name), "");
+    EXPECT_EQ(statusLine(status, name), statusLine(own, name)) << "as in the host";
+  }
+  EXPECT_EQ(statusLine(status, "SigCgt"), "SigCgt:\t0000000000000000");
+}
+
+TEST_F(Process, LeavesSignalsOfTheHostAlone) {
+  const auto alarmCounter = [](int) { alarms = alarms + 1; };
+  const auto handledBefore = std::signal(SIGUSR1, alarmCounter);
+  const auto statusLines = [] {
+    const std::string status = readFile("/proc/self/status");
+    std::string lines;
+    for (const char* name : {"SigPnd", "ShdPnd", "SigBlk", "SigIgn", "SigCgt"}) {
+      lines += statusLine(status, name) + '\n';
+    }
+    return lines;
+  };
+  const std::string before = statusLines();
+  alarms = 0;
+  for (const std::string program : {"/bin/true", "/missing/program"}) {
+    EXPECT_EQ(zn_lib::childProcess(program, "", true), 0);
+    EXPECT_EQ(statusLines(), before) << program;
+  }
+  EXPECT_EQ(std::raise(SIGUSR1), 0);
+  EXPECT_EQ(alarms, 1);
+  std::signal(SIGUSR1, handledBefore);
+}
+
+TEST_F(Process, KeepsTheErrorNumberOfTheHost) {
+  for (const std::string program : {"/bin/true", "/missing/program"}) {
+    errno = EDOM;
+    zn_lib::childProcess(program, "", true);
+    EXPECT_EQ(errno, EDOM) << program;
+  }
+}
+
+/// Returns how many signals SIGCHLD one call sends to the host.
+int childSignals(const std::string& program) {
+  const auto before = std::signal(SIGCHLD, [](int) { alarms = alarms + 1; });
+  alarms = 0;
+  zn_lib::childProcess(program, "", false);
+  EXPECT_EQ(waitForExit(kAnyChild), 0);
+  std::signal(SIGCHLD, before);
+  return alarms;
+}
+
+TEST_F(Process, CreatesOneChild) {
+  EXPECT_EQ(childSignals("/bin/true"), 1);
+  EXPECT_EQ(childSignals("/missing/program"), 1);
 }
 
 TEST_F(Process, WaitsForAllChildrenIfSigchldIsIgnored) {

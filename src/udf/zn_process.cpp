@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "internal/child.h"
 #include "zn_file.h"
 #include "zn_output.h"
 
@@ -10,16 +11,10 @@ namespace zn_lib {
 
 int childProcess(std::string program, const std::string& argument, bool wait) {
   checkHomePath(program);
-  const pid_t child = fork();
+  const pid_t child = internal::startProgram(program.c_str(), argument.c_str());
   if (child < 0) {
     errorMessage("Cannot create subprocess");
     _exit(1);
-  }
-  if (child == 0) {
-    execl(program.c_str(), program.c_str(), argument.c_str(), nullptr);
-    // The child must neither run its copies of the host's exit handlers nor flush its copies of the
-    // host's buffers.
-    _exit(0);
   }
   if (wait) {
     message("Waiting for child process #" + std::to_string(child) + " to complete...");
