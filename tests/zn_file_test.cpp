@@ -4,6 +4,7 @@
 #include <zn_file.h>
 #include <zn_output.h>
 
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <limits>
@@ -292,6 +293,76 @@ TEST_F(Files, CopyCopiesBytes) {
   }
 }
 
+TEST_F(Files, CopyOfEveryLength) {
+  constexpr std::size_t kibibyte = 1024;
+  const std::string bytes = everyByte();
+  std::string text;
+  while (text.size() < 40000 * kibibyte) text += bytes;
+  for (const std::size_t power : {1u, 8u, 64u, 128u, 256u, 1024u, 16384u, 32768u}) {
+    for (const std::size_t size : {power * kibibyte - 1, power * kibibyte, power * kibibyte + 1}) {
+      const std::string part = text.substr(0, size);
+      writeFile("a", part);
+      EXPECT_TRUE(zn_lib::fileCopy("a", "b", true));
+      EXPECT_TRUE(readFile("b") == part) << size;
+    }
+  }
+}
+
+TEST_F(Files, CopyOfASparseFile) {
+  writeFile("a", "text");
+  std::filesystem::resize_file("a", 1000000);
+  EXPECT_TRUE(zn_lib::fileCopy("a", "b", true));
+  EXPECT_TRUE(readFile("b") == "text" + std::string(999996, '\0'));
+}
+
+// The system copies only some of these itself.
+TEST_F(Files, CopyOfSpecialFiles) {
+  for (const std::string source : {"/proc/version", "/proc/self/cmdline", "/dev/null"}) {
+    EXPECT_TRUE(zn_lib::fileCopy(source, "b", true)) << source;
+    EXPECT_EQ(readFile("b"), readFile(source)) << source;
+  }
+
+  const std::string text(200000, 'x');
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);
+  const pid_t writer = fork();
+  if (writer == 0) {
+    writeFile("pipe", text);
+    _exit(0);
+  }
+  EXPECT_TRUE(zn_lib::fileCopy("pipe", "b", true));
+  EXPECT_EQ(waitForExit(writer), 0);
+  EXPECT_TRUE(readFile("b") == text);
+}
+
+TEST_F(Files, CopyBetweenFileSystems) {
+  struct stat here;
+  struct stat there;
+  ASSERT_EQ(stat(".", &here), 0);
+  if (stat("/dev/shm", &there) != 0 || here.st_dev == there.st_dev || access("/dev/shm", W_OK) != 0)
+    GTEST_SKIP() << "there is no second file system";
+  const std::string other = "/dev/shm/zn_file_test." + std::to_string(getpid());
+  for (const std::size_t size : {0u, 100u, 300000u, 20000000u}) {
+    const std::string text(size, 'x');
+    writeFile("a", text);
+    EXPECT_TRUE(zn_lib::fileCopy("a", other, true));
+    EXPECT_TRUE(readFile(other) == text) << size;
+    EXPECT_TRUE(zn_lib::fileCopy(other, "b", true));
+    EXPECT_TRUE(readFile("b") == text) << size;
+  }
+  EXPECT_EQ(unlink(other.c_str()), 0);
+}
+
+TEST_F(Files, CopyHasTheModeOfANewFile) {
+  writeFile("a", "text");
+  ASSERT_EQ(chmod("a", 0400), 0);
+  const mode_t before = umask(027);
+  EXPECT_TRUE(zn_lib::fileCopy("a", "b", false));
+  umask(before);
+  struct stat status;
+  ASSERT_EQ(stat("b", &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, 0640u);
+}
+
 TEST_F(Files, CopyRejectsAnExistingTarget) {
   writeFile("a", "new");
   writeFile("b", "old");
@@ -451,15 +522,21 @@ TEST_F(Files, OperationsWithoutPermission) {
   EXPECT_FALSE(isThere("closed/c"));
 }
 
+volatile std::sig_atomic_t sizeSignals;
+
 TEST_F(Files, CopySucceedsOnAFullDisk) {
-  writeFile("a", std::string(100000, 'x'));
   ASSERT_EQ(chmod(".", 0777), 0);
-  const int result = withoutPrivileges([] {
-    if (!limitFileSize(5000)) return kCannotPrepare;
-    return zn_lib::fileCopy("a", "b", true) ? 1 : 0;
-  });
-  EXPECT_EQ(result, 1);
-  EXPECT_EQ(readFile("b"), std::string(5000, 'x'));
+  for (const std::size_t size : {100000u, 300000u, 20000000u}) {
+    writeFile("a", std::string(size, 'x'));
+    const int result = withoutPrivileges([] {
+      if (!limitFileSize(5000)) return kCannotPrepare;
+      std::signal(SIGXFSZ, [](int) { sizeSignals = sizeSignals + 1; });
+      const bool isAttempted = zn_lib::fileCopy("a", "b", true);
+      return isAttempted && sizeSignals == 1 ? 1 : 0;
+    });
+    EXPECT_EQ(result, 1) << size;
+    EXPECT_EQ(readFile("b"), std::string(5000, 'x')) << size;
+  }
 }
 
 TEST_F(Files, NoOperationPrints) {

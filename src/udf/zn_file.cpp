@@ -1,5 +1,7 @@
 #include "zn_file.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -12,7 +14,9 @@
 #include <string_view>
 #include <vector>
 
+#include "internal/copy.h"
 #include "internal/definitions.h"
+#include "internal/descriptor.h"
 #include "internal/files.h"
 #include "internal/text.h"
 #include "tokenizer.h"
@@ -204,11 +208,11 @@ std::string createFileName(std::string dir, const std::string& name, const std::
 
 bool fileCopy(const std::string& source, const std::string& target, bool overwrite) {
   if (!internal::exists(source) || !clearTarget(target, overwrite)) return false;
-  std::ifstream in(source, std::ios_base::binary);
-  std::ofstream out(target, std::ios_base::binary | std::ios_base::trunc);
-  out << in.rdbuf();
-  in.close();
-  out.close();
+  internal::Descriptor in(open(source.c_str(), O_RDONLY | O_CLOEXEC));
+  const internal::Descriptor out(
+      open(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, internal::kNewFile));
+  if (in.isOpen() && out.isOpen()) internal::copyContents(in, out);
+  in.reset();  // before the target
   return true;
 }
 

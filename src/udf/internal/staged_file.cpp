@@ -14,6 +14,7 @@
 #include <optional>
 #include <string_view>
 
+#include "descriptor.h"
 #include "files.h"
 
 namespace zn_lib::internal {
@@ -22,34 +23,12 @@ namespace {
 /// The end of a staged file's name.
 constexpr std::string_view kStagedMark = ".zn_udf";
 
-/// The mode of a new file, before the umask.
-constexpr mode_t kNewFile = 0666;
-
 std::string backupOf(const std::string& file) { return file + "~"; }
 
 std::string directoryOf(const std::string& file) {
   const std::size_t slash = file.rfind('/');
   return slash == std::string::npos ? "./" : file.substr(0, slash + 1);
 }
-
-/// Owns a file descriptor and closes it.
-class Descriptor {
- public:
-  explicit Descriptor(int number = -1) : number_(number) {}
-  ~Descriptor() { reset(); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  void reset(int number = -1) {
-    if (isOpen()) close(number_);
-    number_ = number;
-  }
-  bool isOpen() const { return number_ >= 0; }
-  int number() const { return number_; }
-
- private:
-  int number_;
-};
 
 using Status = std::optional<struct stat>;
 
@@ -67,18 +46,6 @@ Status statusOf(const Descriptor& file) {
 
 bool isSameFile(const Status& a, const Status& b) {
   return a && b && a->st_dev == b->st_dev && a->st_ino == b->st_ino;
-}
-
-bool writeAll(const Descriptor& file, const std::string& text) {
-  const char* at = text.data();
-  const char* const end = at + text.size();
-  while (at != end) {
-    const ssize_t count = write(file.number(), at, static_cast<std::size_t>(end - at));
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return false;
-    at += count;
-  }
-  return true;
 }
 
 /// Returns true if `error` means that the file system does not support an operation.
