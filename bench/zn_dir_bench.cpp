@@ -1,4 +1,5 @@
-/// Lists of a directory with a filter, compared with plain loops over its entries.
+/// Lists of a directory with a filter, compared with plain loops over its entries, and copies of a
+/// directory, compared with cp and std::filesystem.
 #include <dirent.h>
 #include <zn_dir.h>
 
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "bench_files.h"
+#include "bench_process.h"
 #include "bench_rows.h"
 
 #ifdef ZN_UDF_HAVE_RE2
@@ -74,6 +76,38 @@ void addPlainRows(const std::string& directory, const std::string& filter) {
   });
 }
 
+/// Returns a name beside `name` that no other call returns.
+std::string newName(const std::string& name) {
+  static int names = 0;
+  return name + std::to_string(++names);
+}
+
+/// Adds a row that copies the directory `source` to a new name beside it. No copy is removed before
+/// the end of the program, because ext4 creates files slowly just after others were removed.
+template <class Operation>
+void addCopyRow(const std::string& name, const std::string& source, Operation operation) {
+  const auto run = [source, operation](benchmark::State& state) {
+    for (auto _ : state) operation(source, newName(source));
+  };
+  benchmark::RegisterBenchmark(("copyDir_10000/" + name).c_str(), run)
+      ->Iterations(1)
+      ->UseRealTime()
+      ->Unit(benchmark::kMillisecond);
+}
+
+void addCopyRows(const std::string& directory) {
+  addCopyRow("zn_udf", directory,
+             [](std::string source, std::string target) { zn_lib::copyDir(source, target); });
+  addCopyRow("std_copy", directory, [](const std::string& source, const std::string& target) {
+    fs::copy(source, target);
+  });
+#ifdef ZN_UDF_CP
+  addCopyRow("cp", directory, [](const std::string& source, const std::string& target) {
+    bench::runProgram({ZN_UDF_CP, "-r", source, target});
+  });
+#endif
+}
+
 void addGrowthRows() {
   constexpr int fewest = 64;
   constexpr int most = 100000;
@@ -100,6 +134,13 @@ int main(int argc, char** argv) {
   addListRows("listDir_escaped_end", directory.path(), "\\.txt$");
   addListRows("listDir_start", directory.path(), "^measurement_77");
   addListRows("listDir_class", directory.path(), "_[0-9]+7\\.txt$");
+
+  const TemporaryDirectory copies;
+  const std::string source = copies.file("source");
+  fs::create_directory(source);
+  const std::string text = bench::linesOf(1024);
+  for (int i = 0; i < 10000; ++i) writeFile(source + "/file_" + std::to_string(i), text);
+  addCopyRows(source);
   addGrowthRows();
   return bench::runRows(argc, argv);
 }
