@@ -1,14 +1,22 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <zn_output.h>
 #include <zn_readfile.h>
 
+#include <array>
+#include <cstdio>
+#include <fstream>
+#include <functional>
 #include <ios>
+#include <iostream>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
 
+#include "child_status.h"
 #include "output_capture.h"
 #include "temporary_files.h"
 #include "unprivileged.h"
@@ -206,6 +214,136 @@ TEST_F(ReadFileTest, Cat) {
     EXPECT_EQ(written([&] { result = file.cat(); }).out, "") << c.what << ", again";
     EXPECT_TRUE(result) << c.what << ", again";
   }
+}
+
+/// Prints the rest of `in` as `cat` is defined: line by line.
+void printLines(std::istream& in) {
+  std::array<char, 1024> line;
+  while (in.good()) {
+    in.getline(line.data(), line.size());
+    std::cout << line.data() << "\n";
+  }
+}
+
+/// Returns everything that `print` leaves in the two streams.
+std::string stateAfter(zn_lib::ReadFile& file, const std::function<void()>& print) {
+  std::ostringstream state;
+  try {
+    print();
+  } catch (const std::ios_base::failure&) {
+    state << "failure, ";
+  }
+  state << file.file.rdstate() << ' ' << file.file.gcount() << ' ' << std::cout.rdstate() << ' '
+        << std::cout.width();
+  file.file.exceptions(std::ios_base::goodbit);
+  file.file.clear();
+  state << ' ' << file.file.tellg();
+  std::cout.exceptions(std::ios_base::goodbit);
+  std::cout.clear();
+  std::cout.width(0);
+  return state.str();
+}
+
+TEST_F(ReadFileTest, CatAgreesWithItsDefinition) {
+  const auto repeated = [](const std::string& part, int count) {
+    std::string text;
+    for (int i = 0; i < count; ++i) text += part;
+    return text;
+  };
+  const std::string line = "a line of text, as long as those of most files are\n";
+  const std::string longest = std::string(1023, 'x') + '\n';
+  const std::string tooLong = std::string(1024, 'y') + '\n';
+  const struct {
+    const char* what;
+    std::string text;
+  } texts[] = {
+      {"nothing", ""},
+      {"short lines", repeated(line, 20000)},
+      {"no end of the last line", repeated(line, 20000) + "end"},
+      {"empty lines", std::string(300000, '\n')},
+      {"the longest lines", repeated(longest, 300)},
+      {"a line that is too long", repeated(line, 400) + tooLong + repeated(line, 400)},
+      {"a line that is too long at the start", tooLong + repeated(line, 400)},
+      {"a NUL in each line", repeated("ab\0cd\n"s, 50000)},
+      {"a NUL in some lines", repeated(repeated(line, 30) + "ab\0cd\n\0\n"s, 300)},
+      {"NULs only", std::string(1000, '\0')},
+      {"as long as a buffer", std::string(1000, 'x') + '\n' + std::string(3095, 'x')},
+  };
+  constexpr auto failbit = std::ios_base::failbit;
+  const struct {
+    const char* what;
+    std::function<void(std::ifstream&)> run;
+  } preparations[] = {
+      {"as opened", [](std::ifstream&) {}},
+      {"after a line", [](std::ifstream& in) { in.ignore(1000, '\n'); }},
+      {"after a look ahead", [](std::ifstream& in) { in.peek(); }},
+      {"after a character put back", [](std::ifstream& in) { in.get(), in.unget(); }},
+      {"with a width", [](std::ifstream&) { std::cout.width(70); }},
+      {"with exceptions of the file", [](std::ifstream& in) { in.exceptions(failbit); }},
+      {"with exceptions of the output", [](std::ifstream&) { std::cout.exceptions(failbit); }},
+      {"with a bad output", [](std::ifstream&) { std::cout.setstate(std::ios_base::badbit); }},
+      {"with flushes", [](std::ifstream&) { std::cout << std::unitbuf; }},
+  };
+  for (const auto& c : texts) {
+    writeFile("a", c.text);
+    for (const auto& preparation : preparations) {
+      const auto printed = [&](bool byLibrary) {
+        zn_lib::ReadFile file;
+        open(file, "a");
+        std::string state;
+        const std::string out =
+            written([&] {
+              try {
+                preparation.run(file.file);
+              } catch (const std::ios_base::failure&) {
+              }
+              state = stateAfter(
+                  file, [&] { byLibrary ? static_cast<void>(file.cat()) : printLines(file.file); });
+              std::cout << std::nounitbuf;
+            }).out;
+        return state + '\n' + out;
+      };
+      EXPECT_TRUE(printed(true) == printed(false)) << c.what << ", " << preparation.what;
+    }
+  }
+}
+
+TEST_F(ReadFileTest, CatPrintsWhatAnotherStreamBufferReads) {
+  writeFile("a", "of the file\n");
+  zn_lib::ReadFile file;
+  open(file, "a");
+  std::stringbuf other("one\ntwo");
+  std::istream& in = file.file;
+  std::streambuf* const own = in.rdbuf(&other);
+  EXPECT_EQ(written([&] { file.cat(); }).out, "one\ntwo\n");
+  in.rdbuf(own);
+}
+
+TEST_F(ReadFileTest, CatPrintsLinesAsTheyArrive) {
+  ASSERT_EQ(mkfifo("in", 0600), 0);
+  ASSERT_EQ(mkfifo("out", 0600), 0);
+  const pid_t printer = fork();
+  if (printer == 0) {
+    dup2(::open("out", O_WRONLY), STDOUT_FILENO);
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);  // as at a terminal
+    zn_lib::ReadFile file;
+    open(file, "in");
+    file.cat();
+    _exit(0);
+  }
+  std::ifstream out("out");
+  std::ofstream in("in");
+  std::string line;
+  for (const std::string text : {"one", "two"}) {
+    in << text << "\npart of" << std::flush;
+    ASSERT_TRUE(std::getline(out, line)) << text;
+    EXPECT_EQ(line, text == "one" ? "one" : "part oftwo");
+  }
+  in.close();
+  EXPECT_TRUE(std::getline(out, line));
+  EXPECT_EQ(line, "part of");
+  EXPECT_FALSE(std::getline(out, line));
+  EXPECT_EQ(waitForExit(printer), 0);
 }
 
 TEST_F(ReadFileTest, CatPrintsTheRest) {
