@@ -122,8 +122,12 @@ bool listDir(std::string dir, const std::string& filter, bool skipHidden,
     errorMessage("Couldn't open the directory");
     return false;
   }
-  entries.insert(entries.end(), std::make_move_iterator(names->begin()),
-                 std::make_move_iterator(names->end()));
+  if (entries.empty()) {
+    entries = std::move(*names);  // needs no memory for a second list
+  } else {
+    entries.insert(entries.end(), std::make_move_iterator(names->begin()),
+                   std::make_move_iterator(names->end()));
+  }
   return true;
 }
 
