@@ -59,7 +59,7 @@ template <class Input, class Operation>
 void addClockRow(const std::string&, const Input&, Operation) {}
 
 template <class MakeInput, class Operation>
-void addLateClockRow(const std::string&, MakeInput, Operation) {}
+void addLateClockRow(const std::string&, MakeInput, Operation, int = 0) {}
 
 template <class Input, class Operation>
 void addCountedClockRow(const std::string& name, const Input& input, Operation operation) {

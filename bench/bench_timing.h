@@ -35,13 +35,17 @@ void addClockRow(const std::string& name, const Input& input, Operation operatio
   addRow(name, input, operation)->UseRealTime()->Unit(benchmark::kMillisecond);
 }
 
-/// Adds a row that is measured in elapsed time, and whose input is made when it runs.
+/// Adds a row that is measured in elapsed time, and whose input is made when it runs. With `calls`,
+/// a repetition makes exactly that many calls.
 template <class MakeInput, class Operation>
-void addLateClockRow(const std::string& name, MakeInput makeInput, Operation operation) {
+void addLateClockRow(const std::string& name, MakeInput makeInput, Operation operation,
+                     int calls = 0) {
   const auto run = [makeInput, operation](benchmark::State& state) {
     timeOperation(state, makeInput(), operation);
   };
-  benchmark::RegisterBenchmark(name.c_str(), run)->UseRealTime()->Unit(benchmark::kMillisecond);
+  auto* const row = benchmark::RegisterBenchmark(name.c_str(), run);
+  row->UseRealTime()->Unit(benchmark::kMillisecond);
+  if (calls > 0) row->Iterations(calls);
 }
 
 /// Adds a row that is measured in elapsed time, although the kernel's part is small or the same for

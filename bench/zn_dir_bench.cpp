@@ -76,23 +76,22 @@ void addPlainRows(const std::string& directory, const std::string& filter) {
   });
 }
 
-/// Returns a name beside `name` that no other call returns.
-std::string newName(const std::string& name) {
-  static int names = 0;
-  return name + std::to_string(++names);
-}
-
 /// Adds a row that copies the directory `source` to a new name beside it. No copy is removed before
 /// the end of the program, because ext4 creates files slowly just after others were removed.
 template <class Operation>
-void addCopyRow(const std::string& name, const std::string& source, Operation operation) {
-  const auto run = [source, operation](benchmark::State& state) {
-    for (auto _ : state) operation(source, newName(source));
+void addCopyRow(const std::string& implementation, const std::string& source, Operation operation) {
+  const auto newName = [prefix = source + "_" + implementation] {
+    static int names = 0;
+    return prefix + std::to_string(++names);
   };
-  benchmark::RegisterBenchmark(("copyDir_10000/" + name).c_str(), run)
-      ->Iterations(1)
-      ->UseRealTime()
-      ->Unit(benchmark::kMillisecond);
+  constexpr int calls = 1;
+  bench::addLateClockRow(
+      "copyDir_10000/" + implementation, newName,
+      [source, operation](const std::string& target) {
+        operation(source, target);
+        return true;
+      },
+      calls);
 }
 
 void addCopyRows(const std::string& directory) {

@@ -3,6 +3,7 @@
 #include <zn_process.h>
 
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string>
 
@@ -47,19 +48,14 @@ class ResidentMemory {
 };
 
 /// Adds a row that runs the program from a host with 2 GiB of memory in use. The memory is filled
-/// only once for each repetition, because that takes longer than all the runs.
+/// only once for each repetition, because that takes longer than all the calls.
 template <class Operation>
 void addLargeHostRow(const std::string& implementation, Operation operation) {
-  constexpr std::size_t hostMemory = std::size_t{2} << 30;
-  constexpr int runs = 50;
-  const auto run = [operation](benchmark::State& state) {
-    const ResidentMemory memory(hostMemory);
-    bench::timeOperation(state, std::string(kProgram), operation);
-  };
-  benchmark::RegisterBenchmark(("childProcess_2GiB_host/" + implementation).c_str(), run)
-      ->Iterations(runs)
-      ->UseRealTime()
-      ->Unit(benchmark::kMillisecond);
+  constexpr int calls = 50;
+  bench::addLateClockRow(
+      "childProcess_2GiB_host/" + implementation,
+      [] { return std::make_shared<ResidentMemory>(std::size_t{2} << 30); },
+      [operation](const auto&) { return operation(kProgram); }, calls);
 }
 
 }  // namespace
