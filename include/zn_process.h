@@ -44,9 +44,9 @@ namespace zn_lib {
 /// precede the program's. In verbose mode, the message about waiting flushes `std::cout` while the
 /// program is already running.
 ///
-/// On Linux, the time does not depend on the size of the host's memory: the child uses that memory
-/// until it runs the program, and the calling thread is suspended until then. Handlers of
-/// `pthread_atfork` do not run.
+/// On Linux, starting the program takes the same time in a host of any size: the child uses the
+/// host's memory until it runs the program, and the calling thread is suspended until then.
+/// Handlers of `pthread_atfork` do not run.
 ZN_UDF_API int childProcess(std::string program, const std::string& argument, bool wait);
 
 }  // namespace zn_lib

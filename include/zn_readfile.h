@@ -41,7 +41,7 @@ class ZN_UDF_API ReadFile : public FileName {
   ///
   /// An extra empty line follows if the file is empty or ends in a newline. A line of more than
   /// 1023 bytes is cut there and ends the output; the result is still true. A line ends at its
-  /// first NUL.
+  /// first NUL. Up to 256 KiB of a regular file are read before they are printed together.
   bool cat();
 
   /// Whether to open in binary mode; false by default.

@@ -48,6 +48,7 @@ class ZN_UDF_API XmlEvent : public XMLEvtHandler {
 template <class Map>
 std::string XmlEvent<Map>::skipWhiteSpace(const char* text, int length) {
   if (length < 1) return "";
+  // leftTrim would copy the text once more.
   std::string piece(text, strnlen(text, static_cast<std::size_t>(length)));
   piece.erase(0, piece.find_first_not_of(" \t\n\v\f\r"));
   return piece;

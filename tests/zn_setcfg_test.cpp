@@ -6,6 +6,7 @@
 #include <zn_datetime.h>
 #include <zn_output.h>
 #include <zn_setcfg.h>
+#include <zn_str.h>
 
 #include <algorithm>
 #include <cstring>
@@ -275,6 +276,8 @@ TEST_F(Settings, LoadReadsWhatTheHandlerReads) {
       {"an end that is missing", "<C><k a='t'>v</k><l a='t'>w"},
       {"text longer than any buffer", "<C><k a='t'>" + std::string(600000, 'v') + "</k></C>"},
       {"many settings", shuffledSettings(9999)},
+      {"more text than is recorded at a time",
+       "<C>" + zn_lib::replicateString("<k a='t'>" + std::string(1000, 'v') + "</k>", 12000)},
   };
   for (const auto& c : cases) {
     writeFile("config.xml", c.xml);

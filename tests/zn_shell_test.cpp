@@ -26,6 +26,7 @@ struct SystemResults {
   bool hasShell = true;
   int status = 0;     // of the command
   std::string calls;  // "?" for the question whether there is a shell, "c" for a command
+  int error = 0;      // the number that the command leaves in errno, or 0 for none
 };
 
 SystemResults* systemResults = nullptr;
@@ -37,7 +38,9 @@ SystemResults* systemResults = nullptr;
 extern "C" __attribute__((visibility("default"))) int system(const char* command) {
   if (systemResults != nullptr) {
     systemResults->calls += command == nullptr ? '?' : 'c';
-    return command == nullptr ? int{systemResults->hasShell} : systemResults->status;
+    if (command == nullptr) return int{systemResults->hasShell};
+    if (systemResults->error != 0) errno = systemResults->error;
+    return systemResults->status;
   }
   static const auto next = nextDefinition<int (*)(const char*)>("system");
   return next(command);
@@ -224,7 +227,7 @@ TEST_F(Shell, AsksForTheShellIfTheStatusProvesNothing) {
   for (const auto& c : cases) {
     for (const bool verbose : {false, true}) {
       zn_lib::setVerbose(verbose);
-      SystemResults results{c.hasShell, c.status, ""};
+      SystemResults results{c.hasShell, c.status, "", 0};
       bool result = false;
       systemResults = &results;
       const Written text = written([&] { result = zn_lib::execShell("command"); });
@@ -235,6 +238,25 @@ TEST_F(Shell, AsksForTheShellIfTheStatusProvesNothing) {
       EXPECT_EQ(results.calls, c.calls) << c.what;
     }
   }
+}
+
+// The C library leaves the reason in errno if it could not start the shell. A later question might
+// be answered with yes.
+TEST_F(Shell, NeedsNoQuestionIfTheShellCouldNotBeStarted) {
+  SystemResults results{true, exited(127), "", EAGAIN};
+  bool result = true;
+  systemResults = &results;
+  const Written text = written([&] { result = zn_lib::execShell("command"); });
+  systemResults = nullptr;
+  EXPECT_FALSE(result);
+  EXPECT_EQ(text.err, kNoProcessor);
+  EXPECT_EQ(results.calls, "c");
+}
+
+TEST_F(Shell, KeepsTheErrorNumberOfTheHost) {
+  errno = ENOTTY;
+  EXPECT_TRUE(zn_lib::execShell("exit 127"));
+  EXPECT_EQ(errno, ENOTTY);
 }
 
 TEST_F(Shell, AsksForTheShellFirstIfTheStatusWillBeLost) {
@@ -253,7 +275,7 @@ TEST_F(Shell, AsksForTheShellFirstIfTheStatusWillBeLost) {
       struct sigaction before;
       ASSERT_EQ(sigaction(SIGCHLD, nullptr, &before), 0);
       ASSERT_TRUE(prepare());
-      SystemResults results{c.hasShell, c.status, ""};
+      SystemResults results{c.hasShell, c.status, "", 0};
       bool result = false;
       systemResults = &results;
       const Written text = written([&] { result = zn_lib::execShell("command"); });

@@ -358,8 +358,8 @@ unsigned long long dateToJulian(int year, int month, int day, int hour, int minu
   const std::int64_t monthDays = 306001 * (m + 1) / 10000;
   const std::int64_t yearDays = kDaysIn4Years * (std::int64_t{y} + 4716) / 4;
   const std::int64_t days = std::int64_t{day} + (2 - y / 100 + y / 400) + monthDays + yearDays;
-  // In half days, since the days of the Julian value begin at noon. The sum wraps for years that 64
-  // bits cannot hold.
+  // In half days, since the days of the Julian value begin at noon. The product wraps if the value
+  // does not fit in 64 bits.
   const unsigned long long midnight =
       (2 * static_cast<unsigned long long>(days) - 3049) * internal::kMillisecondsPerHalfDay;
   if (!date_set.useTime) return midnight + internal::kMillisecondsPerHalfDay;

@@ -12,6 +12,7 @@
 
 namespace zn_lib {
 
+// Comparisons with a view are inlined, unlike those with a string literal.
 using namespace std::string_view_literals;
 
 template class XmlEvent<std::map<int, std::string, error_order>>;

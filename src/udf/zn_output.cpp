@@ -69,9 +69,7 @@ void errorMessage(const std::string& text) {
   if (isShown(text)) std::cerr << "ERROR: " << text.c_str() << std::endl;
 }
 
-void debugMessage(const std::string& text) {
-  std::cout << "DEBUG: " << text.c_str() << std::endl;
-}
+void debugMessage(const std::string& text) { std::cout << "DEBUG: " << text.c_str() << std::endl; }
 
 void processTitle(const std::string& text) {
   if (isShown(text)) std::cout << '[' << text.c_str() << ']' << std::endl;

@@ -12,9 +12,10 @@ namespace {
 /// The size of the longest line with its end.
 constexpr std::size_t kLineSize = 1024;
 
-/// Returns true if it makes no difference to the host whether the lines of `in` are printed one by
-/// one or several at a time: reading does not wait for another process, no stream throws, and
-/// `std::cout` neither pads a line, nor is flushed after each, nor has a buffer of its own.
+/// Returns true if the host sees the same output and the same states of the streams whether the
+/// lines of `in` are printed one by one or together: reading does not wait for another process, no
+/// stream throws, and `std::cout` neither pads a line, nor is flushed after each, nor writes to a
+/// `std::filebuf`.
 bool canPrintTogether(std::istream& in) {
   constexpr std::ios_base::iostate nothing = std::ios_base::goodbit;
   const std::streamoff place = in.rdbuf()->pubseekoff(0, std::ios_base::cur, std::ios_base::in);

@@ -141,9 +141,9 @@ void addText(Event& event, std::string piece) {
   }
 }
 
-/// Records what the parser reports about settings. The parser keeps every name until its end, and
-/// the recorded text takes much less memory than a map, so that the parser and the map do not need
-/// their memory at the same time.
+/// Records what the parser reports about settings, and fills a map with it later. The parser keeps
+/// every name until its end. Since the recorded text takes much less memory than a map, the parser
+/// and the map of a file of common size do not need their memory at the same time.
 class EventLog final : public XMLEvtHandler {
  public:
   void OnStartElement(const XML_Char* name, const XML_Char** attributes) override {
@@ -170,7 +170,7 @@ class EventLog final : public XMLEvtHandler {
     add(kText, {piece});
   }
 
-  /// Returns the settings, in the order of their keys, and empties the log.
+  /// Returns the settings that were read.
   config_map takeSettings();
 
  private:
@@ -183,27 +183,33 @@ class EventLog final : public XMLEvtHandler {
   /// Adds an event and its texts, which contain no NULs and end with one in the log.
   void add(char event, std::initializer_list<std::string_view> texts);
 
+  /// Applies the recorded events to the settings, and empties the log.
+  void apply();
+
   std::list<std::string> blocks_;
+  PlainEvent settings_;
   bool isInElement_ = false;
 };
 
 void EventLog::add(char event, std::initializer_list<std::string_view> texts) {
-  // The C library returns blocks of this size to the system when they are freed.
+  // Blocks of this size have pages of their own, which the C library usually returns to the system
+  // when it frees them.
   constexpr std::size_t blockSize = 256 * 1024;
+  // Most events of a large file may add nothing to the settings.
+  constexpr std::size_t mostBlocks = 40;
   std::size_t size = 1;
   for (const std::string_view text : texts) size += text.size() + 1;
-  if (blocks_.empty()) {
-    blocks_.emplace_back();
-  } else if (blocks_.back().size() + size > blockSize) {
+  if (!blocks_.empty() && blocks_.back().size() + size > blockSize) {
+    if (blocks_.size() == mostBlocks) apply();
     blocks_.emplace_back().reserve(blockSize);
   }
+  if (blocks_.empty()) blocks_.emplace_back();
   std::string& block = blocks_.back();
   block += event;
   for (const std::string_view text : texts) block.append(text).push_back('\0');
 }
 
-config_map EventLog::takeSettings() {
-  PlainEvent reader;
+void EventLog::apply() {
   for (; !blocks_.empty(); blocks_.pop_front()) {
     const std::string& block = blocks_.front();
     const char* at = block.data();
@@ -215,18 +221,22 @@ config_map EventLog::takeSettings() {
     while (at != block.data() + block.size()) {
       const char event = *at++;
       if (event == kEnd) {
-        reader.element.clear();
+        settings_.element.clear();
       } else if (event == kText) {
-        addText(reader, nextText());
+        addText(settings_, nextText());
       } else {
         const char* const name = nextText();
         const char* const type = event == kNoAttribute ? nullptr : nextText();
-        startElement(reader, name, type, event == kTwoAttributes ? nextText() : nullptr);
+        startElement(settings_, name, type, event == kTwoAttributes ? nextText() : nullptr);
       }
     }
   }
+}
+
+config_map EventLog::takeSettings() {
+  apply();
   config_map settings;
-  internal::moveEntries(reader.data, settings);
+  internal::moveEntries(settings_.data, settings);
   return settings;
 }
 

@@ -2,6 +2,7 @@
 
 #include <sys/wait.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
@@ -18,11 +19,22 @@ bool isChildStatusLost() {
 
 bool hasShell() { return std::system(nullptr) != 0; }
 
-/// Returns true if `status`, a result of `system`, proves that the shell was started. If it cannot
-/// be started, the status is 127 or, with too little memory, a signal's.
-bool provesShell(int status) {
+/// What the result of `system` tells about the shell.
+enum class Shell { kStarted, kNotStarted, kUnknown };
+
+/// Runs `command`. A shell that cannot be started has the exit status 127, as a command may have,
+/// or a signal's status if there is too little memory. Only the C library leaves a reason in
+/// `errno`.
+Shell run(const std::string& command, int& status) {
   constexpr int notStarted = 127;
-  return status != -1 && WIFEXITED(status) && WEXITSTATUS(status) != notStarted;
+  const int errorBefore = errno;
+  errno = 0;
+  status = std::system(command.c_str());
+  const bool hasReason = errno != 0;
+  if (!hasReason) errno = errorBefore;
+  if (status == -1 || !WIFEXITED(status)) return Shell::kUnknown;
+  if (WEXITSTATUS(status) != notStarted) return Shell::kStarted;
+  return hasReason ? Shell::kNotStarted : Shell::kUnknown;
 }
 
 bool fail(const char* reason) {
@@ -38,8 +50,12 @@ bool execShell(std::string command) {
   // answer the question. If no status will be available, it has to be done before the command runs.
   const bool asksFirst = isChildStatusLost();
   if (asksFirst && !hasShell()) return fail(noShell);
-  const int status = std::system(command.c_str());
-  if (!asksFirst && !provesShell(status) && !hasShell()) return fail(noShell);
+  int status = 0;
+  const Shell shell = run(command, status);
+  if (!asksFirst) {
+    if (shell == Shell::kNotStarted) return fail(noShell);
+    if (shell == Shell::kUnknown && !hasShell()) return fail(noShell);
+  }
   return status != -1 || fail("Problem executing command");
 }
 

@@ -9,7 +9,8 @@ namespace zn_lib::internal {
 namespace {
 
 /// Replaces the child by the program. If that fails, the child ends without running exit handlers
-/// or flushing buffers, which are its parent's or copies of them.
+/// or flushing buffers. These belong to the parent after vfork, and are copies of the parent's
+/// after fork.
 [[noreturn]] void runProgram(const char* program, const char* argument) {
   execl(program, program, argument, nullptr);
   _exit(0);
@@ -17,7 +18,7 @@ namespace {
 
 #ifdef __linux__
 
-/// Sets each signal that the process handles to its default, as the start of a program would.
+/// Resets every signal that has a handler to its default action, as the start of a program does.
 void removeSignalHandlers() {
   for (int signal = 1; signal < NSIG; ++signal) {
     struct sigaction action;
@@ -42,16 +43,16 @@ pid_t startProgram(const char* program, const char* argument) {
   sigset_t all;
   sigset_t before;
   sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &before);
+  const bool isBlocked = pthread_sigmask(SIG_SETMASK, &all, &before) == 0;
   const int errorBefore = errno;
   const pid_t child = vfork();
   if (child == 0) {
     removeSignalHandlers();
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    if (isBlocked) pthread_sigmask(SIG_SETMASK, &before, nullptr);
     runProgram(program, argument);
   }
   if (child > 0) errno = errorBefore;  // which the child may have changed
-  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  if (isBlocked) pthread_sigmask(SIG_SETMASK, &before, nullptr);
   return child;
 }
 

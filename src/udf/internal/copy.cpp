@@ -22,9 +22,10 @@ bool isLongFile(const Descriptor& file) {
   return fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size > longest;
 }
 
-/// Lets the kernel copy what it can. Returns false if the target must not become longer.
+/// Lets the kernel copy what it can. Returns false if the target has reached the largest size that
+/// the process may write.
 bool copyInKernel(const Descriptor& source, const Descriptor& target) {
-  // Signals are handled between two calls.
+  // The pieces are limited so that signals are handled in between.
   constexpr std::size_t piece = std::size_t{16} << 20;
   ssize_t count;
   do {
@@ -48,7 +49,7 @@ void copyContents(const Descriptor& source, const Descriptor& target) {
   if (isLongFile(source) && !copyInKernel(source, target)) return;
 #endif
   // This copies whatever the kernel has left or refused.
-  std::array<char, 64 * 1024> block;
+  std::array<char, 32 * 1024> block;
   ssize_t count;
   do {
     count = readSome(source, block.data(), block.size());

@@ -7,8 +7,9 @@
 
 namespace zn_lib::internal {
 
-/// Moves the entries of `source` into `target`. They replace entries with the same key. The maps
-/// may compare keys by different functions, which must order them alike.
+/// Moves the entries of `source` into `target`. They replace existing entries with the same
+/// keys. The comparison functions of the maps may have different types, but must define the same
+/// order.
 template <class Source, class Target>
 void moveEntries(Source& source, Target& target) {
   if constexpr (std::is_same_v<Source, Target>) {

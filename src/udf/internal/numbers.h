@@ -29,7 +29,7 @@ std::string_view decimalText(double value, std::chars_format format, int precisi
 /// and values that do not fit in 64 bits become 0.
 constexpr unsigned long long truncateToUnsigned64(double value) {
   constexpr double twoTo63 = 9223372036854775808.0;
-  // Processors convert to signed integers at once, but not to unsigned ones.
+  // Most processors have an instruction for the conversion to signed integers only.
   if (value >= -twoTo63 && value < twoTo63) {
     return static_cast<unsigned long long>(static_cast<long long>(value));
   }
