@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <regex>
+#include <string_view>
 #include <utility>
 
 #include "internal/files.h"
@@ -37,10 +38,12 @@ class NameFilter {
     needed_ = internal::textInAllMatches(pattern);
   }
 
-  bool admits(const std::string& name) const {
+  bool admits(std::string_view name) const {
     if (fixed_) return fixed_->isIn(name);
-    return engine_ && internal::findText(name, needed_) != std::string::npos &&
-           internal::containsMatch(name, *engine_);
+    if (!engine_) return false;
+    const std::string text(name);
+    return internal::findText(text, needed_) != std::string::npos &&
+           internal::containsMatch(text, *engine_);
   }
 
  private:
@@ -58,7 +61,7 @@ std::string workingDirectory() {
   return path == nullptr ? "" : path.get();
 }
 
-bool isDots(const std::string& name) { return name == "." || name == ".."; }
+bool isDots(std::string_view name) { return name == "." || name == ".."; }
 
 bool isDirectory(const internal::Directory& parent, const dirent& entry) {
   if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
@@ -93,10 +96,10 @@ std::optional<Names> namesIn(std::string dir, const std::string& filter, bool sk
   const int errorBefore = errno;
   Names names;
   while (const dirent* const entry = nextEntry(directory)) {
-    std::string name = entry->d_name;
+    const std::string_view name = entry->d_name;
     if (skipHidden && name.front() == '.') continue;
     if (directoriesOnly && (isDots(name) || !isDirectory(directory, *entry))) continue;
-    if (selected.admits(name)) names.push_back(std::move(name));
+    if (selected.admits(name)) names.emplace_back(name);
   }
   if (errno != 0) return std::nullopt;
   errno = errorBefore;

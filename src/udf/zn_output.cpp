@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
@@ -23,6 +24,9 @@ bool isShown(const std::string& text) { return verbose_ && !text.empty(); }
 
 /// Returns true if the bytes of `prompt` are valid characters in the C library's current locale.
 bool isDecodable(const std::string& prompt) {
+  // ASCII is valid in every locale.
+  const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+  if (std::all_of(prompt.begin(), prompt.end(), isAscii)) return true;
   return std::mbstowcs(nullptr, prompt.c_str(), 0) != static_cast<std::size_t>(-1);
 }
 

@@ -35,7 +35,7 @@ Unit readUnit(const std::string& pattern, std::size_t& position) {
 
 }  // namespace
 
-bool FixedText::isIn(const std::string& name) const {
+bool FixedText::isIn(std::string_view name) const {
   if (!isAtStart && !isAtEnd) return findText(name, text) != std::string::npos;
   if (isAtStart && isAtEnd) return name == text;
   if (name.size() < text.size()) return false;

@@ -15,7 +15,7 @@ struct FixedText {
   bool isAtStart = false;
   bool isAtEnd = false;
 
-  bool isIn(const std::string& name) const;
+  bool isIn(std::string_view name) const;
 };
 
 /// Returns the text that `pattern` searches for, or nothing if it may match more than one text.

@@ -40,8 +40,7 @@ inline bool hasLineBreak(std::string_view text) {
 /// Returns the position of the first `part` in `text` at or after `start`, or npos. `start` must
 /// not exceed the size of the text. std::string::find takes quadratic time on long, repetitive
 /// texts. memmem does not, but is slower on short texts.
-inline std::size_t findText(const std::string& text, const std::string& part,
-                            std::size_t start = 0) {
+inline std::size_t findText(std::string_view text, std::string_view part, std::size_t start = 0) {
   constexpr std::size_t shortText = 256;
   if (text.size() <= shortText) return text.find(part, start);
   const void* const hit =
