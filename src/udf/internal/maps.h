@@ -19,8 +19,10 @@ void moveEntries(Source& source, Target& target) {
   auto place = target.begin();
   while (!source.empty()) {
     auto node = source.extract(source.begin());
+    auto& entry = node.mapped();
     place = target.insert(place, std::move(node));
-    if (!node.empty()) place->second = std::move(node.mapped());
+    // If the key exists, the node is not inserted, and still holds the entry.
+    if (&place->second != &entry) place->second = std::move(entry);
     ++place;
   }
 }
