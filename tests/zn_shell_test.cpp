@@ -241,16 +241,22 @@ TEST_F(Shell, AsksForTheShellIfTheStatusProvesNothing) {
 }
 
 // The C library leaves the reason in errno if it could not start the shell. A later question might
-// be answered with yes.
+// be answered with yes. A command that is too long says nothing about the shell.
 TEST_F(Shell, NeedsNoQuestionIfTheShellCouldNotBeStarted) {
-  SystemResults results{true, exited(127), "", EAGAIN};
-  bool result = true;
-  systemResults = &results;
-  const Written text = written([&] { result = zn_lib::execShell("command"); });
-  systemResults = nullptr;
-  EXPECT_FALSE(result);
-  EXPECT_EQ(text.err, kNoProcessor);
-  EXPECT_EQ(results.calls, "c");
+  const struct {
+    int error;
+    std::string calls, err;
+  } cases[] = {{EAGAIN, "c", kNoProcessor}, {ENOMEM, "c", kNoProcessor}, {E2BIG, "c?", ""}};
+  for (const auto& c : cases) {
+    SystemResults results{true, exited(127), "", c.error};
+    bool result = false;
+    systemResults = &results;
+    const Written text = written([&] { result = zn_lib::execShell("command"); });
+    systemResults = nullptr;
+    EXPECT_EQ(result, c.err.empty()) << c.error;
+    EXPECT_EQ(text.err, c.err) << c.error;
+    EXPECT_EQ(results.calls, c.calls) << c.error;
+  }
 }
 
 TEST_F(Shell, KeepsTheErrorNumberOfTheHost) {

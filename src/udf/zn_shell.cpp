@@ -24,7 +24,7 @@ enum class Shell { kStarted, kNotStarted, kUnknown };
 
 /// Runs `command`. A shell that cannot be started has the exit status 127, as a command may have,
 /// or a signal's status if there is too little memory. Only the C library leaves a reason in
-/// `errno`.
+/// `errno`, which may also be that the command is too long.
 Shell run(const std::string& command, int& status) {
   constexpr int notStarted = 127;
   const int errorBefore = errno;
@@ -34,7 +34,7 @@ Shell run(const std::string& command, int& status) {
   if (!hasReason) errno = errorBefore;
   if (status == -1 || !WIFEXITED(status)) return Shell::kUnknown;
   if (WEXITSTATUS(status) != notStarted) return Shell::kStarted;
-  return hasReason ? Shell::kNotStarted : Shell::kUnknown;
+  return hasReason && errno != E2BIG ? Shell::kNotStarted : Shell::kUnknown;
 }
 
 bool fail(const char* reason) {
