@@ -320,6 +320,9 @@ TEST_F(ReadFileTest, CatPrintsWhatAnotherStreamBufferReads) {
 }
 
 TEST_F(ReadFileTest, CatPrintsLinesAsTheyArrive) {
+#ifdef _LIBCPP_VERSION
+  GTEST_SKIP() << "libc++ reads from a pipe until its buffer is full";
+#endif
   ASSERT_EQ(mkfifo("in", 0600), 0);
   ASSERT_EQ(mkfifo("out", 0600), 0);
   const pid_t printer = fork();
