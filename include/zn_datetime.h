@@ -155,7 +155,8 @@ ZN_UDF_API std::string getMonthName(unsigned short month, bool shortName);
 ///
 /// The check of the date cuts year, month and day to 16 bits each, but the conversion uses the full
 /// values. A year above 65535 is therefore accepted if the date exists in the cut year. A negative
-/// year is converted as the year after it: -1 means year 0.
+/// year is converted as the year after it: -1 means year 0. A value that does not fit in 64 bits
+/// wraps.
 /// @{
 ZN_UDF_API unsigned long long dateToJulian(int year, int month, int day, int hour, int minute,
                                            double second);

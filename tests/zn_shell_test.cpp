@@ -9,6 +9,7 @@
 #include <functional>
 #include <iostream>
 #include <string>
+#include <utility>
 
 #include "alarms.h"
 #include "child_status.h"
@@ -204,6 +205,16 @@ constexpr int exited(int status) { return status << 8; }
 const std::string kNoProcessor = "No command processor available\n";
 const std::string kProblem = "Problem executing command\n";
 
+/// Executes a command with these results of `system`. Returns the library's result and what was
+/// written.
+std::pair<bool, Written> executeWith(SystemResults& results) {
+  bool result = false;
+  systemResults = &results;
+  Written text = written([&result] { result = zn_lib::execShell("command"); });
+  systemResults = nullptr;
+  return {result, std::move(text)};
+}
+
 // Asking for the shell starts it, so it is done only if the status of the command proves nothing.
 TEST_F(Shell, AsksForTheShellIfTheStatusProvesNothing) {
   const struct {
@@ -228,10 +239,7 @@ TEST_F(Shell, AsksForTheShellIfTheStatusProvesNothing) {
     for (const bool verbose : {false, true}) {
       zn_lib::setVerbose(verbose);
       SystemResults results{c.hasShell, c.status, "", 0};
-      bool result = false;
-      systemResults = &results;
-      const Written text = written([&] { result = zn_lib::execShell("command"); });
-      systemResults = nullptr;
+      const auto [result, text] = executeWith(results);
       EXPECT_EQ(result, c.err.empty()) << c.what;
       EXPECT_EQ(text.out, "") << c.what;
       EXPECT_EQ(text.err, c.err) << c.what;
@@ -249,10 +257,7 @@ TEST_F(Shell, NeedsNoQuestionIfTheShellCouldNotBeStarted) {
   } cases[] = {{EAGAIN, "c", kNoProcessor}, {ENOMEM, "c", kNoProcessor}, {E2BIG, "c?", ""}};
   for (const auto& c : cases) {
     SystemResults results{true, exited(127), "", c.error};
-    bool result = false;
-    systemResults = &results;
-    const Written text = written([&] { result = zn_lib::execShell("command"); });
-    systemResults = nullptr;
+    const auto [result, text] = executeWith(results);
     EXPECT_EQ(result, c.err.empty()) << c.error;
     EXPECT_EQ(text.err, c.err) << c.error;
     EXPECT_EQ(results.calls, c.calls) << c.error;
@@ -282,10 +287,7 @@ TEST_F(Shell, AsksForTheShellFirstIfTheStatusWillBeLost) {
       ASSERT_EQ(sigaction(SIGCHLD, nullptr, &before), 0);
       ASSERT_TRUE(prepare());
       SystemResults results{c.hasShell, c.status, "", 0};
-      bool result = false;
-      systemResults = &results;
-      const Written text = written([&] { result = zn_lib::execShell("command"); });
-      systemResults = nullptr;
+      const auto [result, text] = executeWith(results);
       ASSERT_EQ(sigaction(SIGCHLD, &before, nullptr), 0);
       EXPECT_EQ(result, c.err.empty()) << c.what;
       EXPECT_EQ(text.err, c.err) << c.what;

@@ -7,9 +7,8 @@
 
 namespace zn_lib::internal {
 
-/// Moves the entries of `source` into `target`. They replace existing entries with the same
-/// keys. The comparison functions of the maps may have different types, but must define the same
-/// order.
+/// Moves the entries of `source` into `target`. They replace existing entries with the same keys.
+/// The comparison functions of the maps may have different types, but must define the same order.
 template <class Source, class Target>
 void moveEntries(Source& source, Target& target) {
   if constexpr (std::is_same_v<Source, Target>) {
