@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs all benchmarks and writes docs/PERFORMANCE.md and docs/performance_growth.svg.
+"""Runs all benchmarks and writes docs/PERFORMANCE.md and docs/performance_growth.svg with its figures.
 
 usage: bench/compare.py [--quick] [--runs N] [--repetitions N] [--programs DIRECTORY] [--report]
 
@@ -473,9 +473,13 @@ def write_report(runs, sections, programs, directory):
         text = fill(text, name, content)
     directory.mkdir(parents=True, exist_ok=True)
     (directory / "PERFORMANCE.md").write_text(text)
-    panels = [(row.words, row.rest, measured.points(row.name)) for row in by_program["growth"].rows]
-    (directory / "performance_growth.svg").write_text(growth_plot.svg(panels))
-    print(f"Wrote {directory / 'PERFORMANCE.md'} and {directory / 'performance_growth.svg'}")
+    panels = [(row.words, row.rest, [(size, float(f"{time:.4g}")) for size, time in measured.points(row.name)])
+              for row in by_program["growth"].rows]
+    figures = directory / "performance_growth.json"
+    figures.write_text("[\n" + ",\n".join(json.dumps(panel) for panel in panels) + "\n]\n")
+    picture = figures.with_suffix(".svg")
+    picture.write_text(growth_plot.svg(panels))
+    print(f"Wrote {directory / 'PERFORMANCE.md'}, {figures} and {picture}")
     print(growth_text(by_program, measured))
     for row in aim_rows(sections, measured):
         if row[-1] != "yes":

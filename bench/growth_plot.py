@@ -1,5 +1,13 @@
-"""Draws time by input size as small log-log plots in one SVG file, for light and dark backgrounds."""
+"""Draws time by input size as small log-log plots in one SVG file, for light and dark backgrounds.
+
+usage: growth_plot.py FIGURES SVG
+
+FIGURES is the JSON file that bench/compare writes.
+"""
+import json
 import math
+import pathlib
+import sys
 from xml.sax.saxutils import escape
 
 COLUMNS = 4
@@ -84,3 +92,10 @@ def svg(panels):
         row, column = divmod(number, COLUMNS)
         lines += ["  " + line for line in panel(title, unit, points, column * WIDTH, row * HEIGHT)]
     return "\n".join(lines + ["</svg>"]) + "\n"
+
+
+if __name__ == "__main__":
+    if len(sys.argv) != 3:
+        sys.exit(__doc__.strip())
+    figures, picture = map(pathlib.Path, sys.argv[1:])
+    picture.write_text(svg(json.loads(figures.read_text())))
