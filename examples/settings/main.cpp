@@ -10,8 +10,8 @@
 ///     colour             blue
 ///     How often this ran 1
 ///
-/// A setting that the file cannot represent is rejected with a message. The exit status is 1 if the
-/// file could not be changed.
+/// A setting that the file cannot represent is rejected with a message; the others are stored. The
+/// exit status is 1 if a setting was rejected or the file could not be changed.
 #include <zn_output.h>
 #include <zn_setcfg.h>
 #include <zn_str.h>
@@ -24,12 +24,16 @@
 
 namespace {
 
-/// Stores "KEY=VALUE", or prints the reason why it cannot.
-void store(const std::string& argument, zn_lib::Configuration& settings) {
+constexpr const char* kRuns = "runs";
+constexpr const char* kStamp = "UPDATE";  // added by the library
+
+/// Stores "KEY=VALUE". If it cannot, prints the reason and returns false.
+bool store(const std::string& argument, zn_lib::Configuration& settings) {
   const auto refuse = [&](const std::string& why) {
     std::string shown = argument;
     std::replace_if(shown.begin(), shown.end(), example::isControl, '?');
     zn_lib::errorMessage("cannot keep " + zn_lib::inQuotes(shown, '"') + ": " + why);
+    return false;
   };
   const std::size_t mark = argument.find('=');
   if (mark == std::string::npos) return refuse("it is not KEY=VALUE");
@@ -40,6 +44,14 @@ void store(const std::string& argument, zn_lib::Configuration& settings) {
   if (!why.empty()) return refuse(why);
   // A new key becomes its own description. An existing one keeps its type and description.
   settings.set(key, value);
+  return true;
+}
+
+/// Returns true if the store has settings that came from a command line.
+bool hasOwn(const zn_lib::config_map& settings) {
+  return std::any_of(settings.begin(), settings.end(), [](const auto& setting) {
+    return setting.first != kRuns && setting.first != kStamp;
+  });
 }
 
 int fail(const std::string& why, zn_lib::Configuration& settings) {
@@ -66,12 +78,16 @@ int main(int argc, char* argv[]) {
 
   // A missing setting has an empty value, and reading it does not add it.
   constexpr double most = 1000000;
-  const double before = zn_lib::stringToDouble(settings.get("runs").value);
+  const double before = zn_lib::stringToDouble(settings.get(kRuns).value);
   const int run = before >= 1 && before < most ? static_cast<int>(before) + 1 : 1;
   std::cout << "This is run " << run << ".\n";
 
-  settings.set("runs", "NUMBER", std::to_string(run), "How often this ran");
-  for (int i = 1; i < argc; ++i) store(argv[i], settings);
+  settings.set(kRuns, "NUMBER", std::to_string(run), "How often this ran");
+  bool isEachStored = true;
+  for (int i = 1; i < argc; ++i) isEachStored = store(argv[i], settings) && isEachStored;
+  if (!hasOwn(settings.elements)) {
+    std::cout << "You have stored no settings yet. \"settings KEY=VALUE\" stores one.\n";
+  }
   settings.listConfiguration();
   if (!example::areKept(settings.elements, example::kBlockBytes))
     return fail("whitespace would be lost between two blocks", settings);
@@ -85,4 +101,5 @@ int main(int argc, char* argv[]) {
   if (!isSaved || !example::areEqual(written.elements, settings.elements)) {
     return fail("not all was written", settings);
   }
+  return isEachStored ? 0 : 1;
 }

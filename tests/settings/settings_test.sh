@@ -41,7 +41,9 @@ compare "the first file" settings.cfg <<'END_OF_FILE'
 END_OF_FILE
 cp settings.cfg first
 
-"$settings" 'colour=deep red' size=7 none 'x=1<2' a=b=c >out 2>err
+status=0
+"$settings" 'colour=deep red' size=7 none 'x=1<2' a=b=c >out 2>err || status=$?
+[ "$status" -eq 1 ]
 compare "the second run" out <<'END_OF_FILE'
 This is run 2.
 
@@ -78,6 +80,32 @@ size                      7
 
 END_OF_FILE
 
+rm settings.cfg settings.cfg~
+"$settings" >out 2>err
+compare "an empty store" out <<'END_OF_FILE'
+This is run 1.
+You have stored no settings yet. "settings KEY=VALUE" stores one.
+
+[ EXAMPLE ]
+Description        Value
+-----------        -----
+How often this ran 1
+
+END_OF_FILE
+"$settings" >out 2>>err
+compare "a store with a date" out <<'END_OF_FILE'
+This is run 2.
+You have stored no settings yet. "settings KEY=VALUE" stores one.
+
+[ EXAMPLE ]
+Description               Value
+-----------               -----
+Date of update in ISO9601 STAMP
+How often this ran        2
+
+END_OF_FILE
+compare "errors of an empty store" err </dev/null
+
 # value KEY: prints the value in the settings file, read by another XML program.
 value() {
   xmllint --xpath "string(/CONFIGURATION/*[name()='$1'])" settings.cfg
@@ -106,7 +134,10 @@ while IFS='|' read -r argument reason; do
   start
   argument=$(printf '%b.' "$argument")
   argument=${argument%.}
-  "$settings" "$argument" >out 2>err
+  status=0
+  "$settings" "$argument" last=kept >out 2>err || status=$?
+  [ "$status" -eq 1 ] || fail "exit status $status after '$argument'"
+  [ "$(value last)" = kept ] || fail "the setting after '$argument'"
   [ "$(grep -a "^ERROR: cannot keep " err | grep -acF "$reason")" -eq 1 ] || fail "refusing '$argument'"
   "$settings" >out 2>err
   "$settings" >out 2>err
