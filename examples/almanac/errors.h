@@ -19,6 +19,7 @@ enum class Problem {
   kUnknownWord = 5,         ///< the word, the option
   kNotOnePlace = 6,
   kNoFileToKeep = 7,
+  kTwoOutputs = 8,
 
   // Invalid values, files and places.
   kUnreadableDate = 20,  ///< the text
@@ -39,6 +40,9 @@ enum class Problem {
   kBadSetting = 35,          ///< the value, the setting, the file
   kMalformedSettings = 36,   ///< the file
   kUnfitSetting = 37,        ///< the setting, the file
+  kNoSettingsDirectory = 38,
+  kOnlySimilarPlaces = 39,  ///< the place, the file, the names of similar places
+  kAmbiguousPlace = 40,     ///< the place, the file, the names of the candidates
 };
 
 /// Holds a problem and the values for its message. Values from the user are quoted by `quote`.

@@ -52,8 +52,9 @@ Request makeRequest(const Options& options) {
     throw Error(Problem::kBeyondLastDay);
   }
   if (settings.place) {
-    request.place = *settings.place;
-    request.latitude = latitudeOf(*settings.place, options.places);
+    const Place place = findPlace(*settings.place, options.places);
+    request.place = place.name;
+    request.latitude = place.latitude;
   } else {
     request.latitude = readLatitude(*settings.latitude);
   }
@@ -67,7 +68,9 @@ void draw(const Request& request, const Options& options) {
     printTable(file.stream(), request);
     file.close();
   }
-  if (options.svg) {
+  if (options.svg == "-") {
+    std::cout << drawYear(request);
+  } else if (options.svg) {
     OutputFile file(*options.svg, existing);
     file.stream() << drawYear(request);
     file.close();
@@ -81,6 +84,8 @@ void drawOrList(Options options) {
   if (!isListing || options.save) {
     complete(options.settings);
     const Request request = makeRequest(options);
+    // The whole name still finds the place when the table has another place with these last parts.
+    if (options.settings.place) options.settings.place = request.place;
     if (options.save) save(options.settings);
     if (!isListing) draw(request, options);
   }

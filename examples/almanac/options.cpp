@@ -9,8 +9,8 @@
 namespace almanac {
 namespace {
 
-/// Numbers the long options above all characters, since getopt_long reports unknown short options
-/// as characters.
+/// Numbers the long options above all characters, since getopt_long reports short options as
+/// characters.
 enum OptionCode {
   kPlace = 256,
   kPlaces,
@@ -69,7 +69,7 @@ Options readOptions(int argc, char* argv[]) {
   opterr = 0;
   for (;;) {
     // The colon makes getopt_long return ':' for a missing argument.
-    const int code = getopt_long(argc, argv, ":", kLongOptions, nullptr);
+    const int code = getopt_long(argc, argv, ":hV", kLongOptions, nullptr);
     if (code == -1) break;
     switch (code) {
       case kPlace:
@@ -116,9 +116,11 @@ Options readOptions(int argc, char* argv[]) {
       case kVerbose:
         options.verbose = true;
         break;
+      case 'h':
       case kHelpOption:
         options.action = Action::kPrintHelp;
         return options;
+      case 'V':
       case kVersion:
         options.action = Action::kPrintVersion;
         return options;
@@ -130,9 +132,10 @@ Options readOptions(int argc, char* argv[]) {
   }
   if (optind < argc) throw Error(Problem::kStrayArgument, {quote(argv[optind])});
   if (settings.place && settings.latitude) throw Error(Problem::kNotOnePlace);
-  if ((options.backup || options.number) && !options.output && !options.svg) {
-    throw Error(Problem::kNoFileToKeep);
-  }
+  const bool isPicturePrinted = options.svg == "-";
+  if (isPicturePrinted && options.output) throw Error(Problem::kTwoOutputs);
+  const bool hasFile = options.output || (options.svg && !isPicturePrinted);
+  if ((options.backup || options.number) && !hasFile) throw Error(Problem::kNoFileToKeep);
   return options;
 }
 
@@ -146,7 +149,8 @@ const char kHelp[] =
     "and a bar with a mark for each hour of daylight. The moon is that of 12:00 UT.\n"
     "Day lengths are valid from March 1900 to February 2100 and drift outside.\n"
     "\n"
-    "  --place NAME        a place from the table of places, \"Europe/Amsterdam\"\n"
+    "  --place NAME        a place from the table of places, \"Europe/Amsterdam\", or its\n"
+    "                      last parts if no other place has them, \"amsterdam\"\n"
     "  --places FILE       the table of places; default /usr/share/zoneinfo/zone.tab\n"
     "  --latitude DEGREES  decimal degrees, -90 to 90, north positive\n"
     "  --from DATE         the first day; default today\n"
@@ -158,15 +162,15 @@ const char kHelp[] =
     "  --output FILE       write the table to FILE\n"
     "  --svg FILE          draw the year of the first day to FILE instead: the length\n"
     "                      of its days and the quarters of the moon; with --output,\n"
-    "                      write both files\n"
+    "                      write both files; \"-\" for standard output\n"
     "  --backup            move a FILE that exists to its backup, \"FILE~\"\n"
     "  --number            if FILE exists, write to a numbered name and print it; the\n"
     "                      name may derive from another file beside FILE\n"
     "  --save              keep place or latitude, order and format for later runs\n"
     "  --settings          print the kept settings instead of the table\n"
     "  --verbose           print a title and column headings; report written files\n"
-    "  --help              print this text\n"
-    "  --version           print the version\n"
+    "  -h, --help          print this text\n"
+    "  -V, --version       print the version\n"
     "\n"
     "DATE is an ISO 8601 date (2024-03-05, 20240305, 2024-03 or 2024) or has its\n"
     "fields in the order of --order (5 March 2024 or 5/3/2024 with dmy, Dec 25, 2024\n"

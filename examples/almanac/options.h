@@ -20,7 +20,7 @@ struct Options {
   std::optional<std::string> from;
   std::string days = "7";
   std::optional<std::string> output;
-  std::optional<std::string> svg;
+  std::optional<std::string> svg;  ///< "-" for standard output
   bool backup = false;
   bool number = false;
   bool save = false;

@@ -5,8 +5,11 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 #include <memory>
 #include <optional>
+#include <string_view>
+#include <vector>
 
 #include "errors.h"
 #include "text.h"
@@ -17,10 +20,8 @@ namespace {
 /// Limits the memory that a file without line ends, such as a device, can use.
 constexpr std::size_t kLongestLine = 1 << 20;
 
-struct Place {
-  std::string name;
-  double latitude;
-};
+using Latitudes = std::map<std::string, double>;  // of the places, by name
+using Names = std::vector<std::string>;
 
 /// Returns the error for a file, with the reason for the last system call's failure.
 Error fileError(Problem problem, const std::string& file) {
@@ -120,20 +121,107 @@ class LineReader {
   unsigned long long number_ = 0;
 };
 
-}  // namespace
-
-double latitudeOf(const std::string& name, const std::string& file) {
+Latitudes readTable(const std::string& file) {
   LineReader lines(file);
-  std::optional<double> latitude;
+  Latitudes latitudes;
   for (std::string line; lines.next(line);) {
     const std::string text = zn_lib::rightTrim(line);
     if (text.empty() || text.front() == '#') continue;
     const std::optional<Place> place = readPlace(text);
     if (!place) throw lines.error(Problem::kMalformedLine);
-    if (!latitude && place->name == name) latitude = place->latitude;
+    latitudes.emplace(place->name, place->latitude);
   }
-  if (!latitude) throw Error(Problem::kNoSuchPlace, {quote(name), quote(file)});
-  return *latitude;
+  return latitudes;
+}
+
+/// Returns `name` in the spelling that all ways to write it share.
+std::string folded(const std::string& name) {
+  return zn_lib::replaceChar(zn_lib::stringToLower(name), ' ', '_');
+}
+
+bool endsWith(std::string_view text, std::string_view end) {
+  return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
+}
+
+/// Returns the names that the folded name `wanted` stands for: as a whole or else, if there is no
+/// such name, as last parts.
+Names namesFor(const std::string& wanted, const Latitudes& latitudes) {
+  Names whole;
+  Names byLastParts;
+  for (const auto& [name, latitude] : latitudes) {
+    const std::string candidate = folded(name);
+    if (candidate == wanted) whole.push_back(name);
+    if (endsWith(candidate, "/" + wanted)) byLastParts.push_back(name);
+  }
+  return whole.empty() ? byLastParts : whole;
+}
+
+/// Returns true if at most `edits` insertions, deletions and replacements of a character turn `a`
+/// into `b`. Each further edit triples the time.
+bool isWithin(int edits, std::string_view a, std::string_view b) {
+  const auto [endOfA, endOfB] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
+  a.remove_prefix(static_cast<std::size_t>(endOfA - a.begin()));
+  b.remove_prefix(static_cast<std::size_t>(endOfB - b.begin()));
+  if (a.empty() && b.empty()) return true;
+  if (edits == 0) return false;
+  const std::string_view restOfA = a.substr(a.empty() ? 0 : 1);
+  const std::string_view restOfB = b.substr(b.empty() ? 0 : 1);
+  return isWithin(edits - 1, restOfA, restOfB) || isWithin(edits - 1, a, restOfB) ||
+         isWithin(edits - 1, restOfA, b);
+}
+
+/// Returns the number of edits between the folded name `wanted` and another one, as a whole or in
+/// its last part. A name that contains `wanted` has 0. Returns nothing if they are not similar.
+std::optional<int> editsBetween(const std::string& wanted, const std::string& name) {
+  constexpr std::size_t shortestPiece = 3;
+  constexpr std::size_t charactersPerEdit = 3;
+  constexpr std::size_t mostEdits = 2;
+  if (wanted.size() >= shortestPiece && name.find(wanted) != std::string::npos) return 0;
+  const std::string lastPart = name.substr(name.rfind('/') + 1);
+  const std::size_t allowed = std::min(wanted.size() / charactersPerEdit, mostEdits);
+  for (int edits = 1; edits <= static_cast<int>(allowed); ++edits) {
+    if (isWithin(edits, wanted, name) || isWithin(edits, wanted, lastPart)) return edits;
+  }
+  return {};
+}
+
+/// Returns the names that are similar to the folded name `wanted`, the most similar ones first.
+Names namesLike(const std::string& wanted, const Latitudes& latitudes) {
+  std::multimap<int, std::string> byEdits;
+  for (const auto& [name, latitude] : latitudes) {
+    const std::optional<int> edits = editsBetween(wanted, folded(name));
+    if (edits) byEdits.emplace(*edits, name);
+  }
+  Names names;
+  for (const auto& [edits, name] : byEdits) names.push_back(name);
+  return names;
+}
+
+/// Returns the first names for a message, with the number of the others.
+std::string listed(const Names& names) {
+  constexpr std::size_t most = 8;
+  const std::size_t shown = std::min(names.size(), most);
+  std::string text;
+  for (std::size_t i = 0; i < shown; ++i) text += (i == 0 ? "" : ", ") + quote(names[i]);
+  if (names.size() > shown) text += " and " + std::to_string(names.size() - shown) + " more";
+  return text;
+}
+
+}  // namespace
+
+Place findPlace(const std::string& name, const std::string& file) {
+  const Latitudes latitudes = readTable(file);
+  Names names = {name};
+  if (latitudes.count(name) == 0) names = namesFor(folded(name), latitudes);
+  if (names.size() > 1) {
+    throw Error(Problem::kAmbiguousPlace, {quote(name), quote(file), listed(names)});
+  }
+  if (names.empty()) {
+    const Names similar = namesLike(folded(name), latitudes);
+    if (similar.empty()) throw Error(Problem::kNoSuchPlace, {quote(name), quote(file)});
+    throw Error(Problem::kOnlySimilarPlaces, {quote(name), quote(file), listed(similar)});
+  }
+  return {names.front(), latitudes.at(names.front())};
 }
 
 }  // namespace almanac

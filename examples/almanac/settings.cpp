@@ -1,29 +1,43 @@
 #include "settings.h"
 
 #include <zn_dir.h>
-#include <zn_file.h>
 #include <zn_setcfg.h>
 #include <zn_xmlparser.h>
 
-#include <cstdlib>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 
 #include "dates.h"
+#include "environment.h"
 #include "errors.h"
 #include "text.h"
 
 namespace almanac {
 namespace {
 
-/// A store that loads its file when it is constructed.
-class Store : public zn_lib::Configuration {
+bool isAbsolute(const std::string& path) { return !path.empty() && path.front() == '/'; }
+
+/// Returns the configuration directory, or the empty text if there is none.
+std::string configurationDirectory(const std::string& home) {
+  const std::string directory = variable("XDG_CONFIG_HOME");
+  if (isAbsolute(directory)) return directory;
+  return isAbsolute(home) ? home + "/.config" : "";
+}
+
+/// A store that loads its file when it is constructed. HOME is hidden as long as it exists.
+class Store : private HiddenHome, public zn_lib::Configuration {
  public:
   Store() : Configuration("ALMANAC", "almanac") {
-    const char* const directory = std::getenv("XDG_CONFIG_HOME");
-    const bool isSet = directory != nullptr && *directory != '\0';
-    path = isSet ? directory : "~/.config";
+    path = configurationDirectory(HiddenHome::value());
+    // A store without a name has no file.
+    if (path.empty()) name.clear();
     load();
+  }
+
+  /// Throws Error if there is no configuration directory.
+  void requireFile() const {
+    if (name.empty()) throw Error(Problem::kNoSettingsDirectory);
   }
 
   /// Returns the value of a setting, or nothing if it is missing or empty.
@@ -102,24 +116,32 @@ void complete(Settings& settings) {
 
 void save(const Settings& settings) {
   Store store;
+  store.requireFile();
   store.keep("place", settings.place, "Place");
   store.keep("latitude", settings.latitude, "Latitude in degrees");
   store.keep("order", settings.order, "Order of a date");
   store.keep("format", settings.format, "Format of a date");
   protectFile(store);
 
-  std::string directory = store.path;
-  zn_lib::checkHomePath(directory);
-  zn_lib::createDir(directory);
+  zn_lib::createDir(store.path);
   // The result does not show a full disk; only the file does.
   const bool isWritten = store.save();
   store.changed = false;
-  Store written;
-  if (!isWritten || !holds(written, settings)) {
+  store.elements.clear();
+  store.load();
+  if (!isWritten || !holds(store, settings)) {
     throw Error(Problem::kCannotSaveSettings, {quote(store.getConfigurationFile())});
   }
 }
 
-void list() { Store().listConfiguration(); }
+void list() {
+  Store store;
+  store.requireFile();
+  if (store.elements.empty()) {
+    std::cout << "No settings are kept in " << quote(store.getConfigurationFile()) << ".\n";
+  } else {
+    store.listConfiguration();
+  }
+}
 
 }  // namespace almanac

@@ -45,7 +45,7 @@ expect_lost() {
   [ "$status" -eq 1 ] && is_error 'cannot write to standard output$'
   report "$1" $? why
 }
-for arguments in '--latitude 52' "$many" '--latitude 52 --verbose' --help --version; do
+for arguments in '--latitude 52' "$many" '--latitude 52 --verbose' '--latitude 52 --svg -' --help --version; do
   # shellcheck disable=SC2086
   "$almanac" $arguments >/dev/full 2>err
   status=$?
@@ -55,6 +55,15 @@ for arguments in '--latitude 52' "$many" '--latitude 52 --verbose' --help --vers
   status=$?
   expect_lost "closed standard output: $arguments"
 done
+{
+  # The pipe has no reader when the picture is written.
+  while [ ! -e closed ]; do :; done
+  "$almanac" --latitude 52 --svg - 2>err
+  echo $? >status
+} | { exec <&-; : >closed; }
+[ "$(cat status)" -eq 141 ] && [ ! -s err ]
+report "broken pipe, picture" $? err
+
 "$almanac" --place Europe/Amsterdam --places "$places" >&- 2>err
 status=$?
 expect_lost "closed standard output: --place"

@@ -103,3 +103,6 @@ expect_error "invalid values are reported before files" 1 'the number of days' -
 report "an invalid value writes nothing" $?
 expect_error "--backup without a file" 2 'need a file' --latitude 5 --backup
 expect_error "--number without a file" 2 'need a file' --latitude 5 --number
+expect_error "--backup of standard output" 2 'need a file' --latitude 5 --svg - --backup
+expect_error "table in a file and picture in standard output" 2 'cannot be combined' \
+  --latitude 5 --svg - --output files/none.txt

@@ -84,3 +84,10 @@ run --place Europe/Amsterdam --places "$places" --svg both.svg --output both.txt
 [ ! -s out ] && cmp -s both.txt "$data/week.txt" &&
   grep -q '<title>Day length and moon in 2026 at Europe/Amsterdam, latitude 52:22 N<' both.svg
 report "table and picture" $? err
+
+for verbose in '' --verbose; do
+  run --place Europe/Amsterdam --places "$places" --svg - --from 2026-06-01 --save $verbose
+  [ "$status" -eq 0 ] && [ ! -s err ] && cmp -s both.svg out && [ ! -e ./- ]
+  report "a picture in standard output $verbose" $? err
+done
+rm home/.config/almanac.cfg*

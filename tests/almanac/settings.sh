@@ -25,6 +25,8 @@ expect_table "the table is printed when settings are saved" "$data/week.txt" \
   --from 2026-06-01 --place Europe/Amsterdam --places "$places" --save
 expect_kept "a place" $kept place=Europe/Amsterdam latitude= order= format=
 expect_table "the saved place" "$data/week.txt" --from 2026-06-01 --places "$places"
+run --place amsterdam --places "$places" --save
+expect_kept "the whole name of a place" $kept place=Europe/Amsterdam latitude= order= format=
 expect_table "a latitude replaces the saved place" south --from 2026-06-01 --latitude -20.5
 expect_kept "only --save saves" $kept place=Europe/Amsterdam latitude= order= format=
 
@@ -73,7 +75,7 @@ expect_table "a truncated file" south --from 2026-06-01
 : >$kept
 expect_error "an empty file" 2 'unless --save has kept one' --days 1
 rm $kept
-printf '\n[ ALMANAC ]\nDescriptionValue\n----------------\n\n' >listed
+echo "No settings are kept in \"$HOME/.config/almanac.cfg\"." >listed
 expect_table "the list without a file" listed --settings
 [ ! -e $kept ]
 report "listing writes nothing" $?
@@ -87,7 +89,51 @@ expect_error "an empty XDG_CONFIG_HOME is ignored" 2 'unless --save has kept one
 export XDG_CONFIG_HOME="$data/places.tab"
 expect_error "settings below a file" 1 'cannot save the settings to ".*/places.tab/almanac.cfg"$' --latitude 5 --save
 expect_error "no list after settings that could not be saved" 1 'cannot save' --latitude 5 --save --settings
+
+# Variables that are no absolute paths are ignored. A "~" is a character like any other.
+run --latitude 1.5 --from 2026-06-01 --days 1
+mv out one_row
+mkdir -p 'a~b~c' relative '~'
 unset XDG_CONFIG_HOME
+run --latitude -20.5 --save
+# The program, not the shell, gets the "~".
+# shellcheck disable=SC2088
+for directory in relative ./relative '~' '~/.config' ''; do
+  export XDG_CONFIG_HOME="$directory"
+  expect_table "settings of HOME if XDG_CONFIG_HOME is '$directory'" south --from 2026-06-01
+  expect_table "saving if XDG_CONFIG_HOME is '$directory'" south --from 2026-06-01 --latitude -20.5 --save
+  [ "$(echo relative/* '~'/*)" = 'relative/* ~/*' ]
+  report "no file in '$directory'" $?
+done
+rm $kept $kept~
+export XDG_CONFIG_HOME="$work/a~b~c"
+expect_table "saving in a directory with '~'" south --from 2026-06-01 --latitude -20.5 --save
+expect_kept "the file in a directory with '~'" 'a~b~c/almanac.cfg' place= latitude=-20.5 order= format=
+expect_table "settings from a directory with '~'" south --from 2026-06-01
+unset XDG_CONFIG_HOME
+[ ! -e $kept ]
+report "nothing in another directory" $?
+
+HOME="$work/a~b~c"
+expect_table "saving in a home directory with '~'" south --from 2026-06-01 --latitude -20.5 --save
+expect_kept "the file in a home directory with '~'" 'a~b~c/.config/almanac.cfg' place= latitude=-20.5 order= format=
+expect_table "settings from a home directory with '~'" south --from 2026-06-01
+for home in relative '~' '' unset; do
+  if [ "$home" = unset ]; then unset HOME; else export HOME="$home"; fi
+  expect_error "no settings without a directory, HOME=$home" 2 'unless --save has kept one' --days 1
+  expect_table "a table without a directory, HOME=$home" one_row --latitude 1.5 --from 2026-06-01 --days 1
+  expect_error "saving without a directory, HOME=$home" 1 'there is no directory for the settings: ' --latitude 5 --save
+  expect_error "a list without a directory, HOME=$home" 1 'there is no directory for the settings: ' --settings
+done
+[ "$(echo relative/* '~'/* almanac.cfg*)" = 'relative/* ~/* almanac.cfg*' ]
+report "no file in the working directory" $?
+# The program finds HOME again after it has read the settings.
+export HOME="$work/home"
+# shellcheck disable=SC2088
+run --latitude -20.5 --from 2026-06-01 --output '~/t.txt' --save
+[ "$status" -eq 0 ] && cmp -s home/t.txt south
+report "settings and a file in the home directory" $? err
+rm home/t.txt $kept*
 
 # A file that was edited by hand and cannot be written again without loss.
 while IFS='|' read -r text pattern; do
@@ -118,4 +164,8 @@ cp $kept before
 (trap '' XFSZ; ulimit -f 0; "$almanac" --latitude 7 --save 2>&1 >/dev/null) | cat >err
 is_error 'cannot save the settings' && cmp -s before $kept
 report "a full disk keeps the old settings" $? err
-rm $kept
+rm $kept $kept~
+(trap '' XFSZ; ulimit -f 0; "$almanac" --latitude 7 --save 2>&1 >/dev/null) | cat >err
+is_error 'cannot save the settings'
+report "a full disk without old settings" $? err
+rm -f $kept

@@ -16,6 +16,7 @@ expect_stored southern_polar_night --latitude -80 --from 2026-06-20 --days 2
 expect_stored southern_polar_day --latitude -80 --from 2026-12-20 --days 2
 expect_stored first_year --latitude 0 --from 0001-01-01 --days 2
 expect_stored help --help
+expect_table "-h" "$data/help.txt" -h
 
 for format in iso number short full; do
   for order in dmy mdy ymd; do
@@ -40,6 +41,8 @@ done
 run --version
 [ $status -eq 0 ] && [ ! -s err ] && [ "$(wc -l <out)" -eq 1 ] && grep -q '^almanac, with zn_udf [0-9][0-9]*\.[0-9]' out
 report version $? out
+mv out expected
+expect_table "-V" expected -V
 
 for days in 1 31 366 36600; do
   run --latitude 52 --from 2000-01-01 --days $days
