@@ -15,6 +15,7 @@
 #include "picture.h"
 #include "places.h"
 #include "table.h"
+#include "terminal.h"
 #include "text.h"
 
 namespace almanac {
@@ -65,7 +66,7 @@ void draw(const Request& request, const Options& options) {
   const Existing existing = {options.backup, options.number};
   if (options.output) {
     OutputFile file(*options.output, existing);
-    printTable(file.stream(), request);
+    printTable(file.stream(), request, Terminal());
     file.close();
   }
   if (options.svg == "-") {
@@ -75,7 +76,7 @@ void draw(const Request& request, const Options& options) {
     file.stream() << drawYear(request);
     file.close();
   }
-  if (!options.output && !options.svg) printTable(std::cout, request);
+  if (!options.output && !options.svg) printTable(std::cout, request, terminalOfOutput());
 }
 
 void drawOrList(Options options) {

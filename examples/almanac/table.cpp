@@ -15,7 +15,7 @@ constexpr int kLengthWidth = 11;  // "polar night"
 constexpr int kChangeWidth = 8;   // "+1234:56", a few kilometres from a pole
 constexpr int kPhaseWidth = 15;   // "waxing crescent"
 constexpr int kPercentWidth = 4;  // "100%"
-constexpr int kBarWidth = kHoursPerDay;
+constexpr const char* kGap = "  ";
 
 // leftPad moves the text to the left end of its field, and rightPad to the right end.
 
@@ -47,37 +47,71 @@ std::string changeText(double before, double hours) {
   return (seconds < 0.0 ? "-" : "+") + sexagesimal(std::fabs(seconds));
 }
 
-/// Returns one "#" for each hour of daylight, and one "." for each other hour.
-std::string bar(double hours) {
-  const int lit = isPolarNight(hours) ? 0 : static_cast<int>(std::lround(hours));
-  return zn_lib::leftPad(zn_lib::replicateString("#", lit), kBarWidth, '.');
+/// Returns the columns of the widest bar that fits behind `columnsBefore`, or 0 if none fits.
+int barWidth(std::size_t columnsBefore, const Terminal& terminal) {
+  // Each mark stands for a whole number of hours.
+  for (const int width : {kHoursPerDay, kHoursPerDay / 2, kHoursPerDay / 3, kHoursPerDay / 4}) {
+    const std::size_t columns = columnsBefore + static_cast<std::size_t>(width);
+    if (!terminal.columns || columns <= *terminal.columns) return width;
+  }
+  return 0;
 }
 
-/// Joins the six columns of a row.
+/// Returns the headings of a bar: hours, each above its mark.
+std::string barHeadings(int width) {
+  if (width == 0) return "";
+  const int hoursPerMark = kHoursPerDay / width;
+  const int step = hoursPerMark > 2 ? 12 : 6;
+  std::string headings;
+  for (int hours = 0; hours < kHoursPerDay; hours += step) {
+    headings = alignLeft(headings, hours / hoursPerMark) + std::to_string(hours);
+  }
+  return headings;
+}
+
+/// Returns "#" for the hours of daylight and "." for the others.
+std::string bar(double hours, int width, const Terminal& terminal) {
+  if (width == 0) return "";
+  const int hoursPerMark = kHoursPerDay / width;
+  const int lit = isPolarNight(hours) ? 0 : static_cast<int>(std::lround(hours / hoursPerMark));
+  std::string marks = zn_lib::replicateString("#", lit);
+  if (terminal.hasColours && lit > 0) marks = "\x1b[33m" + marks + "\x1b[0m";  // yellow
+  return marks + zn_lib::replicateString(".", width - lit);
+}
+
+/// Joins the columns of a row before the bar.
 std::string row(const std::string& date, const std::string& length, const std::string& change,
-                const std::string& phase, const std::string& lit, const std::string& hours) {
-  return date + "  " + alignRight(length, kLengthWidth) + ' ' + alignRight(change, kChangeWidth) +
-         "  " + alignLeft(phase, kPhaseWidth) + ' ' + alignRight(lit, kPercentWidth) + "  " +
-         hours + '\n';
+                const std::string& phase, const std::string& lit) {
+  return date + kGap + alignRight(length, kLengthWidth) + ' ' + alignRight(change, kChangeWidth) +
+         kGap + alignLeft(phase, kPhaseWidth) + ' ' + alignRight(lit, kPercentWidth);
+}
+
+/// Writes a row. An empty bar leaves no blanks.
+void print(std::ostream& out, const std::string& row, const std::string& bar) {
+  out << row << (bar.empty() ? "" : kGap) << bar << '\n';
 }
 
 }  // namespace
 
-void printTable(std::ostream& out, const Request& request) {
+void printTable(std::ostream& out, const Request& request, const Terminal& terminal) {
   const int widthOfDate = dateWidth(request.style);
+  const std::string headings =
+      row(alignLeft("date", widthOfDate), "day length", "change", "moon", "lit");
+  const int widthOfBar = barWidth((headings + kGap).size(), terminal);
   if (zn_lib::isVerbose()) {
-    out << "[Day length and moon at " << whereabouts(request.place, request.latitude) << "]\n"
-        << row(alignLeft("date", widthOfDate), "day length", "change", "moon", "lit",
-               "0     6     12    18");
+    out << "[Day length and moon at " << whereabouts(request.place, request.latitude) << "]\n";
+    print(out, headings, barHeadings(widthOfBar));
   }
   unsigned long long julian = request.first;
   double before = dayLength(julian - kMillisecondsPerDay, request.latitude);
   for (int i = 0; i < request.days; ++i) {
     const double hours = dayLength(julian, request.latitude);
     const zn_lib::MoonPhase moon = moonAt(julian);
-    out << row(alignLeft(formatDate(julian, request.style), widthOfDate), lengthText(hours),
-               changeText(before, hours), kPhaseNames.at(static_cast<std::size_t>(moon.phase)),
-               zn_lib::percentString(moon.illuminated, 1.0, 0), bar(hours));
+    print(out,
+          row(alignLeft(formatDate(julian, request.style), widthOfDate), lengthText(hours),
+              changeText(before, hours), kPhaseNames.at(static_cast<std::size_t>(moon.phase)),
+              zn_lib::percentString(moon.illuminated, 1.0, 0)),
+          bar(hours, widthOfBar, terminal));
     before = hours;
     julian += kMillisecondsPerDay;
   }

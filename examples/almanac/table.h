@@ -5,12 +5,15 @@
 #include <ostream>
 
 #include "request.h"
+#include "terminal.h"
 
 namespace almanac {
 
 /// Writes the table. A title and column headings precede it if the library's verbose flag is on.
-/// The caller checks the stream.
-void printTable(std::ostream& out, const Request& request);
+///
+/// The bar has one mark for each hour. On a terminal that is too narrow for it, a mark stands for
+/// two, three or four hours, or the bar is left out. The caller checks the stream.
+void printTable(std::ostream& out, const Request& request, const Terminal& terminal);
 
 }  // namespace almanac
 
