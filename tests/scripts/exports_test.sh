@@ -1,6 +1,6 @@
 #!/bin/sh
 # Tests that the library exports exactly its documented interface: the symbols in EXPECTED_FILE, which are those of
-# 64-bit machines.
+# 64-bit machines, each with the symbol version ZN_UDF_1.
 # usage: exports_test.sh LIBRARY EXPECTED_FILE [NM]
 set -eu
 library=$1
@@ -9,7 +9,13 @@ nm=${3:-nm}
 found=$(mktemp)
 listed=$(mktemp)
 trap 'rm -f "$found" "$listed"' EXIT
-"$nm" -D --defined-only "$library" | cut -d' ' -f3- | c++filt | LC_ALL=C sort -u >"$found"
+# The absolute symbol is the symbol version itself.
+symbols=$("$nm" -D --defined-only "$library" | awk '$2 != "A" {print $3}')
+if printf '%s\n' "$symbols" | grep -v '@@ZN_UDF_1$'; then
+  echo "FAILED: these symbols do not have the symbol version ZN_UDF_1"
+  exit 1
+fi
+printf '%s\n' "$symbols" | sed 's/@@ZN_UDF_1$//' | c++filt | LC_ALL=C sort -u >"$found"
 cp "$expected" "$listed"
 if grep -q 'std::__1::' "$found"; then
   # With libc++ only the namespaces of the standard types differ.
