@@ -1,6 +1,6 @@
 /// \file
-/// Declares what all families share: the export macro, four string constants and the version
-/// symbols.
+/// Declares what all families share: the version macros, the export macro, four string constants
+/// and the version symbols.
 ///
 ///     #include <zn_common.h>
 ///     std::cout << zn_udf_1VersionNumber << '\n';   // 1.1
@@ -8,6 +8,18 @@
 #define ZN_COMMON_H
 
 #include <string>
+
+/// The version of the headers. The version of the library that the program has loaded may be a
+/// later one: see `zn_udf_1VersionNumber`.
+/// @{
+#define ZN_UDF_VERSION_MAJOR 1
+#define ZN_UDF_VERSION_MINOR 1
+/// @}
+
+/// The version of the headers as an integer for comparisons: 101 for 1.1.
+///
+///     #if ZN_UDF_VERSION >= 102   // 1.2 or later
+#define ZN_UDF_VERSION (ZN_UDF_VERSION_MAJOR * 100 + ZN_UDF_VERSION_MINOR)
 
 /// Exports a declaration from the shared library.
 #define ZN_UDF_API __attribute__((visibility("default")))
@@ -32,7 +44,7 @@ extern "C" {
 /// The version as `what(1)` finds it in a binary: one line that ends with a line feed.
 ZN_UDF_API extern const char zn_udf_1VersionString[];
 
-/// The version as a number: 1.1.
+/// The version of the loaded library as a number: 1.1.
 ZN_UDF_API extern const double zn_udf_1VersionNumber;
 }
 

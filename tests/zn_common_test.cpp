@@ -42,6 +42,19 @@ TEST(Version, IsDataWithCNames) {
   EXPECT_EQ(*static_cast<const double*>(number), 1.1);
 }
 
+TEST(Version, IsTheSameInHeadersLibraryAndProject) {
+  const std::string version =
+      std::to_string(ZN_UDF_VERSION_MAJOR) + "." + std::to_string(ZN_UDF_VERSION_MINOR);
+  EXPECT_EQ(version, ZN_UDF_PROJECT_VERSION);
+  EXPECT_EQ(ZN_UDF_VERSION, 100 * ZN_UDF_VERSION_MAJOR + ZN_UDF_VERSION_MINOR);
+  const Library library = load();
+  ASSERT_NE(library, nullptr) << dlerror();
+  const void* const number = dlsym(library.get(), "zn_udf_1VersionNumber");
+  ASSERT_NE(number, nullptr);
+  EXPECT_EQ(*static_cast<const double*>(number),
+            ZN_UDF_VERSION_MAJOR + ZN_UDF_VERSION_MINOR / 10.0);
+}
+
 TEST(Unloading, LeavesNothingMapped) {
   ASSERT_FALSE(isLoaded());
   {

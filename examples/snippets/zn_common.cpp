@@ -3,6 +3,10 @@
 
 #include <iostream>
 
+#if ZN_UDF_VERSION < 101
+#error "this program needs zn_udf 1.1 or later"
+#endif
+
 int main() {
   std::cout << "zn_udf " << zn_udf_1VersionNumber << '\n';
 

@@ -50,7 +50,13 @@ expect_host "find_package" "$work/find_package/host"
 
 pc_dir=$(dirname "$(find "$prefix" -name zn_udf.pc)")
 export PKG_CONFIG_PATH="$pc_dir"
-[ "$(pkg-config --modversion zn_udf)" = 1.1 ] || fail "the version of pkg-config"
+# shellcheck disable=SC2046
+echo ZN_UDF_VERSION_MAJOR.ZN_UDF_VERSION_MINOR |
+  "$compiler" -std=c++17 $(pkg-config --cflags zn_udf) -include zn_common.h -E -P -x c++ - |
+  tail -n 1 | tr -d ' ' >"$work/version"
+[ "$(pkg-config --modversion zn_udf)" = "$(cat "$work/version")" ] || fail "the version of pkg-config" "$work/version"
+pkg-config --exists 'zn_udf >= 1.0' 'zn_udf < 2' || fail "pkg-config rejects the version"
+if pkg-config --exists 'zn_udf >= 1.2'; then fail "pkg-config accepts a later version"; fi
 library_dir=$(pkg-config --variable=libdir zn_udf)
 # The flags are separate words.
 # shellcheck disable=SC2046,SC2086
