@@ -4,10 +4,17 @@
 ///
 ///     #include <zn_common.h>
 ///     std::cout << zn_udf_1VersionNumber << '\n';   // 1.1
+///
+/// A program that is compiled with `_GLIBCXX_DEBUG` cannot use the library, because that macro
+/// changes the layout of `std::vector` and `std::map`. Every header rejects it.
 #ifndef ZN_COMMON_H
 #define ZN_COMMON_H
 
 #include <string>
+
+#if defined(_GLIBCXX_DEBUG) && defined(__GLIBCXX__)
+#error "zn_udf cannot be used with _GLIBCXX_DEBUG; compile with _GLIBCXX_ASSERTIONS instead"
+#endif
 
 /// The version of the headers. The version of the library that the program has loaded may be a
 /// later one: see `zn_udf_1VersionNumber`.

@@ -47,6 +47,10 @@
 #include "zn_common.h"
 #include "zn_readxml.h"
 
+// Event handlers have no virtual destructor.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
 namespace zn_lib {
 
 /// Orders error numbers from low to high.
@@ -102,5 +106,7 @@ ZN_UDF_API void showErrorList(std::map<int, std::string, error_order>& catalog);
 ZN_UDF_API void systemError();
 
 }  // namespace zn_lib
+
+#pragma GCC diagnostic pop
 
 #endif  // ZN_ERROR_H

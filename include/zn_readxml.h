@@ -20,6 +20,10 @@
 #include "zn_readfile.h"
 #include "zn_xmlparser.h"
 
+// Event handlers have no virtual destructor.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
 namespace zn_lib {
 
 /// Provides the base class of event handlers that fill a map. A handler is a value: its whole state
@@ -83,15 +87,19 @@ class ExceptionBarrier final : public XMLEvtHandler {
   template <class Callback>
   void run(Callback callback) noexcept {
     if (failure_) return;
+#ifdef __cpp_exceptions
     try {
       callback();
     } catch (...) {
       failure_ = std::current_exception();
     }
+#else
+    callback();
+#endif
   }
 
   XMLEvtHandler& handler_;
-  std::exception_ptr failure_;
+  std::exception_ptr failure_ = nullptr;
 };
 
 }  // namespace internal
@@ -160,5 +168,7 @@ bool ReadXml<Event>::parseFile() {
 }
 
 }  // namespace zn_lib
+
+#pragma GCC diagnostic pop
 
 #endif  // ZN_READXML_H

@@ -26,6 +26,10 @@
 #include "zn_common.h"
 #include "zn_readxml.h"
 
+// Event handlers have no virtual destructor.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
 namespace zn_lib {
 
 /// Orders keys byte by byte as unsigned values, and a prefix before the longer key.
@@ -170,5 +174,7 @@ class ZN_UDF_API Configuration {
 };
 
 }  // namespace zn_lib
+
+#pragma GCC diagnostic pop
 
 #endif  // ZN_SETCFG_H

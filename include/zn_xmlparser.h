@@ -26,6 +26,10 @@
 
 #include "zn_common.h"
 
+// Event handlers have no virtual destructor.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
 /// Receives the events of a parser. Derive from it, override the callbacks you need, and switch
 /// those on in the parser. The callbacks of this class do nothing. Texts are UTF-8, end with a NUL
 /// unless a length comes with them, and belong to expat: they are valid until the callback returns.
@@ -271,5 +275,7 @@ ZN_UDF_API void XMLCALL StartDoctypeDeclHandler(void* handler, const XML_Char* n
                                                 int hasInternalSubset);
 ZN_UDF_API void XMLCALL EndDoctypeDeclHandler(void* handler);
 /// @}
+
+#pragma GCC diagnostic pop
 
 #endif  // ZN_XMLPARSER_H

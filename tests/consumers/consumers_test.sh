@@ -64,6 +64,15 @@ quietly "pkg-config" $flags -std=c++17 "$consumers/host.cpp" $(pkg-config --cfla
   "-Wl,-rpath,$library_dir" -o "$work/by_pkg_config"
 expect_host "pkg-config" "$work/by_pkg_config"
 
+echo '<root> text<leaf/></root>' >"$work/read.xml"
+# shellcheck disable=SC2046,SC2086
+quietly "without exceptions" $flags -std=c++17 -fno-exceptions -D_GLIBCXX_ASSERTIONS "$consumers/no_exceptions.cpp" \
+  $(pkg-config --cflags --libs zn_udf) "-Wl,-rpath,$library_dir" -o "$work/no_exceptions"
+env -u LD_LIBRARY_PATH "$work/no_exceptions" "$work/read.xml" >"$work/printed" 2>&1 ||
+  fail "the program without exceptions does not run" "$work/printed"
+printf 'element root\nelement leaf\ntext text\n' | diff - "$work/printed" || fail "a program without exceptions"
+echo "a program without exceptions"
+
 # A program finds the library in `libs` beside its own directory, and both can be moved.
 mkdir -p "$work/made/bin" "$work/made/libs"
 cp "$library_dir"/libzn_udf.so.1 "$work/made/libs/"

@@ -1,10 +1,13 @@
 #!/bin/sh
 # Tests that each public header compiles as the first include of a program, with both compilers, as C++17 and C++20,
-# without a warning, and does not include <regex>. Include guards of the host do not change what the headers declare.
-# Every macro that a public or private header defines begins with ZN_.
+# with and without exceptions, without a warning, and does not include <regex>. Each header rejects _GLIBCXX_DEBUG.
+# Include guards of the host do not change what the headers declare. Every macro that a public or private header defines
+# begins with ZN_.
 # usage: headers_test.sh INCLUDE_DIR
 set -u
 include=$1
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
 checked=0
 failed=0
 
@@ -30,15 +33,22 @@ declarations() {
     "$compiler" -std=c++17 "$@" -I"$include" -E -P -x c++ -
 }
 
+# compile HEADER OPTION...: compiles a program that includes the header, with warnings as errors.
+compile() {
+  header_name=$1
+  shift
+  printf '#include <%s>\nint main() {}\n' "$header_name" |
+    "$compiler" -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Weffc++ -Wnon-virtual-dtor -Wundef -Werror "$@" \
+      -I"$include" -fsyntax-only -x c++ -
+}
+
 for header in "$include"/*.h; do
   name=${header##*/}
   for compiler in g++ clang++; do
     for standard in c++17 c++20; do
       checked=$((checked + 1))
       # -M lists every file that the compiler reads.
-      if ! files=$(printf '#include <%s>\nint main() {}\n' "$name" |
-        "$compiler" -std=$standard -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -I"$include" \
-          -fsyntax-only -x c++ - 2>&1 &&
+      if ! files=$(compile "$name" -std=$standard 2>&1 &&
         printf '#include <%s>\n' "$name" | "$compiler" -std=$standard -I"$include" -M -x c++ - 2>&1); then
         echo "FAILED: $name, $compiler -std=$standard: $files"
         failed=$((failed + 1))
@@ -47,6 +57,16 @@ for header in "$include"/*.h; do
         failed=$((failed + 1))
       fi
     done
+    checked=$((checked + 2))
+    if ! compile "$name" -std=c++17 -fno-exceptions -D_GLIBCXX_ASSERTIONS >"$log" 2>&1; then
+      echo "FAILED: $name, $compiler -fno-exceptions -D_GLIBCXX_ASSERTIONS: $(cat "$log")"
+      failed=$((failed + 1))
+    fi
+    if compile "$name" -std=c++17 -D_GLIBCXX_DEBUG >"$log" 2>&1 ||
+      ! grep -q 'error: .*zn_udf cannot be used with _GLIBCXX_DEBUG' "$log"; then
+      echo "FAILED: $name does not reject _GLIBCXX_DEBUG ($compiler)"
+      failed=$((failed + 1))
+    fi
   done
 done
 
