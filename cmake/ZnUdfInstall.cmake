@@ -3,6 +3,10 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
+if(NOT ZN_UDF_IS_TOP_LEVEL)
+  # The inherited directory is that of the project that contains this one.
+  set(CMAKE_INSTALL_DOCDIR ${CMAKE_INSTALL_DATAROOTDIR}/doc/zn_udf)
+endif()
 set(ZN_UDF_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/zn_udf)
 set(ZN_UDF_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/zn_udf)
 target_include_directories(zn_udf PUBLIC $<INSTALL_INTERFACE:${ZN_UDF_INCLUDE_DIR}>)

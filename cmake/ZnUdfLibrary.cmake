@@ -1,6 +1,11 @@
 # Sets the name, the compiler options and the linker options of the shared library.
 include(CheckCXXCompilerFlag)
 
+if(DEFINED BUILD_SHARED_LIBS AND NOT BUILD_SHARED_LIBS)
+  message(FATAL_ERROR "zn_udf is always a shared library, but BUILD_SHARED_LIBS is off. A project that contains zn_udf "
+    "writes set(BUILD_SHARED_LIBS ON) before add_subdirectory, and unset(BUILD_SHARED_LIBS) after it.")
+endif()
+
 set_target_properties(zn_udf PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR}

@@ -104,3 +104,32 @@ quietly "building with add_subdirectory" cmake --build "$work/sub_OFF" -j 2
 expect_host "add_subdirectory" "$work/sub_OFF/host"
 quietly "installing the other project" cmake --install "$work/sub_OFF" --prefix "$work/none"
 [ ! -e "$work/none" ] || fail "the library is installed with the other project"
+
+# ---- The library as an installed part of another project, which exports a library that links it
+
+refuses_static() { # refuses_static PROJECT [OPTION...]
+  project=$1
+  shift
+  if cmake -S "$project" -B "$work/static" -DBUILD_SHARED_LIBS=OFF -DCMAKE_CXX_COMPILER="$compiler" "$@" \
+    >"$work/log" 2>&1; then fail "$project accepts BUILD_SHARED_LIBS=OFF"; fi
+  grep -q 'zn_udf is always a shared library' "$work/log" || fail "the message for BUILD_SHARED_LIBS=OFF" "$work/log"
+  rm -r "$work/static"
+}
+refuses_static "$source"
+refuses_static "$consumers/add_subdirectory" -DZN_UDF_SOURCE="$source"
+echo "BUILD_SHARED_LIBS=OFF"
+
+quietly "the exporting project" cmake -S "$consumers/exporting_host" -B "$work/exporting" -DZN_UDF_SOURCE="$source" \
+  -DBUILD_SHARED_LIBS=OFF -DCMAKE_CXX_COMPILER="$compiler"
+quietly "building the exporting project" cmake --build "$work/exporting" -j 2
+quietly "installing the exporting project" cmake --install "$work/exporting" --prefix "$work/exported"
+if grep -rIlF -e "$source" -e "$work" "$work/exported" >"$work/named"; then
+  fail "these files of the exporting project name a directory of the machine that built them" "$work/named"
+fi
+[ ! -e "$work/exporting/CPackConfig.cmake" ] || fail "the exporting project has packages of the library"
+[ -e "$work/exported/share/doc/zn_udf/README.md" ] || fail "the documentation is not in the library's directory"
+rm -r "$work/exporting"
+quietly "the client" cmake -S "$consumers/exporting_host/client" -B "$work/client" \
+  -DCMAKE_PREFIX_PATH="$work/exported" -DCMAKE_CXX_COMPILER="$compiler"
+quietly "building the client" cmake --build "$work/client"
+expect_host "a library that another project exports" "$work/client/host"

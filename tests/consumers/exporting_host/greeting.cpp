@@ -1,0 +1,5 @@
+#include <zn_str.h>
+
+#include <string>
+
+std::string greeting() { return zn_lib::stringToUpper("hello"); }
