@@ -47,3 +47,11 @@ endfunction()
 zn_udf_install_text(${PROJECT_SOURCE_DIR}/docs/man/zn_udf.3 zn_udf.3 ${CMAKE_INSTALL_MANDIR}/man3 development)
 zn_udf_install_text(${PROJECT_SOURCE_DIR}/CHANGELOG.md changelog ${CMAKE_INSTALL_DOCDIR} development)
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+
+# `cmake --build BUILD --target uninstall`
+if(ZN_UDF_IS_TOP_LEVEL)
+  set(ZN_UDF_OWN_DIRECTORIES ${ZN_UDF_INCLUDE_DIR} ${ZN_UDF_PACKAGE_DIR} ${CMAKE_INSTALL_DOCDIR})
+  configure_file(cmake/zn_udf-uninstall.cmake.in zn_udf-uninstall.cmake @ONLY)
+  add_custom_target(uninstall COMMAND ${CMAKE_COMMAND} -P ${PROJECT_BINARY_DIR}/zn_udf-uninstall.cmake
+    COMMENT "Removing the installed files" VERBATIM)
+endif()

@@ -85,6 +85,22 @@ expect_host "libs beside the program's directory" "$work/shipped/bin/host"
 rm "$work/shipped/libs/libzn_udf.so.1"
 if "$work/shipped/bin/host" >"$work/log" 2>&1; then fail "the program runs without the library"; fi
 
+# ---- Uninstalling
+
+quietly "installing" cmake --install "$build" --prefix "$work/removed"
+touch "$work/removed/include/zn_udf/other.h"
+quietly "uninstalling" cmake --build "$build" --target uninstall
+find "$work/removed" ! -type d -o -name 'zn_udf*' | LC_ALL=C sort >"$work/files"
+printf '%s\n' "$work/removed/include/zn_udf" "$work/removed/include/zn_udf/other.h" | diff - "$work/files" ||
+  fail "other files than those of the library are left, or missing"
+if cmake --build "$build" --target uninstall >"$work/log" 2>&1; then fail "uninstalling twice"; fi
+grep -q "Nothing has been installed from $build" "$work/log" || fail "the message of uninstalling twice" "$work/log"
+quietly "installing below DESTDIR" env DESTDIR="$work/removed" cmake --install "$build" --prefix /opt/zn
+quietly "uninstalling below DESTDIR" env DESTDIR="$work/removed" cmake --build "$build" --target uninstall
+find "$work/removed/opt" ! -type d -o -name 'zn_udf*' >"$work/files"
+[ ! -s "$work/files" ] || fail "files are left below DESTDIR" "$work/files"
+echo "uninstalling"
+
 # ---- The installed example
 
 quietly "installing the example" sh -c "cmake --install '$build' --prefix '$work/example' &&

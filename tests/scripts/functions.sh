@@ -17,3 +17,14 @@ quietly() {
   shift
   "$@" >"$work/log" 2>&1 || fail "$what" "$work/log"
 }
+
+# code_block FILE LANGUAGE NUMBER [HEADING]: prints a code block of a Markdown file in this language, counted from 1 in
+# the file or, with a heading, in the section below it.
+code_block() {
+  awk -v start="\`\`\`$2" -v number="$3" -v heading="${4:+## $4}" '
+    BEGIN {counts = heading == ""}
+    /^## / && heading != "" {counts = $0 == heading}
+    $0 == "```" {inside = 0}
+    inside
+    $0 == start && counts {inside = ++count == number}' "$1"
+}

@@ -10,19 +10,14 @@ almanac=$2
 library=$3
 shift 3
 compiler="$*"
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+# shellcheck source=tests/scripts/functions.sh
+. "$source/tests/scripts/functions.sh"
 # Ignore the settings of the user.
 export HOME="$work"
 unset XDG_CONFIG_HOME
 
 # block LANGUAGE NUMBER: prints a block of README.md in this language, counted from 1.
-block() {
-  awk -v start="\`\`\`$1" -v number="$2" '
-    $0 == "```" {inside = 0}
-    inside
-    $0 == start {inside = ++count == number}' "$readme"
-}
+block() { code_block "$readme" "$@"; }
 
 # compare WHAT: compares the output with README.md.
 compare() {
