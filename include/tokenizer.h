@@ -3,9 +3,9 @@
 /// number bases.
 ///
 ///     zn_lib::Tokenizer date("2024-05-06 10:20", "-/.,:; ");
-///     date.tokens                ->  {"2024", "05", "06", "10", "20"}
-///     date.getToken(0)           ->  "2024"
-///     date.getToken(9)           ->  ""
+///     date.tokens       ->  {"2024", "05", "06", "10", "20"}
+///     date.getToken(0)  ->  "2024"
+///     date.getToken(9)  ->  ""
 #ifndef ZN_TOKENIZER_H
 #define ZN_TOKENIZER_H
 
@@ -21,6 +21,8 @@ namespace zn_lib {
 /// Writes `text` up to its first NUL, as the stream writes a C string: width and fill apply.
 /// Returns `os`.
 ///
+///     std::cout << String(std::string("ab\0cd", 5));   // standard output: ab
+///
 /// The standard library's inserter writes NULs too. Overload resolution prefers this one in three
 /// cases: inside namespace zn_lib, for a `String` anywhere, and for every string in a host with
 /// `using namespace zn_lib`.
@@ -28,8 +30,9 @@ ZN_UDF_API std::ostream& operator<<(std::ostream& os, std::string text);
 
 /// Sets the number base of a stream, and its flags `showbase` and `uppercase`.
 ///
-///     os << setHexadecimal << 31   ->  "0X1F"
-///     os << setOctal << 8          ->  "010"
+///     std::cout << setHexadecimal << 31;   // standard output: 0X1F
+///     std::cout << setOctal << 8;          // standard output: 010
+///     std::cout << setDecimal << 8;        // standard output: 8
 ///
 /// The flags stay set on the stream; no function of the library clears them.
 /// @{
@@ -39,6 +42,8 @@ ZN_UDF_API std::ostream& setOctal(std::ostream& os);
 /// @}
 
 /// Represents a token. It can be used wherever a std::string can.
+///
+///     String("pear") + " tree"  ->  "pear tree"
 class ZN_UDF_API String : public std::string {
  public:
   String() = default;               ///< creates an empty text
@@ -47,6 +52,8 @@ class ZN_UDF_API String : public std::string {
 
 /// Orders texts as std::string's `<` does: byte by byte as unsigned values, and a prefix before the
 /// longer text.
+///
+///     vector_key()("B", "a")  ->  true
 struct ZN_UDF_API vector_key {
   bool operator()(const std::string& a, const std::string& b) const;  ///< true for `a` before `b`
 };
@@ -57,8 +64,10 @@ struct ZN_UDF_API vector_key {
 /// only if it is not empty. A text without delimiters is one token, so the empty text yields one
 /// empty token.
 ///
-///     "a,b,,c"  ->  "a", "b", "", "c"           "a,b,"  ->  "a", "b"
-///     ",a"      ->  "", "a"                     ","     ->  ""
+///     Tokenizer("a,b,,c", ",").tokens  ->  {"a", "b", "", "c"}
+///     Tokenizer("a,b,", ",").tokens    ->  {"a", "b"}
+///     Tokenizer(",a", ",").tokens      ->  {"", "a"}
+///     Tokenizer(",", ",").tokens       ->  {""}
 ///
 /// Each call of a split function replaces the tokens of the previous call. Its arguments may be
 /// tokens of the same object.
@@ -71,6 +80,10 @@ class ZN_UDF_API Tokenizer {
   Tokenizer(const std::string& text, std::string delimiters);
 
   /// Splits `text` at each character of `delimiters` and returns the number of tokens.
+  ///
+  ///     Tokenizer list;
+  ///     list.split("1-2+3", "+-")  ->  3
+  ///     list.tokens                ->  {"1", "2", "3"}
   ///
   /// `delimiters` is read as the inside of a bracket expression: "a-c" is a range, a leading "^"
   /// negates the set, a backslash escapes (`\d` is any digit), and "]" ends the set early. A hyphen
@@ -90,8 +103,11 @@ class ZN_UDF_API Tokenizer {
   /// Splits `text` at each match of `pattern`, an ECMAScript regular expression, and returns the
   /// number of tokens.
   ///
-  ///     splitMulti("one, two,three", ", ?")  ->  "one", "two", "three"
-  ///     splitMulti("abc", "")                ->  "", "a", "b", "c"
+  ///     Tokenizer list;
+  ///     list.splitMulti("one, two,three", ", ?")  ->  3
+  ///     list.tokens                               ->  {"one", "two", "three"}
+  ///     list.splitMulti("abc", "")                ->  4
+  ///     list.tokens                               ->  {"", "a", "b", "c"}
   ///
   /// A pattern of plain characters, such as ", ", is searched in linear time, whatever the length
   /// of the text. So is a pattern of at most 255 bytes in which all operators are escaped, such as
@@ -104,6 +120,10 @@ class ZN_UDF_API Tokenizer {
 
   /// Sorts the tokens in the order of `vector_key` and returns true. Returns false if there are
   /// fewer than two tokens.
+  ///
+  ///     Tokenizer list("pear,fig", ",");
+  ///     list.sortTokens()  ->  true
+  ///     list.tokens        ->  {"fig", "pear"}
   bool sortTokens();
 
   /// Returns the token at `index`, counted from 0. Returns an empty token if there is none.

@@ -2,8 +2,10 @@
 /// Declares what all families share: the version macros, the export macro, four string constants
 /// and the version symbols.
 ///
-///     #include <zn_common.h>
-///     std::cout << zn_udf_1VersionNumber << '\n';   // 1.1
+///     zn_udf_1VersionNumber                 ->  1.1
+///     zn_lib::BRACKET                       ->  "()"
+///     std::cout << zn_udf_1VersionString;   // standard output:
+///     // @(#)PROGRAM:zn_udf.1  PROJECT:zn_lib-1.1
 ///
 /// A program that is compiled with `_GLIBCXX_DEBUG` cannot use the library, because that macro
 /// changes the layout of `std::vector` and `std::map`. Every header rejects it.

@@ -4,8 +4,8 @@
 ///     zn_lib::DayLength day;
 ///     day.julian = zn_lib::dateToJulian(2024, 6, 21, 12, 0, 0.0);
 ///     day.latitude = 52.0;
-///     day.compute()                        ->  16.6986 (hours)
-///     zn_lib::hourFormat(day.dayLength)    ->  "16:41"
+///     day.compute()                      ->  16.6986   // hours
+///     zn_lib::hourFormat(day.dayLength)  ->  "16:41"
 #ifndef ZN_DAYLENGTH_H
 #define ZN_DAYLENGTH_H
 
@@ -21,10 +21,12 @@ namespace zn_lib {
 /// when the sun's centre is 0.8317 degrees below the horizon. This angle is added to the
 /// declination, not to the altitude, so the result is shorter than the true day:
 ///
-///     latitude 0     by 6.4 to 7.6 minutes: 12 h instead of about 12 h 7 min
-///     latitude 30    by 3.6 to 4.3 minutes
-///     latitude 50    by 2.1 to 2.6 minutes
-///     latitude 60    by 1.1 to 1.9 minutes
+/// | Latitude | Shorter by |
+/// | --- | --- |
+/// | 0 | 6.4 to 7.6 minutes: 12 h instead of about 12 h 7 min |
+/// | 30 | 3.6 to 4.3 minutes |
+/// | 50 | 2.1 to 2.6 minutes |
+/// | 60 | 1.1 to 1.9 minutes |
 ///
 /// These figures come from a comparison with PyEphem (VSOP87) for every day of the years 2000 to
 /// 2050 on the meridian of Greenwich. On the opposite meridian the date is half a day off, which
@@ -37,6 +39,8 @@ namespace zn_lib {
 class ZN_UDF_API DayLength {
  public:
   /// Creates an object whose `dayLength` is a quiet NaN.
+  ///
+  ///     DayLength().dayLength  ->  NAN
   DayLength();
   ~DayLength();  ///< does nothing
 
@@ -45,13 +49,19 @@ class ZN_UDF_API DayLength {
   /// The result is exact from March 1900 to February 2100. The formula counts every fourth year as
   /// a leap year. Outside that range, each century year that is not a leap year adds an error of
   /// one day, and day lengths drift accordingly.
+  ///
+  ///     day.FNday()  ->  8938.0
   double FNday();
 
   /// Returns `angle` reduced to the range 0 to 2 pi, or NaN for an infinity.
+  ///
+  ///     day.FNrange(-1.0)  ->  5.2832
   double FNrange(double angle);
 
   /// Returns the sun's ecliptic longitude `d` days after 1 January 2000, 12:00. Stores
   /// `meanLongitude` and `meanAnomaly`.
+  ///
+  ///     day.FNsun(8938.0)  ->  1.5814
   double FNsun(double d);
 
   /// Returns half the arc of daylight: the sun's hour angle at sunset for `declination` and
@@ -62,11 +72,17 @@ class ZN_UDF_API DayLength {
   /// than twelve hours.
   ///
   /// The result is clamped to pi in polar day. In polar night it is NaN.
+  ///
+  ///     day.hourAngle(0.0)  ->  1.5894
   double hourAngle(double declination);
 
   /// Returns the day length in hours for `julian` and `latitude`, and stores it in `dayLength`.
   ///
   /// The result is 24.0 in polar day, NaN in polar night, and exactly 12.0 on the equator.
+  ///
+  ///     day.compute()  ->  16.6986
+  ///     day.latitude = 80.0;
+  ///     day.compute()  ->  24.0
   double compute();
 
   /// Returns the sum of `compute()` at `julian` and at |`count`| more instants. Restores `julian`
@@ -78,6 +94,9 @@ class ZN_UDF_API DayLength {
   ///
   /// The running time is proportional to `count`, up to some minutes for the largest int. The
   /// result is 0.0 for the most negative int.
+  ///
+  ///     day.latitude = 0.0;
+  ///     day.cumulative(2)  ->  36.0
   double cumulative(int count);
 
   unsigned long long julian = 0;  ///< the date as a Julian value; set by the host

@@ -2,8 +2,10 @@
 /// Creates, lists and copies directories, and changes the working directory.
 ///
 ///     std::vector<std::string> entries;
-///     zn_lib::listDir("src", "\\.cpp$", true, entries);   // adds the names that end in ".cpp"
-///     zn_lib::listDir("", "<dir>", true, entries);        // adds the subdirectories here
+///     zn_lib::listDir("src", "\\.cpp$", true, entries)  ->  true
+///     entries                                           ->  {"main.cpp"}
+///     zn_lib::listDir("", "<dir>", true, entries)       ->  true
+///     entries                                           ->  {"main.cpp", "src"}
 ///
 /// The return value reports a failure, but `copyDir` does not report failures of single files.
 /// Listing and copying also report a failure through `errorMessage`, which prints in verbose mode
@@ -20,10 +22,17 @@ namespace zn_lib {
 
 /// Changes the working directory of the whole process. Returns true on success. "~" is not
 /// expanded.
+///
+///     changeDir("src")  ->  true
+///     changeDir("..")   ->  true
 ZN_UDF_API bool changeDir(const std::string& dir);
 
 /// Creates a directory with the permissions 0770, less the umask. Returns true on success, and
 /// false if the directory exists. Creates no parents and does not expand "~".
+///
+///     createDir("logs")      ->  true
+///     createDir("logs")      ->  false   // it exists
+///     createDir("new/logs")  ->  false   // it would need a parent
 ZN_UDF_API bool createDir(const std::string& dir);
 
 /// Appends the names of the entries of `dir` to `entries`, without the directory and in the
@@ -57,6 +66,10 @@ ZN_UDF_API bool listDir(std::string dir, const std::string& filter, bool skipHid
 /// false, with a message, if a name is empty, `source` does not exist, or `target` cannot be
 /// created. If `source` exists but cannot be listed, such as a plain file, the message is "Couldn't
 /// open the directory", and the result is true: `target` is created, and nothing is copied.
+///
+///     std::string source = "src";
+///     std::string target = "copy";
+///     copyDir(source, target)  ->  true
 ZN_UDF_API bool copyDir(std::string& source, std::string& target);
 
 }  // namespace zn_lib

@@ -2,17 +2,20 @@
 /// Reads numbered error messages from XML catalogs and prints them, or the system's last error.
 ///
 ///     std::map<int, std::string, zn_lib::error_order> catalog;
-///     zn_lib::readErrorFile("errors.xml", catalog);
+///     zn_lib::readErrorFile("errors.xml", catalog)  ->  true
+///     catalog[1]                                    ->  "Text of error one"
 ///     zn_lib::setVerbose(true);
 ///     zn_lib::showErrorMessage(catalog, 2);   // standard error: ERROR: #2<tab>Text of error two
 ///
 /// A catalog is an XML file of this form. The root element may have any name.
 ///
-///     <?xml version="1.0" encoding="UTF-8"?>
-///     <ERRORS>
-///     <ERROR><ID>1</ID><MESSAGE>Text of error one</MESSAGE></ERROR>
-///     <ERROR><ID>2</ID><MESSAGE>Text of error two</MESSAGE></ERROR>
-///     </ERRORS>
+/// ```xml
+/// <?xml version="1.0" encoding="UTF-8"?>
+/// <ERRORS>
+/// <ERROR><ID>1</ID><MESSAGE>Text of error one</MESSAGE></ERROR>
+/// <ERROR><ID>2</ID><MESSAGE>Text of error two</MESSAGE></ERROR>
+/// </ERRORS>
+/// ```
 ///
 /// Write the elements of one error directly after one another. Text after `</ID>` replaces the
 /// number, and text after `</MESSAGE>` replaces the message. A line break there makes the number 0,
@@ -25,14 +28,28 @@
 ///
 /// The parser delivers a message in pieces. It splits the message at each reference, line break,
 /// comment and edge of a CDATA section, and after each 8192 bytes of the file. Only the last piece
-/// is kept, without its leading whitespace:
+/// is kept, without its leading whitespace. From these errors
 ///
-///     Tom &amp; Jerry            ->  "Jerry"
-///     Tom &amp;amp; Jerry        ->  "amp; Jerry"
-///     less than &lt;             ->  "<"
-///     one<!-- two -->three       ->  "three"
-///     <![CDATA[Tom & Jerry]]>    ->  "Tom & Jerry"
-///     one <![CDATA[& two]]>      ->  "& two"
+/// ```xml
+/// <ERRORS>
+/// <ERROR><ID>1</ID><MESSAGE>Tom &amp; Jerry</MESSAGE></ERROR>
+/// <ERROR><ID>2</ID><MESSAGE>Tom &amp;amp; Jerry</MESSAGE></ERROR>
+/// <ERROR><ID>3</ID><MESSAGE>less than &lt;</MESSAGE></ERROR>
+/// <ERROR><ID>4</ID><MESSAGE>one<!-- two -->three</MESSAGE></ERROR>
+/// <ERROR><ID>5</ID><MESSAGE><![CDATA[Tom & Jerry]]></MESSAGE></ERROR>
+/// <ERROR><ID>6</ID><MESSAGE>one <![CDATA[& two]]></MESSAGE></ERROR>
+/// </ERRORS>
+/// ```
+///
+/// it reads these messages:
+///
+///     zn_lib::readErrorFile("pieces.xml", catalog);
+///     catalog[1]  ->  "Jerry"
+///     catalog[2]  ->  "amp; Jerry"
+///     catalog[3]  ->  "<"
+///     catalog[4]  ->  "three"
+///     catalog[5]  ->  "Tom & Jerry"
+///     catalog[6]  ->  "& two"
 ///
 /// Put a message with such characters into one CDATA section, on one line. A message whose end tag
 /// is on a line of its own is empty.
@@ -54,6 +71,8 @@
 namespace zn_lib {
 
 /// Orders error numbers from low to high.
+///
+///     error_order()(1, 2)  ->  true
 struct ZN_UDF_API error_order {
   bool operator()(int a, int b) const;  ///< returns `a` < `b`
 };
@@ -61,6 +80,11 @@ struct ZN_UDF_API error_order {
 extern template class XmlEvent<std::map<int, std::string, error_order>>;
 
 /// Fills a map from error number to message while a catalog is parsed.
+///
+///     ErrorEvent handler;
+///     handler.OnStartElement("ID", nullptr); handler.tag  ->  "ID"
+///     handler.OnCharacterData(" 7", 2); handler.id        ->  7
+///     handler.OnEndElement("ERROR"); handler.data         ->  {{7, ""}}
 class ZN_UDF_API ErrorEvent final : public XmlEvent<std::map<int, std::string, error_order>> {
  public:
   /// Creates a handler that has read nothing.
@@ -76,6 +100,10 @@ class ZN_UDF_API ErrorEvent final : public XmlEvent<std::map<int, std::string, e
   void OnCharacterData(const XML_Char* text, int length) override;
 
   /// Copies the messages read into `catalog`. They replace messages with the same number.
+  ///
+  ///     ErrorEvent handler;
+  ///     handler.data[7] = "No such place";
+  ///     handler.exportData(catalog); catalog[7]  ->  "No such place"
   void exportData(std::map<int, std::string, error_order>& catalog);
 
   std::string tag;      ///< the element that started or ended last
@@ -95,14 +123,27 @@ ZN_UDF_API bool readErrorFile(std::string fileName,
 
 /// Prints "#", the number, a tab and the message through `errorMessage`. A number that is missing
 /// in `catalog` is added with an empty message, even in quiet mode.
+///
+///     showErrorMessage(catalog, 7);   // standard error: ERROR: #7<tab>No such place
 ZN_UDF_API void showErrorMessage(std::map<int, std::string, error_order>& catalog, int id);
 
 /// Prints a heading and all errors through `display`, in the order of their numbers and between two
 /// lines of hyphens.
+///
+///     catalog = {{1, "No such place"}, {2, "No such date"}};
+///     showErrorList(catalog);   // standard output:
+///     // Error list
+///     // ----------------------------------------------------------------------
+///     // 1 No such place
+///     // 2 No such date
+///     // ----------------------------------------------------------------------
 ZN_UDF_API void showErrorList(std::map<int, std::string, error_order>& catalog);
 
-/// Prints the C library's last error through `errorMessage`: "System error #2. No such file or
-/// directory". The text is in the language of the current C locale.
+/// Prints the C library's last error through `errorMessage`. The text is in the language of the
+/// current C locale.
+///
+///     errno = ENOENT;
+///     systemError();   // standard error: ERROR: System error #2. No such file or directory
 ZN_UDF_API void systemError();
 
 }  // namespace zn_lib

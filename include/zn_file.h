@@ -2,10 +2,9 @@
 /// Splits and joins file names, and operates on whole files.
 ///
 ///     std::string name = "C:\\tmp\\x.txt";
-///     zn_lib::name_of_file parts = zn_lib::splitFileName(name);
-///     parts.path, parts.name, parts.extension            ->  "C:/tmp/", "x", "txt"
-///     name                                               ->  "C:/tmp/x.txt"
-///     zn_lib::createFileName("~/conf", "app", "xml")     ->  "/home/ada/conf/app.xml"
+///     zn_lib::splitFileName(name)                     ->  {"C:/tmp/", "x", "txt"}
+///     name                                            ->  "C:/tmp/x.txt"
+///     zn_lib::createFileName("~/conf", "app", "xml")  ->  "/home/ada/conf/app.xml"
 ///
 /// The name functions work on text alone and touch no file. A backslash separates directories as
 /// "/" does. A function that analyses a name first turns each backslash into "/", in the caller's
@@ -32,7 +31,13 @@ struct name_of_file {
   std::string extension;  ///< the last extension without its dot, or empty
 };
 
-/// Stores the name of a file in its parts. This is the base class of the file objects.
+/// Stores the name of a file in its parts. This is the base class of the file objects, such as
+/// `ReadFile`:
+///
+///     ReadFile notes;
+///     name = "~/notes.txt";
+///     notes.setFileName(name); notes.nameParts  ->  {"~/", "notes", "txt"}
+///     notes.getFileName()                       ->  "/home/ada/notes.txt"
 class ZN_UDF_API FileName {
  public:
   virtual ~FileName();  ///< does nothing
@@ -58,10 +63,16 @@ class ZN_UDF_API FileName {
 // ---- Names
 
 /// Appends "/" to `dir` unless `dir` is empty or ends in "/".
+///
+///     std::string dir = "logs";
+///     addEndSlash(dir); dir  ->  "logs/"
 ZN_UDF_API void addEndSlash(std::string& dir);
 
 /// Removes leading whitespace from `name` and replaces its first "~" by the environment variable
-/// HOME. The "~" may be anywhere: "a~b" becomes "a/home/adab". If HOME is not set, "~" stays.
+/// HOME. The "~" may be anywhere. If HOME is not set, "~" stays.
+///
+///     name = "~/notes"; checkHomePath(name); name  ->  "/home/ada/notes"
+///     name = "a~b"; checkHomePath(name); name      ->  "a/home/adab"
 ZN_UDF_API void checkHomePath(std::string& name);
 
 /// Splits `name` into its directory, base name and last extension.
@@ -70,14 +81,14 @@ ZN_UDF_API void checkHomePath(std::string& name);
 /// its last dot, even if that dot is in a directory name. The part before the dot is cut after its
 /// last slash. A dot or slash counts only if there is text on both sides of it:
 ///
-///     splitFileName("src/zn_str.cpp")  ->  "src/", "zn_str",  "cpp"
-///     splitFileName("dir.d/file")      ->  "",     "dir",     "d/file"
-///     splitFileName("../logs/x")       ->  "",     ".",       "/logs/x"
-///     splitFileName("src/.profile")    ->  "",     "src/",    "profile"
-///     splitFileName(".bashrc")         ->  "",     ".bashrc", ""
-///     splitFileName("a.b.")            ->  "",     "a",       "b."
-///     splitFileName("/etc")            ->  "",     "/etc",    ""
-///     splitFileName("dir/")            ->  "",     "dir/",    ""
+///     splitFileName(name = "src/zn_str.cpp")  ->  {"src/", "zn_str",  "cpp"}
+///     splitFileName(name = "dir.d/file")      ->  {"",     "dir",     "d/file"}
+///     splitFileName(name = "../logs/x")       ->  {"",     ".",       "/logs/x"}
+///     splitFileName(name = "src/.profile")    ->  {"",     "src/",    "profile"}
+///     splitFileName(name = ".bashrc")         ->  {"",     ".bashrc", ""}
+///     splitFileName(name = "a.b.")            ->  {"",     "a",       "b."}
+///     splitFileName(name = "/etc")            ->  {"",     "/etc",    ""}
+///     splitFileName(name = "dir/")            ->  {"",     "dir/",    ""}
 ///
 /// A name that contains a line feed or a carriage return yields three empty parts.
 ZN_UDF_API name_of_file splitFileName(std::string& name);
@@ -85,11 +96,16 @@ ZN_UDF_API name_of_file splitFileName(std::string& name);
 /// Returns `name` without its last extension and dot; the directory stays. Each backslash in `name`
 /// first becomes "/", in the caller's string too. The extension is that of `splitFileName`. A name
 /// with a line break has none.
+///
+///     stripExtension(name = "logs/run.tar.gz")  ->  "logs/run.tar"
 ZN_UDF_API std::string stripExtension(std::string& name);
 
 /// Joins the parts of a name. `dir` passes through `checkHomePath`, each backslash in it becomes
 /// "/", and a "/" is appended if it does not end in one. `name` and `ext` stay as they are. An
 /// empty `dir` or `ext` adds nothing, not even its "/" or dot.
+///
+///     createFileName("logs", "run", "txt")  ->  "logs/run.txt"
+///     createFileName("", "run", "")         ->  "run"
 ZN_UDF_API std::string createFileName(std::string dir, const std::string& name,
                                       const std::string& ext);
 
@@ -106,11 +122,17 @@ ZN_UDF_API std::string createFileName(std::string dir, const std::string& name,
 /// Returns true once the copy was attempted, even if the target cannot be created or the disk is
 /// full. Check the target where it matters. Copying a file onto itself with `overwrite` leaves it
 /// empty.
+///
+///     fileCopy("notes.txt", "copy.txt", false)      ->  true
+///     fileCopy("notes.txt", "copy.txt", false)      ->  false   // the target exists
+///     fileCopy("notes.txt", "new/copy.txt", false)  ->  true    // there is no directory "new"
 ZN_UDF_API bool fileCopy(const std::string& source, const std::string& target, bool overwrite);
 
 /// Renames a file and returns true on success. If `overwrite` is true, an existing `newName` is
 /// removed first, and is lost if the renaming then fails. Renaming a file onto itself with
 /// `overwrite` therefore deletes it.
+///
+///     fileRename("copy.txt", "old.txt", false)  ->  true
 ///
 /// Returns false and changes nothing in these cases:
 ///
@@ -121,6 +143,8 @@ ZN_UDF_API bool fileRename(const std::string& oldName, const std::string& newNam
 
 /// Moves the file to its backup name, `name` followed by "~", and replaces an earlier backup.
 /// Afterwards there is no file called `name`. Returns true on success.
+///
+///     createBackup("old.txt")  ->  true   // the file is now called old.txt~
 ZN_UDF_API bool createBackup(const std::string& name);
 
 /// Prints the bytes of a file in rows of `width`, in hexadecimal and as ASCII characters. Returns
@@ -132,10 +156,12 @@ ZN_UDF_API bool createBackup(const std::string& name);
 /// The end of the file is printed as one more entry, "ffffffff"; so is a failed read. If that entry
 /// leaves its row incomplete, the characters of the row are not printed:
 ///
-///      0  1  2  3   0123
-///
-///     48 65 6c 6c   Hell
-///     6f ffffffff
+///     setVerbose(true);
+///     hexDump("notes.txt", 4)  ->  true   // standard output:
+///     //  0  1  2  3   0123
+///     //
+///     // 48 65 6c 6c   Hell
+///     // 6f 0a ffffffff
 ///
 /// If the entry completes its row, it appears as "." among the characters. A `width` below 1 leaves
 /// the header without columns and prints one byte in each row.

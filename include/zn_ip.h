@@ -4,7 +4,7 @@
 ///     zn_lib::IPv4 address;
 ///     address.set("10.20.0.0")   ->  true
 ///     address.getLevel()         ->  1
-///     address.set("127.0.0.1")   ->  false, since only the digits 0 to 5 are accepted
+///     address.set("127.0.0.1")   ->  false   // only the digits 0 to 5 are accepted
 #ifndef ZN_IP_H
 #define ZN_IP_H
 
@@ -28,7 +28,12 @@ class ZN_UDF_API IPv4 {
   /// platform's `inet_pton` rejects the text.
   ///
   /// Only addresses written with the digits 0 to 5 are accepted: "10.0.0.1" and "255.255.255.0",
-  /// but neither "192.168.0.1" nor "8.8.8.8". Set those as a value: `set(inet_addr("8.8.8.8"))`.
+  /// but neither "192.168.0.1" nor "8.8.8.8". Set those as a value:
+  ///
+  ///     address.set("10.0.0.1")            ->  true
+  ///     address.set("8.8.8.8")             ->  false
+  ///     address.set(inet_addr("8.8.8.8"))  ->  true
+  ///     address.text()                     ->  "8.8.8.8"
   bool set(const std::string& text);
 
   /// Sets the address from a value in network byte order. Every value is valid. Always returns
@@ -37,6 +42,8 @@ class ZN_UDF_API IPv4 {
 
   /// Returns true if `text` is four parts separated by dots, each of one to three digits from 0 to
   /// 5. Parts above 255 and leading zeros are accepted here, but not by `set`.
+  ///
+  ///     address.validFormat("555.0.0.0")  ->  true
   bool validFormat(const std::string& text) const;
 
   /// Sets `blocks` to the first four dotted parts of `text`. Each part is read by `std::stoi` and
@@ -44,23 +51,37 @@ class ZN_UDF_API IPv4 {
   ///
   /// Throws std::invalid_argument if a part is empty or not a number, and std::out_of_range if it
   /// does not fit in an int. The blocks before that part are then set, and the others are 0.
+  ///
+  ///     address.textToBlocks("192.168.0.1"); address.blocks[1]  ->  168
   void textToBlocks(const std::string& text);
 
   /// Sets `blocks` to the bytes of `value`, which is in network byte order. `binary` is unchanged.
+  ///
+  ///     address.binaryToBlocks(inet_addr("10.0.30.0")); address.blocks[2]  ->  30
   void binaryToBlocks(unsigned int value);
 
   /// Sets `binary` to the address in `blocks`. Always returns 1, like a successful `inet_pton`.
+  ///
+  ///     address.blocksToBinary()  ->  1
   int blocksToBinary();
 
   /// Returns `binary` as dotted text.
+  ///
+  ///     address.text()  ->  "10.0.30.0"
   std::string text() const;
 
   /// Returns the index, 0 to 3, of the last block that is not zero: 0 for 10.0.0.0, 2 for
   /// 10.0.30.0. Returns -1 if all blocks are zero.
+  ///
+  ///     address.getLevel()  ->  2
   int getLevel() const;
 };
 
 /// Represents an IPv6 address. A new object is "::". Prints nothing.
+///
+///     IPv6 six;
+///     six.set("2001:db8:0:0:0:0:0:1")  ->  true
+///     six.text()                       ->  "2001:db8::1"
 class ZN_UDF_API IPv6 {
  public:
   in6_addr binary = {};  ///< 16 bytes in network byte order

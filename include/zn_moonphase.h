@@ -1,12 +1,14 @@
 /// \file
 /// Computes the moon's position relative to the sun, the lit fraction of its disc, and its phase.
 ///
+///     zn_lib::setUseTime(true);
+///     double julian = zn_lib::dateToJulian(2024, 1, 26, 0, 0, 0.0);
 ///     zn_lib::MoonPhase moon;
-///     moon.days = julian / 86400000.0 - 2444238.5;   // from a Julian value: 26 January 2024, 0:00
+///     moon.days = julian / 86400000.0 - 2444238.5;
 ///     moon.compute();
-///     moon.phaseAngle    ->  182.79 (degrees)
-///     moon.illuminated   ->  0.99941
-///     moon.phase         ->  4 (full moon)
+///     moon.phaseAngle   ->  182.79   // degrees
+///     moon.illuminated  ->  0.99941
+///     moon.phase        ->  4        // full moon
 #ifndef ZN_MOONPHASE_H
 #define ZN_MOONPHASE_H
 
@@ -46,12 +48,19 @@ class ZN_UDF_API MoonPhase {
   int phase = 0;
 
   /// Returns the sun's ecliptic longitude, 0 to 360.
+  ///
+  ///     moon.sunPosition()  ->  305.54
   double sunPosition();
 
   /// Returns the moon's ecliptic longitude, which may be slightly outside 0 to 360.
+  ///
+  ///     moon.moonPosition()  ->  128.33
   double moonPosition();
 
   /// Fills `phaseAngle`, `illuminated` and `phase` for `days`.
+  ///
+  ///     moon.days += 7.0;
+  ///     moon.compute(); moon.phase  ->  6   // last quarter
   void compute();
 };
 

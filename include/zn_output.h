@@ -18,6 +18,8 @@
 namespace zn_lib {
 
 /// Turns the verbose flag on or off. The library never calls this function.
+///
+///     setVerbose(true); isVerbose()  ->  true
 ZN_UDF_API void setVerbose(bool on);
 
 /// Returns the verbose flag.
@@ -25,21 +27,31 @@ ZN_UDF_API bool isVerbose();
 
 /// Writes `text` to standard output if the verbose flag is on. There is no newline and no flush, so
 /// several calls can build one line.
+///
+///     display("3 files"); display(", 2 directories");   // standard output: 3 files, 2 directories
 ZN_UDF_API void display(const std::string& text);
 
 /// Writes `text` as a line to standard output if the verbose flag is on and `text` is not empty.
+///
+///     message("3 files");   // standard output: 3 files
 ZN_UDF_API void message(const std::string& text);
 
 /// Writes "ERROR: " and `text` as a line to standard error if the verbose flag is on and `text` is
 /// not empty.
+///
+///     errorMessage("disk full");   // standard error: ERROR: disk full
 ZN_UDF_API void errorMessage(const std::string& text);
 
 /// Writes "DEBUG: " and `text` as a line to standard output, whatever the verbose flag and even if
 /// `text` is empty.
+///
+///     debugMessage("x = 3");   // standard output: DEBUG: x = 3
 ZN_UDF_API void debugMessage(const std::string& text);
 
 /// Writes `text` in square brackets as a line to standard output if the verbose flag is on and
 /// `text` is not empty.
+///
+///     processTitle("Copy");   // standard output: [Copy]
 ZN_UDF_API void processTitle(const std::string& text);
 
 // All prompts ignore the verbose flag. Each one flushes `std::cout` and reads one line with
@@ -70,15 +82,21 @@ ZN_UDF_API void processTitle(const std::string& text);
 // terminal, libedit catches no signal.
 
 /// Asks `Press <Enter> to continue ` and waits for a line.
+///
+///     pauseKey();   // returns at the end of input, too
 ZN_UDF_API void pauseKey();
 
 /// Asks "Press Q to quit, any other key to continue ". Returns false if the answer begins with q or
 /// Q, and true otherwise. An empty answer is also true, so `while (more())` continues at the end
 /// of input.
+///
+///     more()  ->  true   // at the end of input
 ZN_UDF_API bool more();
 
 /// Asks `prompt`, exactly as given. Returns true if the answer begins with y or Y, and false
 /// otherwise. An empty answer is also false.
+///
+///     yesOrNo("Overwrite? ")  ->  false   // at the end of input
 ZN_UDF_API bool yesOrNo(const std::string& prompt);
 
 }  // namespace zn_lib

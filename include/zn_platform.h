@@ -1,8 +1,8 @@
 /// \file
 /// Describes the machine: its operating system and its byte order.
 ///
-///     zn_lib::getOSName()     ->  "Linux"
-///     zn_lib::getOSRelease()  ->  "6.1.0-18-amd64"
+///     zn_lib::getOSName()     ->  "Linux"            // for instance
+///     zn_lib::getOSRelease()  ->  "6.1.0-18-amd64"   // for instance
 ///     zn_lib::IsBigEndian()   ->  false
 #ifndef ZN_PLATFORM_H
 #define ZN_PLATFORM_H
@@ -15,12 +15,13 @@ namespace zn_lib {
 
 /// Writes six lines to standard output, whatever the verbose flag, and flushes each one:
 ///
-///     Platform information
-///     ------------------------------
-///     Name of OS          : Linux
-///     Release level       : 6.1.0-18-amd64
-///     Hardware type       : x86_64
-///     Name of network node: fileserver
+///     platformInfo();   // for instance, standard output:
+///     // Platform information
+///     // ------------------------------
+///     // Name of OS          : Linux
+///     // Release level       : 6.1.0-18-amd64
+///     // Hardware type       : x86_64
+///     // Name of network node: fileserver
 ///
 /// Returns false and writes nothing if `uname` fails.
 ZN_UDF_API bool platformInfo();
@@ -39,10 +40,14 @@ ZN_UDF_API std::string getOSRelease();
 /// Always returns false.
 ZN_UDF_API bool IsBigEndian();
 
-/// Returns `value` unchanged: rotate2b(-2) is -2.
+/// Returns `value` unchanged.
+///
+///     rotate2b(-2)  ->  -2
 ZN_UDF_API short rotate2b(short value);
 
-/// Returns `value` unchanged: rotate4b(0x12345678) is 0x12345678.
+/// Returns `value` unchanged.
+///
+///     rotate4b(0x12345678)  ->  0x12345678
 ZN_UDF_API unsigned int rotate4b(unsigned int value);
 
 }  // namespace zn_lib

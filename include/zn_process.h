@@ -1,7 +1,7 @@
 /// \file
 /// Runs programs in child processes.
 ///
-///     zn_lib::childProcess("~/bin/report", "2026-06-01", true);   // runs it and waits for its end
+///     zn_lib::childProcess("/bin/echo", "done", true)  ->  0   // standard output: done
 #ifndef ZN_PROCESS_H
 #define ZN_PROCESS_H
 

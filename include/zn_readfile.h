@@ -1,10 +1,13 @@
 /// \file
 /// Reads a named file.
 ///
-///     zn_lib::ReadFile notes;
-///     std::string name = "~/notes.txt";
+///     zn_lib::ReadFile notes;   // closed, and without a name
+///     std::string name = "notes.txt";
 ///     notes.setFileName(name);
-///     if (notes.fileOpen()) notes.cat();   // prints the file
+///     notes.fileOpen()  ->  true
+///     std::string line;
+///     std::getline(notes.file, line);
+///     line              ->  "Hello"
 #ifndef ZN_READFILE_H
 #define ZN_READFILE_H
 
@@ -34,6 +37,8 @@ class ZN_UDF_API ReadFile : public FileName {
   bool fileOpen();
 
   /// Closes the file if it is open. Sets the stream's fail state on failure.
+  ///
+  ///     notes.fileClose(); notes.file.is_open()  ->  false
   void fileClose();
 
   /// Prints the rest of the file to standard output line by line, whatever the verbose flag.
@@ -42,6 +47,11 @@ class ZN_UDF_API ReadFile : public FileName {
   /// An extra empty line follows if the file is empty or ends in a newline. A line of more than
   /// 1023 bytes is cut there and ends the output; the result is still true. A line ends at its
   /// first NUL. Up to 256 KiB of a regular file are read before they are printed together.
+  ///
+  ///     notes.fileOpen();
+  ///     notes.cat()  ->  true   // standard output:
+  ///     // Hello
+  ///     //
   bool cat();
 
   /// Whether to open in binary mode; false by default.

@@ -3,10 +3,11 @@
 /// which stores the data in a map. Error catalogs (`zn_error.h`) and settings (`zn_setcfg.h`) are
 /// read this way.
 ///
-///     zn_lib::ReadXml<zn_lib::ErrorEvent> reader;
+///     zn_lib::ReadXml<zn_lib::ErrorEvent> reader;   // owns an ErrorEvent
 ///     std::string name = "errors.xml";
 ///     reader.setFileName(name);
-///     if (reader.parseFile()) reader.event->exportData(catalog);
+///     reader.parseFile()     ->  true
+///     reader.event->data[2]  ->  "Text of error two"
 #ifndef ZN_READXML_H
 #define ZN_READXML_H
 
@@ -46,6 +47,8 @@ class ZN_UDF_API XmlEvent : public XMLEvtHandler {
 
   /// Returns the first `length` bytes of `text`, or those before its first NUL, without leading
   /// whitespace. Trailing whitespace stays.
+  ///
+  ///     reader.event->skipWhiteSpace("  a b ", 6)  ->  "a b "
   std::string skipWhiteSpace(const char* text, int length);
 };
 

@@ -2,8 +2,7 @@
 /// Derives numbered file names.
 ///
 ///     std::string name = "report.txt";   // in a directory that contains report.txt
-///     zn_lib::sequentialFile(name);
-///     name                               ->  "report-1.txt"
+///     zn_lib::sequentialFile(name); name  ->  "report-1.txt"
 #ifndef ZN_SEQFILE_H
 #define ZN_SEQFILE_H
 

@@ -2,21 +2,24 @@
 /// Keeps settings in an XML file.
 ///
 ///     zn_lib::Configuration settings("TOOL", "tool");   // tool.cfg in the working directory
-///     settings.load();                                  // a missing file is not a failure
-///     settings.set("colour", "blue");
-///     settings.get("colour").value                      ->  "blue"
+///     settings.load()                ->  true           // a missing file is not a failure
+///     settings.set("colour", "blue");                   // a new key describes itself
+///     settings.get("colour").value   ->  "blue"
+///     settings.save()                ->  true
 ///
 /// A store that was changed saves itself when it is destroyed. Each entry is a line of the file:
 ///
-///     <?xml version="1.0" encoding="UTF-8"?>
-///     <CONFIGURATION type='TOOL'>
-///     <UPDATE data_type='DATE' describe='Date of update in ISO9601'>2024-03-05 14:07:09</UPDATE>
-///     <colour data_type='TEXT' describe='colour'>blue</colour>
-///     </CONFIGURATION>
+/// ```xml
+/// <?xml version="1.0" encoding="UTF-8"?>
+/// <CONFIGURATION type='TOOL'>
+/// <UPDATE data_type='DATE' describe='Date of update in ISO9601'>2024-03-05 14:07:09</UPDATE>
+/// <colour data_type='TEXT' describe='colour'>blue</colour>
+/// </CONFIGURATION>
+/// ```
 ///
 /// Nothing is escaped, so keys must be XML names. A value with a bare "<" or "&", a description or
 /// type with an apostrophe, or a key with whitespace makes the file malformed. The next `load` then
-/// loses that entry and all that follow it, without a message.
+/// reads at most the beginning of that entry, and none of those that follow it, without a message.
 #ifndef ZN_SETCFG_H
 #define ZN_SETCFG_H
 
@@ -33,6 +36,8 @@
 namespace zn_lib {
 
 /// Orders keys byte by byte as unsigned values, and a prefix before the longer key.
+///
+///     map_key<std::string>()("Size", "colour")  ->  true
 template <class T>
 struct ZN_UDF_API map_key {
   bool operator()(T a, T b) const;  ///< true for `a` before `b`
@@ -50,6 +55,8 @@ extern template struct map_key<std::string>;
 class ZN_UDF_API ConfigElement {
  public:
   /// Creates an empty setting of the type "TEXT".
+  ///
+  ///     ConfigElement().type  ->  "TEXT"
   ConfigElement();
 
   std::string value;     ///< the value of the setting
@@ -69,6 +76,12 @@ extern template class XmlEvent<config_map>;
 /// "CONFIGURATION". Its first attribute is the type and its second the description, whatever they
 /// are called. Text that the parser delivers in pieces is joined, and each piece loses its leading
 /// whitespace: "a &amp; b" is read as "a &b".
+///
+///     ConfigEvent handler;
+///     const XML_Char* attributes[] = {"data_type", "NUMBER", nullptr};
+///     handler.OnStartElement("size", attributes); handler.data["size"].type  ->  "NUMBER"
+///     handler.OnCharacterData(" 7", 2); handler.data["size"].value           ->  "7"
+///     handler.OnEndElement("size"); handler.element                          ->  ""
 class ZN_UDF_API ConfigEvent final : public XmlEvent<config_map> {
  public:
   /// Creates a handler that has read nothing.
@@ -84,6 +97,11 @@ class ZN_UDF_API ConfigEvent final : public XmlEvent<config_map> {
   void OnCharacterData(const XML_Char* text, int length) override;
 
   /// Copies the settings read into `target`. They replace settings with the same key.
+  ///
+  ///     ConfigEvent handler;
+  ///     handler.data["size"].value = "7";
+  ///     config_map target;
+  ///     handler.exportData(target); target["size"].value  ->  "7"
   void exportData(config_map& target);
 };
 
@@ -119,17 +137,29 @@ class ZN_UDF_API Configuration {
   void set(const std::string& key, const std::string& value);
 
   /// Stores a setting under `key`. Note the order: the type comes before the value.
+  ///
+  ///     Configuration other("TOOL", "other");
+  ///     other.set("size", "NUMBER", "7", "Size in millimetres");
+  ///     other.get("size").type  ->  "NUMBER"
   void set(const std::string& key, const std::string& type, const std::string& value,
            const std::string& describe);
 
   /// Returns a copy of the setting under the trimmed `key`. Returns an empty setting of the type
   /// "TEXT" if there is none.
+  ///
+  ///     settings.get(" colour ").value  ->  "blue"
+  ///     settings.get("weight").value    ->  ""
   ConfigElement get(const std::string& key);
 
   /// Removes leading and trailing whitespace from `key`, and nothing else.
+  ///
+  ///     std::string key = " Size ";
+  ///     settings.adjustKey(key); key  ->  "Size"
   void adjustKey(std::string& key);
 
   /// Returns the name of the file, or the empty text if `name` is empty.
+  ///
+  ///     settings.getConfigurationFile()  ->  "tool.cfg"
   std::string getConfigurationFile();
 
   /// Writes the file. If `backup` is set, the existing file becomes the backup, whose name ends in
@@ -162,6 +192,16 @@ class ZN_UDF_API Configuration {
   bool save();
 
   /// Prints descriptions and values as a table to standard output, whatever the verbose flag.
+  ///
+  ///     Configuration other("TOOL", "other");
+  ///     other.set("size", "NUMBER", "7", "Size in millimetres");
+  ///     other.listConfiguration();   // standard output:
+  ///     //
+  ///     // [ TOOL ]
+  ///     // Description         Value
+  ///     // -----------         -----
+  ///     // Size in millimetres 7
+  ///     //
   void listConfiguration();
 
   config_map elements;    ///< the settings

@@ -22,8 +22,10 @@ namespace zn_lib {
 /// Returns false after printing a line to standard error, whatever the verbose flag and without
 /// "ERROR: ":
 ///
-///     No command processor available     there is no shell, or it cannot be started
-///     Problem executing command          the status of the shell is not available
+/// | Line | Reason |
+/// | --- | --- |
+/// | No command processor available | there is no shell, or it cannot be started |
+/// | Problem executing command | the status of the shell is not available |
 ///
 /// The result is always false in a process that ignores SIGCHLD, since the system then reaps the
 /// shell itself. With glibc, the command does not run in such a process.

@@ -1,11 +1,14 @@
 /// \file
 /// Writes a named file.
 ///
-///     zn_lib::WriteFile log;
+///     zn_lib::WriteFile log;   // closed, and without a name
 ///     std::string name = "run.log";
 ///     log.setFileName(name);
 ///     log.append = true;
-///     if (log.fileOpen()) log.file << "started\n";
+///     log.fileOpen()   ->  true
+///     log.file << "started\n";
+///     log.fileClose();
+///     log.file.good()  ->  true   // false after a failure, such as a full disk
 #ifndef ZN_WRITEFILE_H
 #define ZN_WRITEFILE_H
 
@@ -39,6 +42,8 @@ class ZN_UDF_API WriteFile : public FileName {
   bool fileOpen();
 
   /// Flushes and closes the file if it is open. Sets the stream's fail state on failure.
+  ///
+  ///     log.fileClose(); log.file.fail()  ->  false
   void fileClose();
 
   /// The stream.

@@ -8,12 +8,12 @@
 ///     };
 ///
 ///     Outline outline;
-///     XMLParser parser(&outline);
-///     parser.Create(nullptr, nullptr);
+///     XMLParser parser(&outline);             // does not own the handler
+///     parser.Create(nullptr, nullptr)         ->  true
 ///     parser.EnableStartElementHandler(true);
-///     parser.Parse("<a><b/><c></a>", true)   ->  false
-///     outline.names                          ->  "abc"
-///     parser.GetErrorString()                ->  "mismatched tag"
+///     parser.Parse("<a><b/><c></a>", true)    ->  false
+///     outline.names                           ->  "abc"
+///     parser.GetErrorString()                 ->  "mismatched tag"
 ///
 /// The binding is thin: it buffers nothing, prints nothing and keeps no state except two pointers.
 /// Behaviour that is not described here is expat's. All names are in the global namespace.
@@ -135,6 +135,10 @@ class ZN_UDF_API XMLParser {
   bool Create(const char* encoding, const char* separator);
 
   /// Frees the parser, if any.
+  ///
+  ///     XMLParser other(&outline);
+  ///     other.Create(nullptr, nullptr)              ->  true
+  ///     other.Destroy(); other.m_parser == nullptr  ->  true
   void Destroy();
 
   /// Parses the next `length` bytes of the document, which are the last if `isFinal` is true.
@@ -161,12 +165,20 @@ class ZN_UDF_API XMLParser {
   /// isFinal)`. Returns null if memory runs out, if `length` is above INT_MAX, if the document has
   /// ended, or while the parser is suspended. May return null for a length of 0.
   ///
+  ///     parser.Create(nullptr, nullptr);
+  ///     void* buffer = parser.GetBuffer(8192);   // room for 8192 bytes
+  ///     std::memcpy(buffer, "<a/>", 4);
+  ///     parser.Parse(4, true)  ->  true
+  ///
   /// Do not call it inside a callback: a recent expat then returns null without an error code, and
   /// an older one moves the text that it is parsing.
   void* GetBuffer(std::size_t length);
 
   /// Switches the callback of the same name on or off, at any time, even from within a callback. A
   /// name without "Start" or "End" stands for both.
+  ///
+  ///     parser.EnableCommentHandler(true);    // calls OnComment for each comment
+  ///     parser.EnableElementHandler(false);   // calls neither OnStartElement nor OnEndElement
   /// @{
   void EnableStartElementHandler(bool enable);
   void EnableEndElementHandler(bool enable);
@@ -182,11 +194,14 @@ class ZN_UDF_API XMLParser {
   /// Switches `OnDefault` on or off. If `expand` is true, which is also the initial state,
   /// references to internal entities are replaced by their text. If `expand` is false, a reference
   /// is passed to `OnDefault` as it is written; it is dropped if `enable` is false too.
+  ///
+  ///     parser.EnableDefaultHandler(true, false);   // OnDefault receives "&e;"
   void EnableDefaultHandler(bool enable, bool expand);
 
   /// Registers the function `UnknownEncodingHandler` with null data, so every unknown encoding
   /// remains an error. To have `OnUnknownEncoding` called, register the handler as the data:
   ///
+  ///     parser.EnableUnknownEncodingHandler(true);   // an unknown encoding remains an error
   ///     XML_SetUnknownEncodingHandler(parser.m_parser, UnknownEncodingHandler, parser.m_handler);
   void EnableUnknownEncodingHandler(bool enable);
 
@@ -203,6 +218,9 @@ class ZN_UDF_API XMLParser {
   /// @}
 
   /// Returns the error of the last failed operation, or XML_ERROR_NONE.
+  ///
+  ///     parser.Create(nullptr, nullptr);
+  ///     parser.Parse("<a></b>", true); parser.GetErrorCode()  ->  XML_ERROR_TAG_MISMATCH
   XML_Error GetErrorCode() const;
 
   /// Returns `GetErrorCode` as English text, or null for XML_ERROR_NONE.
@@ -218,6 +236,12 @@ class ZN_UDF_API XMLParser {
   ///
   /// After an error it is the position of the error. Lines count from 1. Columns, in characters,
   /// and bytes count from 0. The byte index is -1 before the first parse.
+  ///
+  ///     parser.Create(nullptr, nullptr);
+  ///     parser.Parse("<a>\n  <b></a>", true)  ->  false
+  ///     parser.GetCurrentByteIndex()           ->  11
+  ///     parser.GetCurrentLineNumber()          ->  2
+  ///     parser.GetCurrentColumnNumber()        ->  7
   /// @{
   XML_Index GetCurrentByteIndex() const;
   XML_Size GetCurrentLineNumber() const;
@@ -228,22 +252,34 @@ class ZN_UDF_API XMLParser {
   /// callback of the start tag and 0 in that of the end tag. For a document type declaration it is
   /// 1 in both. For events in the text of an entity it is the length of the reference, such as 3
   /// for an entity called e. Outside a callback it is 0.
+  ///
+  ///     parser.GetCurrentByteCount()  ->  0
   int GetCurrentByteCount() const;
 
   /// Returns expat's input buffer, sets `*size` to its length in bytes, and sets `*offset` to the
   /// position of the parser in it. Use it inside a callback. Returns null and sets neither if there
   /// is no input, as before the first `Parse`.
+  ///
+  ///     int offset = 0;
+  ///     int size = 0;
+  ///     parser.GetInputContext(&offset, &size) != nullptr  ->  true
   const char* GetInputContext(int* offset, int* size) const;
 
-  /// Returns expat's name and version, such as "expat_2.5.0".
+  /// Returns expat's name and version.
+  ///
+  ///     XMLParser::GetExpatVersion()  ->  "expat_2.5.0"   // for instance
   static const XML_LChar* GetExpatVersion();
 
   /// Returns `code` as English text, or null for XML_ERROR_NONE and for an unknown code.
+  ///
+  ///     XMLParser::GetErrorString(XML_ERROR_SYNTAX)  ->  "syntax error"
   static const XML_LChar* GetErrorString(XML_Error code);
 };
 
 /// Calls the callback of the same name, `On...`, on the handler that the first argument points to.
 /// Does nothing if that pointer is null. A parser registers these functions with expat.
+///
+///     StartElementHandler(&outline, "d", nullptr); outline.names.back()  ->  'd'
 /// @{
 ZN_UDF_API void XMLCALL StartElementHandler(void* handler, const XML_Char* name,
                                             const XML_Char** attributes);
