@@ -3,9 +3,9 @@
 ///
 ///     std::vector<std::string> entries;
 ///     zn_lib::listDir("src", "\\.cpp$", true, entries)  ->  true
-///     entries                                           ->  {"main.cpp"}
+///     entries                                           ->  {"main.cpp"}   // ends in ".cpp"
 ///     zn_lib::listDir("", "<dir>", true, entries)       ->  true
-///     entries                                           ->  {"main.cpp", "src"}
+///     entries                                           ->  {"main.cpp", "src"}   // appended
 ///
 /// The return value reports a failure, but `copyDir` does not report failures of single files.
 /// Listing and copying also report a failure through `errorMessage`, which prints in verbose mode

@@ -28,7 +28,7 @@
 ///
 /// The parser delivers a message in pieces. It splits the message at each reference, line break,
 /// comment and edge of a CDATA section, and after each 8192 bytes of the file. Only the last piece
-/// is kept, without its leading whitespace. From these errors
+/// is kept, without its leading whitespace. These errors of a file pieces.xml
 ///
 /// ```xml
 /// <ERRORS>
@@ -41,7 +41,7 @@
 /// </ERRORS>
 /// ```
 ///
-/// it reads these messages:
+/// have these messages:
 ///
 ///     zn_lib::readErrorFile("pieces.xml", catalog);
 ///     catalog[1]  ->  "Jerry"

@@ -195,7 +195,7 @@ class ZN_UDF_API XMLParser {
   /// references to internal entities are replaced by their text. If `expand` is false, a reference
   /// is passed to `OnDefault` as it is written; it is dropped if `enable` is false too.
   ///
-  ///     parser.EnableDefaultHandler(true, false);   // OnDefault receives "&e;"
+  ///     parser.EnableDefaultHandler(true, false);   // passes "&e;" on as it is written
   void EnableDefaultHandler(bool enable, bool expand);
 
   /// Registers the function `UnknownEncodingHandler` with null data, so every unknown encoding
