@@ -9,7 +9,7 @@ int main() {
   settings.set("size", "7");
   settings.save();
 
-  // Otherwise the store would not save itself when it is destroyed.
+  // A store that is destroyed saves itself only if `changed` is set.
   if (settings.elements.erase("colour") > 0) settings.changed = true;
   const bool isWritten = settings.save();
 
