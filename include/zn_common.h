@@ -25,9 +25,9 @@
 #define ZN_UDF_VERSION_MINOR 1
 /// @}
 
-/// The version of the headers as an integer for comparisons: 101 for 1.1.
+/// The version of the headers as an integer, which `#if` can compare.
 ///
-///     #if ZN_UDF_VERSION >= 102   // 1.2 or later
+///     ZN_UDF_VERSION  ->  101
 #define ZN_UDF_VERSION (ZN_UDF_VERSION_MAJOR * 100 + ZN_UDF_VERSION_MINOR)
 
 /// Exports a declaration from the shared library.
