@@ -15,6 +15,7 @@ WIDTH, HEIGHT = 230, 180  # of a panel
 LEFT, RIGHT, TOP, BOTTOM = 52, 10, 26, 36  # around its plot
 
 STYLE = """
+    .paper { fill: #fff; }
     text { font: 10px sans-serif; fill: #333; }
     .title { font-weight: bold; font-size: 11px; }
     .grid { stroke: #bbb; stroke-width: 0.5; }
@@ -22,6 +23,7 @@ STYLE = """
     .measured { stroke: #0b62b5; stroke-width: 1.5; fill: none; }
     .point { fill: #0b62b5; }
     @media (prefers-color-scheme: dark) {
+      .paper { fill: #0d1117; }
       text { fill: #ccc; }
       .grid { stroke: #555; }
       .measured { stroke: #6db3f2; }
@@ -87,7 +89,7 @@ def svg(panels):
     width, height = COLUMNS * WIDTH, rows * HEIGHT
     lines = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" width="{width}" '
              f'height="{height}" role="img">', "  <title>Time by input size; the dashed lines are linear</title>",
-             f"  <style>{STYLE}  </style>"]
+             f"  <style>{STYLE}  </style>", f'  <rect class="paper" width="{width}" height="{height}"/>']
     for number, (title, unit, points) in enumerate(panels):
         row, column = divmod(number, COLUMNS)
         lines += ["  " + line for line in panel(title, unit, points, column * WIDTH, row * HEIGHT)]

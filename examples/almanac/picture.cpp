@@ -27,11 +27,12 @@ constexpr double kMoonRadius = 7.0;
 constexpr double kLitRadius = 6.4;  // within the outline
 
 constexpr const char* kStyle =
-    "text{font-family:sans-serif;font-size:14px;fill:#333}"
+    ".paper{fill:#fff}text{font-family:sans-serif;font-size:14px;fill:#333}"
     ".title{font-size:20px}.hours{text-anchor:end}.month{text-anchor:middle}"
     ".night{fill:#16213e}.day{fill:#f6c65b}.curve{fill:none;stroke:#e07a1f;stroke-width:2}"
     ".grid{stroke:#fff;stroke-opacity:.25}"
-    ".dark{fill:#2b3350;stroke:#8d95b3;stroke-width:1.2}.lit{fill:#fffbe8}";
+    ".dark{fill:#2b3350;stroke:#8d95b3;stroke-width:1.2}.lit{fill:#fffbe8}"
+    "@media(prefers-color-scheme:dark){.paper{fill:#0d1117}text{fill:#ccc}}";
 
 /// Holds a year and converts its days to positions in the picture.
 struct Year {
@@ -123,7 +124,7 @@ class Picture {
   std::string draw() {
     svg_ << "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " << kWidth << ' ' << kHeight
          << "\" role=\"img\">\n<title>" << title() << "</title>\n<style>" << kStyle << "</style>\n"
-         << "<rect width=\"" << kWidth << "\" height=\"" << kHeight << "\" fill=\"#fff\"/>\n"
+         << "<rect class=\"paper\" width=\"" << kWidth << "\" height=\"" << kHeight << "\"/>\n"
          << "<text class=\"title\" x=\"" << kLeft << "\" y=\"40\">" << title() << "</text>\n";
     drawDaylight();
     drawHours();
