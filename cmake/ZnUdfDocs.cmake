@@ -7,6 +7,16 @@ endif()
 
 set(ZN_UDF_DOCS_DIR ${PROJECT_BINARY_DIR}/docs)
 set(doxyfile ${ZN_UDF_DOCS_DIR}/Doxyfile)
+set(ZN_UDF_DOCS_SOURCE_DIR ${PROJECT_SOURCE_DIR}/docs)
+
+# Before 1.9.8, Doxygen calls the list of groups modules.
+set(ZN_UDF_DOCS_GROUPS topics)
+if(DOXYGEN_VERSION VERSION_LESS 1.9.8)
+  set(ZN_UDF_DOCS_GROUPS modules)
+endif()
+set(ZN_UDF_DOCS_FILTER
+  "awk -f '${ZN_UDF_DOCS_SOURCE_DIR}/reference_links.awk' '${ZN_UDF_DOCS_SOURCE_DIR}/reference/behaviour.md'")
+configure_file(docs/layout.xml.in ${ZN_UDF_DOCS_DIR}/layout.xml @ONLY)
 configure_file(docs/Doxyfile.in ${doxyfile} @ONLY)
 
 if(DOXYGEN_FOUND)

@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_tokenizer
 /// Splits text into tokens. Also declares a stream inserter for strings, and manipulators for
 /// number bases.
 ///

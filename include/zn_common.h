@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_common
 /// Declares what all families share: the version macros, the export macro, four string constants
 /// and the version symbols.
 ///

@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_datetime
 /// Converts dates and times between records, Julian values, ISO 8601 text and free-form text.
 ///
 ///     zn_lib::defaultDateTimeFormat();

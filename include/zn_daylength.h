@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_daylength
 /// Computes day length: how long the sun is above the horizon at a latitude on a date.
 ///
 ///     zn_lib::DayLength day;

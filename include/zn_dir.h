@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_dir
 /// Creates, lists and copies directories, and changes the working directory.
 ///
 ///     std::vector<std::string> entries;

@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_error
 /// Reads numbered error messages from XML catalogs and prints them, or the system's last error.
 ///
 ///     std::map<int, std::string, zn_lib::error_order> catalog;

@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_file
 /// Splits and joins file names, and operates on whole files.
 ///
 ///     std::string name = "C:\\tmp\\x.txt";

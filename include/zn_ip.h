@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_ip
 /// Converts IPv4 and IPv6 addresses between text, blocks and binary values.
 ///
 ///     zn_lib::IPv4 address;

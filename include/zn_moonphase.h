@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_moonphase
 /// Computes the moon's position relative to the sun, the lit fraction of its disc, and its phase.
 ///
 ///     zn_lib::setUseTime(true);

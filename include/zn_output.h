@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_output
 /// Prints messages and prompts on the console.
 ///
 ///     zn_lib::setVerbose(true);

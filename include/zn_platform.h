@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_process
 /// Describes the machine: its operating system and its byte order.
 ///
 ///     zn_lib::getOSName()     ->  "Linux"            // for instance

@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_process
 /// Runs programs in child processes.
 ///
 ///     zn_lib::childProcess("/bin/echo", "done", true)  ->  0   // standard output: done

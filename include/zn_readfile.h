@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_readfile
 /// Reads a named file.
 ///
 ///     zn_lib::ReadFile notes;   // closed, and without a name

@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_xmlparser
 /// Reads XML files into maps. `ReadXml` parses a file and passes its events to an event handler,
 /// which stores the data in a map. Error catalogs (`zn_error.h`) and settings (`zn_setcfg.h`) are
 /// read this way.

@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_dir
 /// Derives numbered file names.
 ///
 ///     std::string name = "report.txt";   // in a directory that contains report.txt

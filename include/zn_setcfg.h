@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_setcfg
 /// Keeps settings in an XML file.
 ///
 ///     zn_lib::Configuration settings("TOOL", "tool");   // tool.cfg in the working directory

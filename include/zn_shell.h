@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_process
 /// Runs shell commands.
 ///
 ///     zn_lib::execShell("sort names.txt > sorted.txt")  ->  true

@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_str
 /// Trims, pads, converts, builds and rewrites strings.
 ///
 ///     zn_lib::allTrim("  a b\r\n")              ->  "a b"

@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_readfile
 /// Writes a named file.
 ///
 ///     zn_lib::WriteFile log;   // closed, and without a name

@@ -1,4 +1,5 @@
 /// \file
+/// \ingroup family_xmlparser
 /// Wraps the expat XML parser in an object, and its callbacks in virtual functions.
 ///
 ///     class Outline : public XMLEvtHandler {
