@@ -1,6 +1,8 @@
 # The target `docs` builds the API reference with Doxygen and fails on any warning. If Doxygen is missing, only this
 # target fails. With ZN_UDF_DOCS, the reference is part of the default build and of the installation.
 find_package(Doxygen QUIET)
+find_package(Python3 QUIET COMPONENTS Interpreter)
+find_file(ZN_UDF_LUNR lunr.min.js PATHS /usr/share/javascript/lunr DOC "lunr.js, which searches the API reference")
 find_file(ZN_UDF_DOXYGEN_AWESOME doxygen-awesome.css PATHS /usr/share/doxygen-awesome-css
   DOC "The style sheet of the API reference, for wide and narrow screens and for dark mode")
 if(ZN_UDF_DOCS)
@@ -21,6 +23,25 @@ if(ZN_UDF_DOXYGEN_AWESOME)
   endif()
 endif()
 
+# A form in the header of each page replaces Doxygen's search, which finds names only.
+if(DOXYGEN_FOUND AND Python3_FOUND AND ZN_UDF_LUNR)
+  set(ZN_UDF_SEARCH_INDEX ${Python3_EXECUTABLE} ${ZN_UDF_DOCS_SOURCE_DIR}/reference_search.py)
+  set(search COMMAND ${ZN_UDF_SEARCH_INDEX} ${ZN_UDF_DOCS_DIR}/html)
+  file(MAKE_DIRECTORY ${ZN_UDF_DOCS_DIR})
+  execute_process(COMMAND ${DOXYGEN_EXECUTABLE} -w html header.html footer.html doxygen.css
+    WORKING_DIRECTORY ${ZN_UDF_DOCS_DIR})
+  file(READ ${ZN_UDF_DOCS_DIR}/header.html header)
+  file(READ ${ZN_UDF_DOCS_SOURCE_DIR}/reference_search.html form)
+  string(REPLACE "<!--END TITLEAREA-->" "${form}<!--END TITLEAREA-->" header "${header}")
+  file(WRITE ${ZN_UDF_DOCS_DIR}/header.html "${header}")
+  string(APPEND ZN_UDF_DOCS_SETTINGS "SEARCHENGINE = NO\nHTML_HEADER = \"${ZN_UDF_DOCS_DIR}/header.html\"\n"
+    "HTML_EXTRA_FILES = \"${ZN_UDF_LUNR}\" \"${ZN_UDF_DOCS_SOURCE_DIR}/reference_search.js\"\n")
+else()
+  set(search COMMAND ${CMAKE_COMMAND} -E echo
+    "The search finds names only, without lunr.js and Python (Debian packages: libjs-lunr, python3)")
+  string(APPEND ZN_UDF_DOCS_SETTINGS "EXCLUDE = \"${ZN_UDF_DOCS_SOURCE_DIR}/reference/search.md\"\n")
+endif()
+
 # Before 1.9.8, Doxygen calls the list of groups modules.
 set(ZN_UDF_DOCS_GROUPS topics)
 if(DOXYGEN_VERSION VERSION_LESS 1.9.8)
@@ -35,6 +56,7 @@ if(DOXYGEN_FOUND)
   add_custom_target(docs ${all}
     COMMAND ${CMAKE_COMMAND} -E remove_directory ${ZN_UDF_DOCS_DIR}/html
     COMMAND ${DOXYGEN_EXECUTABLE} ${ZN_UDF_DOXYFILE}
+    ${search}
     COMMAND ${CMAKE_COMMAND} -E echo "The reference is ${ZN_UDF_DOCS_DIR}/html/index.html"
     COMMENT "Building the API reference" VERBATIM)
 else()

@@ -1,11 +1,13 @@
 #!/bin/sh
 # Tests that the API reference builds without a warning: everything public is documented, and no link is broken. Its
-# pages must link to each other. The diagram in docs/ARCHITECTURE.md must show the includes.
-# usage: docs_test.sh DOXYGEN DOXYFILE SOURCE_DIR
+# pages must link to each other, and its search must find them. The diagram in docs/ARCHITECTURE.md must show the
+# includes.
+# usage: docs_test.sh DOXYGEN DOXYFILE SOURCE_DIR [DUK LUNR WRITE_INDEX...]   (without these, the search is not tested)
 set -eu
 doxygen=$1
 doxyfile=$2
 source=$3
+shift 3
 # shellcheck source=tests/scripts/functions.sh
 . "$source/tests/scripts/functions.sh"
 html=$work/html
@@ -54,6 +56,21 @@ grep -oh 'href="behaviour\.html#behaviour_[a-z]*_[0-9]*"' "$html"/group*.html "$
 comm -23 "$work/rows" "$work/linked" >"$work/unlinked"
 [ ! -s "$work/unlinked" ] || fail "rows of behaviour.html without a link to them" "$work/unlinked"
 echo "The pages link to each other"
+
+if [ $# -gt 0 ]; then
+  duk=$1
+  lunr=$2
+  shift 2
+  for file in search.html lunr.min.js reference_search.js; do
+    [ -s "$html/$file" ] || fail "there is no $file"
+  done
+  if grep -L 'id="search-form"' "$html"/*.html | grep . >"$work/without"; then
+    fail "pages without the form of the search" "$work/without"
+  fi
+  quietly "the texts of the search" "$@" "$html"
+  "$duk" "$lunr" "$html/search_texts.js" "$source/docs/reference_search.js" \
+    "$source/tests/scripts/docs_search_test.js" || fail "the search"
+fi
 
 # Writes "a --> b & c" as "a b" and "a c".
 sed -n 's/ -->//p' "$source/docs/ARCHITECTURE.md" | tr -d '&' |
