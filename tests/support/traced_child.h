@@ -35,6 +35,7 @@ struct Intervention {
   int error = 0;              ///< the error that the call returns; 0 for none
   bool isMade = false;        ///< whether the call has its effect although it returns an error
   Share share = Share::kAll;  ///< of the bytes asked for
+  bool kills = false;         ///< whether the child is killed before the call
 };
 
 /// Decides about each call that a watched child makes, by the number of the call.
@@ -137,6 +138,7 @@ class TracedChild {
   Ended run(const Intervene& intervene) {
     report_.setAnswer("");
     report_.setText("");
+    report_.watch(false);
     if (!child_) child_.emplace([this] { repeatWork(); });
     Ended ended;
     ended.status = follow(intervene);
@@ -207,7 +209,9 @@ class TracedChild {
           entered = StoppedCall(id);
           intervention = intervene(entered.number());
           change(entered, intervention);
-          break;
+          if (!intervention.kills) break;
+          child_->end();
+          return child_->status();
         case Tracee::Stop::kExit:
           if (intervention.error != 0 || intervention.share != Share::kAll) {
             StoppedCall(id).giveBack(entered, intervention.error);

@@ -18,7 +18,8 @@
 #include <string>
 #include <vector>
 
-/// A child that stops at each system call. It does not survive the object.
+/// A child that stops at each system call, also of a program that it executes. It does not survive
+/// the object.
 class Tracee {
  public:
   enum class Stop {
@@ -40,7 +41,8 @@ class Tracee {
     }
     if (child_ < 0) return;
     if (waitpid(child_, &status_, 0) == child_ && WIFSTOPPED(status_)) {
-      ptrace(PTRACE_SETOPTIONS, child_, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+      ptrace(PTRACE_SETOPTIONS, child_, nullptr,
+             PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL | PTRACE_O_TRACEEXEC);
     } else {
       child_ = -1;
     }
@@ -55,12 +57,13 @@ class Tracee {
   /// Lets the child run to its next stop. Other signals than SIGSTOP reach it.
   Stop next() {
     constexpr int callStop = SIGTRAP | 0x80;
+    constexpr int executed = SIGTRAP | (PTRACE_EVENT_EXEC << 8);
     for (long signal = 0; ptrace(PTRACE_SYSCALL, child_, nullptr, signal) == 0;) {
       if (waitpid(child_, &status_, 0) != child_ || !WIFSTOPPED(status_)) {
         child_ = -1;
         return Stop::kEnded;
       }
-      signal = WSTOPSIG(status_);
+      signal = status_ >> 8 == executed ? 0 : WSTOPSIG(status_);
       if (signal == SIGSTOP) return Stop::kPaused;
       if (signal == callStop) {
         isInCall_ = !isInCall_;
