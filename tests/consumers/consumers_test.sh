@@ -101,14 +101,18 @@ find "$work/removed/opt" ! -type d -o -name 'zn_udf*' >"$work/files"
 [ ! -s "$work/files" ] || fail "files are left below DESTDIR" "$work/files"
 echo "uninstalling"
 
-# ---- The installed example
+# ---- The installed examples
 
-quietly "installing the example" sh -c "cmake --install '$build' --prefix '$work/example' &&
-  cmake --install '$build' --component examples --prefix '$work/example'"
-if env -u LD_LIBRARY_PATH HOME="$work" "$work/example/bin/almanac" --bogus 2>"$work/log"; then fail "almanac takes any option"; fi
-grep -q '^ERROR: #1	unknown or ambiguous option "--bogus"' "$work/log" || fail "almanac without its messages" "$work/log"
-[ -e "$work/example/share/man/man1/almanac.1" ] || fail "almanac without its manual"
-echo "the example"
+quietly "installing the examples" sh -c "cmake --install '$build' --prefix '$work/examples' &&
+  cmake --install '$build' --component examples --prefix '$work/examples'"
+for example in almanac logturn; do
+  if env -u LD_LIBRARY_PATH HOME="$work" "$work/examples/bin/$example" --bogus 2>"$work/log"; then
+    fail "$example takes any option"
+  fi
+  grep -q '^ERROR: #1	.*option "--bogus"; try --help' "$work/log" || fail "$example without its messages" "$work/log"
+  [ -e "$work/examples/share/man/man1/$example.1" ] || fail "$example without its manual"
+done
+echo "the examples"
 
 # ---- The library as a part of another project
 
