@@ -18,8 +18,10 @@ set_target_properties(zn_udf PROPERTIES
 target_compile_options(zn_udf PRIVATE
   # The results of the astronomical formulas are fixed to the last bit. A fused multiply-add would round only once.
   -ffp-contract=off
-  # Assertions and debug information name files relative to the source tree.
-  -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+  # Assertions and debug information name files relative to the source tree, and no directory of this machine. The last
+  # option that matches a name applies, and the build tree may be inside the source tree.
+  -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
+  -ffile-prefix-map=${PROJECT_BINARY_DIR}=.)
 target_compile_options(zn_udf PRIVATE $<IF:$<BOOL:${ZN_UDF_ASSERTIONS}>,-UNDEBUG,-DNDEBUG>)
 
 if(ZN_UDF_CHECK_DEFINITIONS)
