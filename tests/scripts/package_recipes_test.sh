@@ -1,7 +1,7 @@
 #!/bin/sh
 # Tests the recipes in `packaging`. A Meson project builds the library with the wrap file. The files for Conan and vcpkg
 # are only parsed, because Debian does not package their tools.
-# usage: recipes_test.sh SOURCE_DIR
+# usage: package_recipes_test.sh SOURCE_DIR
 set -eu
 source=$1
 recipes=$source/packaging
