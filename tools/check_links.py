@@ -1,11 +1,13 @@
 #!/usr/bin/env python3
-"""Checks the relative links of Markdown files: the file exists, and so does the heading that a "#..." names.
+"""Checks the relative links of Markdown and HTML files: the file exists, and so does what a "#..." names in it.
 
 usage: tools/check_links.py FILE...
 
 Prints "file:line: reason" for each broken link. Links to other sites are not followed. Exit status 1 when a link is
 broken.
 """
+import functools
+import html.parser
 import pathlib
 import re
 import sys
@@ -48,8 +50,32 @@ def anchor_of(heading):
     return text.replace(" ", "-")
 
 
+class HtmlPage(html.parser.HTMLParser):
+    """Collects the links of a page, each with its line, and all that "#..." may name in it."""
+
+    def __init__(self, text):
+        super().__init__()
+        self.links, self.anchors = [], set()
+        self.feed(text)
+
+    def handle_starttag(self, tag, attrs):
+        for name, value in attrs:
+            if name in ("href", "src") and value:
+                self.links.append((self.getpos()[0], value))
+            elif name == "id" or (name == "name" and tag == "a"):
+                self.anchors.add(value)
+
+
+@functools.lru_cache(maxsize=None)
+def html_page(path):
+    return HtmlPage(path.read_text(encoding="utf-8"))
+
+
+@functools.lru_cache(maxsize=None)
 def anchors(path):
     """All that "#..." may name in the file."""
+    if path.suffix == ".html":
+        return html_page(path).anchors
     found = set()
     above = ""
     for _, line in prose(path):
@@ -73,19 +99,27 @@ def anchors(path):
     return found
 
 
-def broken_links(path):
+def links(path):
+    """The links of the file, each with its line."""
+    if path.suffix == ".html":
+        yield from html_page(path).links
+        return
     for number, line in prose(path):
         for groups in LINK.findall(without_code(line)):
-            target = next(group for group in groups if group)
-            if SCHEME.match(target):
-                continue
-            file_name, _, fragment = urllib.parse.unquote(target).partition("#")
-            file_name = file_name.partition("?")[0]
-            file = path.parent / file_name if file_name else path
-            if not file.exists():
-                yield number, f"{target}: no such file"
-            elif fragment and file.suffix == ".md" and fragment not in anchors(file):
-                yield number, f"{target}: no such heading"
+            yield number, next(group for group in groups if group)
+
+
+def broken_links(path):
+    for number, target in links(path):
+        if SCHEME.match(target):
+            continue
+        file_name, _, fragment = urllib.parse.unquote(target).partition("#")
+        file_name = file_name.partition("?")[0]
+        file = path.parent / file_name if file_name else path
+        if not file.exists():
+            yield number, f"{target}: no such file"
+        elif fragment and file.suffix in (".md", ".html") and fragment not in anchors(file):
+            yield number, f"{target}: no such place in the file"
 
 
 def main(names):

@@ -2,12 +2,14 @@
 # Tests that the API reference builds without a warning: everything public is documented, and no link is broken. Its
 # pages must link to each other, and its search must find them. The diagram in docs/ARCHITECTURE.md must show the
 # includes.
-# usage: docs_test.sh DOXYGEN DOXYFILE SOURCE_DIR [DUK LUNR WRITE_INDEX...]   (without these, the search is not tested)
+# usage: docs_test.sh DOXYGEN DOXYFILE SOURCE_DIR PYTHON [DUK LUNR WRITE_INDEX...]
+# Without the optional arguments, the search is not tested.
 set -eu
 doxygen=$1
 doxyfile=$2
 source=$3
-shift 3
+python=$4
+shift 4
 # shellcheck source=tests/scripts/functions.sh
 . "$source/tests/scripts/functions.sh"
 html=$work/html
@@ -71,6 +73,9 @@ if [ $# -gt 0 ]; then
   "$duk" "$lunr" "$html/search_texts.js" "$source/docs/reference_search.js" \
     "$source/tests/scripts/docs_search_test.js" || fail "the search"
 fi
+
+"$python" -B "$source/tools/check_links.py" "$html"/*.html >"$work/broken" || fail "broken links" "$work/broken"
+echo "No link of the pages is broken"
 
 # Writes "a --> b & c" as "a b" and "a c".
 sed -n 's/ -->//p' "$source/docs/ARCHITECTURE.md" | tr -d '&' |
