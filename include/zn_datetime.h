@@ -53,8 +53,8 @@ enum DATE_FORMAT : std::int32_t {
 /// Names the form of a month.
 enum MONTH_FORMAT : std::int32_t {
   MONTH_NUMBER,      ///< 03
-  MONTH_SHORT_NAME,  ///< Mar
-  MONTH_FULL_NAME    ///< March
+  MONTH_SHORT_NAME,  ///< Mar (without a full stop)
+  MONTH_FULL_NAME    ///< March (in English)
 };
 
 /// Stores the settings for reading and writing dates. Of the process-wide settings, each field has
@@ -316,7 +316,8 @@ ZN_UDF_API std::string julianToYYYYMMDD(unsigned long long julian);
 ///     formatJulianDate(julian, settings)  ->  "05/Mar/2024 14:07:09"
 ZN_UDF_API std::string formatJulianDate(unsigned long long julian, date_time_set settings);
 
-/// Returns the date in the form of the process-wide settings.
+/// Returns the date in the form of the process-wide settings, as above: for `YEAR_MONTH_DAY`, the
+/// month is always a number.
 ZN_UDF_API std::string formatJulianDate(unsigned long long julian);
 
 /// Formats decimal hours as hours and minutes.

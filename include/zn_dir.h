@@ -38,7 +38,8 @@ ZN_UDF_API bool createDir(const std::string& dir);
 
 /// Appends the names of the entries of `dir` to `entries`, without the directory and in the
 /// system's order. Names already in `entries` stay. An empty `dir` is the working directory. A "~"
-/// in `dir` is expanded.
+/// in `dir` is expanded; to list a directory whose name contains one, call `changeDir` and pass an
+/// empty `dir`.
 ///
 /// `filter` is an ECMAScript regular expression, searched anywhere in the name: "txt$" selects
 /// names that end in "txt", and in "a.b" the dot stands for any character. An empty filter selects
@@ -50,7 +51,8 @@ ZN_UDF_API bool createDir(const std::string& dir);
 ///
 /// Returns false and leaves `entries` unchanged if the filter is malformed or too long; the message
 /// is "Invalid filter". A filter may have up to 10,000 bytes. A filter of plain characters and
-/// dots, or a single set, "[...]", with no other "]", may be longer.
+/// dots, or a single set, "[...]", with no other "]", may be longer. The filter is checked first,
+/// and an empty filter is always valid.
 ///
 /// A filter with repetitions runs on std::regex, which may exhaust the stack on very long names.
 /// Only file systems that allow names of thousands of bytes are affected.

@@ -28,8 +28,9 @@
 /// if it is negative.
 ///
 /// The parser delivers a message in pieces. It splits the message at each reference, line break,
-/// comment and edge of a CDATA section, and after each 8192 bytes of the file. Only the last piece
-/// is kept, without its leading whitespace. These errors of a file pieces.xml
+/// comment and edge of a CDATA section, at each "]" inside one, and after each 8192 bytes of the
+/// file. Only the last piece is kept, without its leading whitespace. These errors of a file
+/// pieces.xml
 ///
 /// ```xml
 /// <ERRORS>
@@ -39,6 +40,8 @@
 /// <ERROR><ID>4</ID><MESSAGE>one<!-- two -->three</MESSAGE></ERROR>
 /// <ERROR><ID>5</ID><MESSAGE><![CDATA[Tom & Jerry]]></MESSAGE></ERROR>
 /// <ERROR><ID>6</ID><MESSAGE>one <![CDATA[& two]]></MESSAGE></ERROR>
+/// <ERROR><ID>7</ID><MESSAGE>usage: tool [KEY | -]</MESSAGE></ERROR>
+/// <ERROR><ID>8</ID><MESSAGE><![CDATA[usage: tool [KEY | -]]]></MESSAGE></ERROR>
 /// </ERRORS>
 /// ```
 ///
@@ -51,9 +54,11 @@
 ///     catalog[4]  ->  "three"
 ///     catalog[5]  ->  "Tom & Jerry"
 ///     catalog[6]  ->  "& two"
+///     catalog[7]  ->  "usage: tool [KEY | -]"
+///     catalog[8]  ->  "]"
 ///
-/// Put a message with such characters into one CDATA section, on one line. A message whose end tag
-/// is on a line of its own is empty.
+/// Put a message with "<" or "&" into one CDATA section, on one line, and one with "]" into none. A
+/// message whose end tag is on a line of its own is empty.
 ///
 /// The printing functions print in verbose mode only. Functions throw only when memory runs out.
 #ifndef ZN_ERROR_H
@@ -80,7 +85,8 @@ struct ZN_UDF_API error_order {
 
 extern template class XmlEvent<std::map<int, std::string, error_order>>;
 
-/// Fills a map from error number to message while a catalog is parsed.
+/// Fills a map from error number to message while a catalog is parsed. With an XMLParser of your
+/// own, switch on the callbacks for elements and for character data.
 ///
 ///     ErrorEvent handler;
 ///     handler.OnStartElement("ID", nullptr); handler.tag  ->  "ID"

@@ -79,8 +79,8 @@ ZN_UDF_API void checkHomePath(std::string& name);
 /// Splits `name` into its directory, base name and last extension.
 ///
 /// Each backslash in `name` first becomes "/", in the caller's string too. The text is then cut at
-/// its last dot, even if that dot is in a directory name. The part before the dot is cut after its
-/// last slash. A dot or slash counts only if there is text on both sides of it:
+/// the last dot that has text on both sides, even if that dot is in a directory name. The part
+/// before the dot is cut after the last slash that has text on both sides:
 ///
 ///     splitFileName(name = "src/zn_str.cpp")  ->  {"src/", "zn_str",  "cpp"}
 ///     splitFileName(name = "dir.d/file")      ->  {"",     "dir",     "d/file"}
@@ -140,10 +140,17 @@ ZN_UDF_API bool fileCopy(const std::string& source, const std::string& target, b
 /// - `oldName` does not exist;
 /// - `newName` exists, and `overwrite` is false or `newName` cannot be removed;
 /// - a disk error prevents the search for `newName`.
+///
+/// A link is renamed itself. A dangling link counts as missing: as `oldName` it is not renamed, and
+/// as `newName` it is replaced even if `overwrite` is false.
 ZN_UDF_API bool fileRename(const std::string& oldName, const std::string& newName, bool overwrite);
 
 /// Moves the file to its backup name, `name` followed by "~", and replaces an earlier backup.
-/// Afterwards there is no file called `name`. Returns true on success.
+/// Afterwards there is no file called `name`. Returns true on success. A directory is moved too,
+/// and a link is moved itself.
+///
+/// Returns false if `name` does not exist or is a dangling link, if the earlier backup cannot be
+/// removed, or if the renaming fails. In the last case the earlier backup is lost.
 ///
 ///     createBackup("old.txt")  ->  true   // the file is now called old.txt~
 ZN_UDF_API bool createBackup(const std::string& name);

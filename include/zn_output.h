@@ -55,32 +55,33 @@ ZN_UDF_API void debugMessage(const std::string& text);
 ///     processTitle("Copy");   // standard output: [Copy]
 ZN_UDF_API void processTitle(const std::string& text);
 
-// All prompts ignore the verbose flag. Each one flushes `std::cout` and reads one line with
-// libedit's `readline`. At a terminal, libedit shows the prompt, and the user can edit the line.
-// Elsewhere it only reads the line. Only the first character of the answer counts, and it is not
-// trimmed. The end of input and a failed read count as an empty answer.
-//
-// Text of the prompt: it ends at its first NUL. An older libedit, such as that of Debian 12, omits
-// tabs, line breaks, other control characters and combining marks: "\x1b[31mStop?" appears as
-// "[31mStop?". The libedit of Debian 13 writes them unchanged. Both versions send the text between
-// a byte 1 and a byte 2 to the terminal unchanged: "\1\x1b[31m\2Stop?" appears in red. A prompt
-// that the current locale cannot decode is written unchanged, and only at a terminal.
-//
-// Redirected input: libedit checks only at the first prompt whether standard input is a terminal.
-// If it is, and standard input is redirected from a file or pipe later, the later prompts read
-// nothing and get an empty answer. If it is not, all prompts read their line but are never shown.
-//
-// `std::cin`: prompts read from the descriptor and never change the state of `std::cin`. They miss
-// input that `std::cin` has already buffered: after `std::getline` on a pipe, the next prompt may
-// meet the end of input at once. If you use both, call `std::setvbuf(stdin, nullptr, _IONBF, 0)`
-// before the first read, and leave `std::cin` synchronized with the C library.
-//
-// Signals: at a terminal, libedit catches SIGINT, SIGQUIT, SIGTERM, SIGHUP and SIGTSTP. It resets
-// the terminal and sends the signal again to the whole process group, so the other processes of the
-// group get it a second time. If the host handles or ignores the signal, the prompt ends with an
-// empty answer; `more` is therefore true after a handled Ctrl-C. Any other signal ends the prompt
-// in the same way if its handler was installed without SA_RESTART. If standard input is not a
-// terminal, libedit catches no signal.
+/// \file
+/// All prompts ignore the verbose flag. Each one flushes `std::cout` and reads one line with
+/// libedit's `readline`. At a terminal, libedit shows the prompt, and the user can edit the line.
+/// Elsewhere it only reads the line. Only the first character of the answer counts, and it is not
+/// trimmed. The end of input and a failed read count as an empty answer.
+///
+/// Text of the prompt: it ends at its first NUL. An older libedit, such as that of Debian 12, omits
+/// tabs, line breaks, other control characters and combining marks: "\x1b[31mStop?" appears as
+/// "[31mStop?". The libedit of Debian 13 writes them unchanged. Both versions send the text between
+/// a byte 1 and a byte 2 to the terminal unchanged: "\1\x1b[31m\2Stop?" appears in red. A prompt
+/// that the current locale cannot decode is written unchanged, and only at a terminal.
+///
+/// Redirected input: libedit checks only at the first prompt whether standard input is a terminal.
+/// If it is, and standard input is redirected from a file or pipe later, the later prompts read
+/// nothing and get an empty answer. If it is not, all prompts read their line but are never shown.
+///
+/// `std::cin`: prompts read from the descriptor and never change the state of `std::cin`. They miss
+/// input that `std::cin` has already buffered: after `std::getline` on a pipe, the next prompt may
+/// meet the end of input at once. If you use both, call `std::setvbuf(stdin, nullptr, _IONBF, 0)`
+/// before the first read, and leave `std::cin` synchronized with the C library.
+///
+/// Signals: at a terminal, libedit catches SIGINT, SIGQUIT, SIGTERM, SIGHUP and SIGTSTP. It resets
+/// the terminal and sends the signal again to the whole process group, so the other processes of
+/// the group get it a second time. If the host handles or ignores the signal, the prompt ends with
+/// an empty answer; `more` is therefore true after a handled Ctrl-C. Any other signal ends the
+/// prompt in the same way if its handler was installed without SA_RESTART. If standard input is not
+/// a terminal, libedit catches no signal.
 
 /// Asks `Press <Enter> to continue ` and waits for a line.
 ///

@@ -21,6 +21,9 @@
 /// Nothing is escaped, so keys must be XML names. A value with a bare "<" or "&", a description or
 /// type with an apostrophe, or a key with whitespace makes the file malformed. The next `load` then
 /// reads at most the beginning of that entry, and none of those that follow it, without a message.
+/// The key "CONFIGURATION" is written but not read. The spelling "ISO9601" is fixed.
+///
+/// Only `listConfiguration` prints.
 #ifndef ZN_SETCFG_H
 #define ZN_SETCFG_H
 
@@ -76,7 +79,8 @@ extern template class XmlEvent<config_map>;
 /// Every element with attributes or text is a setting, at any depth, unless it is called
 /// "CONFIGURATION". Its first attribute is the type and its second the description, whatever they
 /// are called. Text that the parser delivers in pieces is joined, and each piece loses its leading
-/// whitespace: "a &amp; b" is read as "a &b".
+/// whitespace: "a &amp; b" is read as "a &b". With an XMLParser of your own, switch on the
+/// callbacks for elements and for character data.
 ///
 ///     ConfigEvent handler;
 ///     const XML_Char* attributes[] = {"data_type", "NUMBER", nullptr};
@@ -180,8 +184,9 @@ class ZN_UDF_API Configuration {
   /// are not possible, the old file is moved to the backup instead; a kill before the renaming then
   /// leaves only the backup.
   ///
-  /// In the following cases `save` writes the file in place. If `backup` is set, it first tries to
-  /// move the old file to the backup. A kill or a full disk may leave part of the text:
+  /// In the following cases `save` writes the text under the name of the file itself, without a
+  /// temporary file. If `backup` is set, it first tries to move the old file to the backup. A kill
+  /// or a full disk may leave part of the text:
   ///
   /// - the file is a symbolic link, a device or a mount point;
   /// - it belongs to another user and is in a sticky directory;

@@ -36,7 +36,13 @@
 /// unless a length comes with them, and belong to expat: they are valid until the callback returns.
 ///
 /// No exception may leave a callback while expat is parsing. It would unwind expat's C functions,
-/// after which the parser can be neither used nor freed.
+/// after which the parser can be neither used nor freed. Catch the exception, keep it in the
+/// handler, and stop the parser with `XML_StopParser(parser.m_parser, XML_FALSE)`. `Parse` then
+/// returns false with the error XML_ERROR_ABORTED, and the host can throw the exception again. A
+/// few callbacks may still follow the stop.
+///
+/// A handler that needs the parser, to stop it or to ask for the position, keeps a pointer to it.
+/// The host sets the pointer after it has created both.
 ///
 /// A callback other than `OnPostCreate` must not create, destroy or feed the parser that calls it.
 /// A recent expat rejects some of these calls; an older one overwrites its own memory.
@@ -76,7 +82,8 @@ class ZN_UDF_API XMLEvtHandler {
   virtual void OnEndCdataSection();    ///< receives `]]>`
 
   /// Receives the parts of the document for which no other callback is switched on: `length` bytes,
-  /// not NUL-terminated.
+  /// not NUL-terminated. Among them are references to entities that an external DTD may declare,
+  /// since expat does not read it. No other callback receives these references.
   virtual void OnDefault(const XML_Char* text, int length);
 
   /// Receives the name of an encoding that expat does not know. Fills `encoding` and returns true,
@@ -110,7 +117,9 @@ class ZN_UDF_API XMLEvtHandler {
 /// ZN_UDF_ASSERTIONS off does not check.
 class ZN_UDF_API XMLParser {
  public:
-  XML_Parser m_parser;       ///< for direct calls of expat; null while there is no parser
+  /// For direct calls of expat, which hosts link together with this library. Null while there is
+  /// no parser.
+  XML_Parser m_parser;
   XMLEvtHandler* m_handler;  ///< not owned; must not be null and must outlive the parser
 
   /// Stores `handler`. Creates no parser.
@@ -206,12 +215,16 @@ class ZN_UDF_API XMLParser {
   ///     XML_SetUnknownEncodingHandler(parser.m_parser, UnknownEncodingHandler, parser.m_handler);
   void EnableUnknownEncodingHandler(bool enable);
 
-  /// Switches the callback of the same name on or off, as above. The namespace callbacks need a
-  /// separator in `Create`.
+  /// Switches the callback of the same name on or off, as above. It is called only if `Create`
+  /// received a separator.
   /// @{
   void EnableStartNamespaceDeclHandler(bool enable);
   void EnableEndNamespaceDeclHandler(bool enable);
   void EnableNamespaceDeclHandler(bool enable);
+  /// @}
+
+  /// Switches the callback of the same name on or off, as above.
+  /// @{
   void EnableXmlDeclHandler(bool enable);
   void EnableStartDoctypeDeclHandler(bool enable);
   void EnableEndDoctypeDeclHandler(bool enable);
@@ -227,7 +240,8 @@ class ZN_UDF_API XMLParser {
   /// Returns `GetErrorCode` as English text, or null for XML_ERROR_NONE.
   const XML_LChar* GetErrorString() const;
 
-  /// Returns the current position. Inside a callback it is the start of the event, except here:
+  /// Returns the byte, line or column of the current position. Inside a callback it is the start of
+  /// the event, except here:
   ///
   /// - in `OnEndElement` for `<y/>`, and at the end of its namespaces, it is the byte after the
   ///   tag;
@@ -235,8 +249,9 @@ class ZN_UDF_API XMLParser {
   /// - in `OnEndDoctypeDecl` it is the closing `>`;
   /// - for events in the text of an entity it is the reference to it in the document itself.
   ///
-  /// After an error it is the position of the error. Lines count from 1. Columns, in characters,
-  /// and bytes count from 0. The byte index is -1 before the first parse.
+  /// After an error it is the position of the error. For a mismatched tag, that is the name in the
+  /// end tag. Lines count from 1. Columns, in characters, and bytes count from 0. A byte order mark
+  /// counts as one column of line 1. The byte index is -1 before the first parse.
   ///
   ///     parser.Create(nullptr, nullptr);
   ///     parser.Parse("<a>\n  <b></a>", true)  ->  false
