@@ -7,7 +7,7 @@
 
 namespace {
 
-// Returns `text` with "%" and two hexadecimal digits for each byte that is no letter or digit.
+// Returns `text` with "%" and two hexadecimal digits for each byte that is not a letter or digit.
 std::string encoded(const std::string& text) {
   const std::string digits = "0123456789ABCDEF";
   const std::string kept = digits + "GHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";

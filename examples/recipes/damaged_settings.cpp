@@ -1,4 +1,4 @@
-// Refuses a settings file that is malformed, so that no save replaces what it still contains.
+// Refuses a malformed settings file, so that no save discards its remaining contents.
 #include <zn_setcfg.h>
 #include <zn_xmlparser.h>
 

@@ -32,8 +32,13 @@ unsigned long long nextFullMoon(unsigned long long julian) {
 }  // namespace
 
 int main() {
-  // With times: otherwise every date means noon, and no time is written.
+  // Turns times on. Otherwise every date means noon, and no time is written.
   zn_lib::defaultDateTimeFormat();
   const unsigned long long start = zn_lib::dateToJulian("2024-01-01T00:00:00");
-  std::cout << "full moon on " << zn_lib::julianToISO(nextFullMoon(start)) << " UT\n";
+  const unsigned long long full = nextFullMoon(start);
+  if (full == 0) {
+    std::cerr << "No full moon within 31 days\n";
+    return 1;
+  }
+  std::cout << "full moon on " << zn_lib::julianToISO(full) << " UT\n";
 }
