@@ -2,18 +2,18 @@
 /// \ingroup family_xmlparser
 /// Wraps the expat XML parser in an object, and its callbacks in virtual functions.
 ///
-///     class Outline : public XMLEvtHandler {
+///     class Counter : public XMLEvtHandler {
 ///      public:
-///       void OnStartElement(const XML_Char* name, const XML_Char**) override { names += name; }
-///       std::string names;
+///       void OnStartElement(const XML_Char*, const XML_Char**) override { ++elements; }
+///       int elements = 0;
 ///     };
 ///
-///     Outline outline;
-///     XMLParser parser(&outline);             // does not own the handler
+///     Counter counter;
+///     XMLParser parser(&counter);             // does not own the handler
 ///     parser.Create(nullptr, nullptr)         ->  true
 ///     parser.EnableStartElementHandler(true);
 ///     parser.Parse("<a><b/><c></a>", true)    ->  false
-///     outline.names                           ->  "abc"
+///     counter.elements                        ->  3
 ///     parser.GetErrorString()                 ->  "mismatched tag"
 ///
 /// The binding is thin: it buffers nothing, prints nothing and keeps no state except two pointers.
@@ -146,7 +146,7 @@ class ZN_UDF_API XMLParser {
 
   /// Frees the parser, if any.
   ///
-  ///     XMLParser other(&outline);
+  ///     XMLParser other(&counter);
   ///     other.Create(nullptr, nullptr)              ->  true
   ///     other.Destroy(); other.m_parser == nullptr  ->  true
   void Destroy();
@@ -295,7 +295,7 @@ class ZN_UDF_API XMLParser {
 /// Calls the callback of the same name, `On...`, on the handler that the first argument points to.
 /// Does nothing if that pointer is null. A parser registers these functions with expat.
 ///
-///     StartElementHandler(&outline, "d", nullptr); outline.names.back()  ->  'd'
+///     StartElementHandler(&counter, "d", nullptr); counter.elements  ->  4
 /// @{
 ZN_UDF_API void XMLCALL StartElementHandler(void* handler, const XML_Char* name,
                                             const XML_Char** attributes);

@@ -484,6 +484,13 @@ TEST_F(Files, ADanglingLinkDoesNotExist) {
   writeFile("a", "text");
   EXPECT_TRUE(zn_lib::fileCopy("a", "link", false)) << "the copy follows the link";
   EXPECT_EQ(readFile("nowhere"), "text");
+
+  std::filesystem::create_symlink("missing", "dangling");
+  EXPECT_TRUE(zn_lib::fileRename("a", "dangling", false)) << "the link is replaced";
+  EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status("dangling")));
+  EXPECT_TRUE(zn_lib::createBackup("link")) << "a link is moved itself";
+  EXPECT_TRUE(std::filesystem::is_symlink("link~"));
+  EXPECT_EQ(readFile("nowhere"), "text");
 }
 
 TEST_F(Files, OperationsWithoutPermission) {

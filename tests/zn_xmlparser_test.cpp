@@ -71,19 +71,19 @@ void XML_SetUnknownEncodingHandler(XML_Parser parser, XML_UnknownEncodingHandler
 namespace {
 
 /// The example of the header.
-class Outline : public XMLEvtHandler {
+class Counter : public XMLEvtHandler {
  public:
-  void OnStartElement(const XML_Char* name, const XML_Char**) override { names += name; }
-  std::string names;
+  void OnStartElement(const XML_Char*, const XML_Char**) override { ++elements; }
+  int elements = 0;
 };
 
 TEST(ZnXmlParser, HeaderExamples) {
-  Outline outline;
-  XMLParser parser(&outline);
+  Counter counter;
+  XMLParser parser(&counter);
   parser.Create(nullptr, nullptr);
   parser.EnableStartElementHandler(true);
   EXPECT_FALSE(parser.Parse("<a><b/><c></a>", true));
-  EXPECT_EQ(outline.names, "abc");
+  EXPECT_EQ(counter.elements, 3);
   EXPECT_STREQ(parser.GetErrorString(), "mismatched tag");
 }
 
@@ -673,6 +673,26 @@ TEST(OnStartDoctypeDecl, ReportsIdentifiersAndSubset) {
   }
 }
 
+TEST(OnDefault, ReceivesReferencesToEntitiesOfAnExternalDtd) {
+  const std::string document = "<!DOCTYPE a SYSTEM 's'><a>x&nbsp;y</a>";
+  const auto enableText = [](XMLParser& parser) { parser.EnableCharacterDataHandler(true); };
+  EXPECT_EQ(logOf(document, enableText), "text xy\n");
+  const std::string log = logOf(document, [&](XMLParser& parser) {
+    enableText(parser);
+    parser.EnableDefaultHandler(true, true);
+  });
+  EXPECT_NE(log.find("text x\ndefault &nbsp;\ntext y\n"), std::string::npos) << log;
+}
+
+TEST(GetCurrentColumnNumber, CountsAByteOrderMark) {
+  XMLEvtHandler handler;
+  XMLParser parser(&handler);
+  ASSERT_TRUE(parser.Create(nullptr, nullptr));
+  EXPECT_FALSE(parser.Parse("\xEF\xBB\xBF<a></b>", true));
+  EXPECT_EQ(parser.GetCurrentLineNumber(), 1u);
+  EXPECT_EQ(parser.GetCurrentColumnNumber(), 6u);
+}
+
 const char kOddDocument[] = "<?xml version='1.0' encoding='x-odd'?><a>\xFE</a>";
 
 TEST(UnknownEncoding, IsRegisteredWithoutTheHandler) {
@@ -1222,7 +1242,7 @@ class HugeDocument {
   bool isReady_ = false;
 };
 
-class Counter : public XMLEvtHandler {
+class TextCounter : public XMLEvtHandler {
  public:
   void OnCharacterData(const XML_Char* text, int length) override {
     for (int i = 0; i < length; i += 4096) areAllX = areAllX && text[i] == 'x';
@@ -1236,7 +1256,7 @@ TEST(LongText, IsFedInPiecesBeyondTheLimitOfExpat) {
   const HugeDocument document(std::size_t{INT_MAX} + 1);
   ASSERT_TRUE(document.isReady());
   ASSERT_GT(document.size(), std::size_t{INT_MAX});
-  Counter counter;
+  TextCounter counter;
   XMLParser parser(&counter);
   ASSERT_TRUE(parser.Create(nullptr, nullptr));
   parser.EnableCharacterDataHandler(true);
