@@ -4,14 +4,15 @@
 usage: terminal_test.py PATH_TO_ALMANAC
 """
 import os
-import pty
+import pathlib
 import re
 import subprocess
 import sys
 import tempfile
-import termios
-import tty
 import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
+import pseudo_terminal  # noqa: E402
 
 ALMANAC = os.path.abspath(sys.argv.pop())
 COLOUR = re.compile(rb"\x1b\[33m(#+)\x1b\[0m")
@@ -36,21 +37,9 @@ class Terminal(unittest.TestCase):
 
     def on_terminal(self, arguments, columns=80, **changes):
         """Returns what the program writes to a terminal of this width."""
-        parent, child = pty.openpty()
-        tty.setraw(child)  # Line feeds stay as they are.
-        termios.tcsetwinsize(child, (24, columns))
-        program = subprocess.Popen([ALMANAC, *arguments], stdin=subprocess.DEVNULL, stdout=child,
-                                   env=self.environment(changes))
-        os.close(child)
-        output = b""
-        try:
-            while piece := os.read(parent, 65536):
-                output += piece
-        except OSError:  # Linux reports the end like this.
-            pass
-        os.close(parent)
-        self.assertEqual(program.wait(), 0, arguments)
-        return output
+        output, status = pseudo_terminal.run([ALMANAC, *arguments], columns, self.environment(changes))
+        self.assertEqual(status, 0, arguments)
+        return output.replace(b"\r\n", b"\n")
 
     def to_pipe(self, arguments, **changes):
         return subprocess.run([ALMANAC, *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=True,

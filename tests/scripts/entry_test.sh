@@ -75,7 +75,7 @@ END
     '[100%]' "Built target library"
   lines "" "Built build/quickstart/libzn_udf.so.1 and the examples" "\$ $almanac" "almanac: ${almanac#* }"
 } >terminal
-expect "quickstart on a terminal" 0 "$python" -c 'import pty; pty.spawn("./quickstart")' <terminal
+expect "quickstart on a terminal" 0 "$python" "$source/tests/support/pseudo_terminal.py" ./quickstart <terminal
 expect "the log" 0 cat build/quickstart.log <<'END'
 cmake --preset quickstart
 cmake --build --preset quickstart
