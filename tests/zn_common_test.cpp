@@ -78,6 +78,7 @@ void loadAndUnload(int cycles) {
 TEST(Unloading, FreesWhatLoadingAllocated) {
   const int cycles = isLongRun() ? 1000 : 200;
   const std::size_t allocatorCaches = 100 * static_cast<std::size_t>(cycles);
+  RecordProperty("cycles", cycles);
   loadAndUnload(cycles);  // the standard library fills its caches
   const std::size_t before = bytesInUse();
   loadAndUnload(cycles);

@@ -668,6 +668,7 @@ void changeStore() {
 
 TEST_F(Settings, ASaveKilledAtAnySystemCallLosesNothing) {
   SKIP_UNDER_EMULATOR("it has no ptrace");
+  int all = 0;
   for (const int count : {0, 1, 1000}) {
     int kills = 0;
     for (bool wasKilled = true; wasKilled; ++kills) {
@@ -687,7 +688,9 @@ TEST_F(Settings, ASaveKilledAtAnySystemCallLosesNothing) {
       }
     }
     EXPECT_GT(kills, 15) << "a load and a save make more system calls";
+    all += kills;
   }
+  RecordProperty("kills", all);
 }
 
 TEST_F(Settings, IncompleteSavesKeepFileAndBackup) {

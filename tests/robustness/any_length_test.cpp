@@ -150,6 +150,7 @@ void onSmallStack(std::function<void()> run) {
 template <class Visit>
 void forEveryClass(std::size_t length, Visit visit) {
   if (isLongRun()) keepMemory();
+  testing::Test::RecordProperty("texts", std::to_string(std::size(kClasses)));
   for (const TextClass& c : kClasses) {
     onSmallStack([&] {
       SCOPED_TRACE(c.what);

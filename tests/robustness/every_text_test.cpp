@@ -69,6 +69,10 @@ void forEveryTextInTime(const Texts& wanted, Agrees agrees) {
   std::cout << wanted.what << ": all " << texts << " texts of up to " << finished
             << " characters from " << testing::PrintToString(wanted.alphabet) << '\n';
   EXPECT_GE(finished, wanted.leastLength) << wanted.what;
+  const std::string what = wanted.what;
+  testing::Test::RecordProperty(what + ": alphabet", testing::PrintToString(wanted.alphabet));
+  testing::Test::RecordProperty(what + ": length", std::to_string(finished));
+  testing::Test::RecordProperty(what + ": texts", std::to_string(texts));
 }
 
 bool matches(const std::string& text, const reference::Engine& pattern) {

@@ -199,6 +199,7 @@ TEST_F(Soak, ChildrenWithEveryHandlingOfSigchld) {
     std::printf("SIGCHLD %-32s %8d children %5.3f s\n", handling.what, 4 * count,
                 std::chrono::duration<double>(Clock::now() - start).count());
   }
+  RecordProperty("children", 4 * count);
 }
 
 // ---- Saves that are killed
@@ -323,6 +324,9 @@ TEST_F(Soak, KilledSavesLoseNothing) {
   }
   std::printf("cycles: %d, saves: %ld, %ld, %ld, kills: %d, losses: %d, files left: %d\n", cycles,
               series[0].saves(), series[1].saves(), series[2].saves(), kills, losses, leftovers);
+  const long saves = series[0].saves() + series[1].saves() + series[2].saves();
+  RecordProperty("saves", std::to_string(saves));
+  RecordProperty("kills", kills);
   EXPECT_EQ(losses, 0);
   EXPECT_EQ(kills, cycles) << "a process ended by itself";
   constexpr long savesOfStart = 2;
@@ -419,6 +423,10 @@ void expectNothingLeft(const std::vector<Call>& calls, const Length& length) {
     for (const Call& call : calls) usages.push_back(repeat(call, length));
     zn_lib::setVerbose(false);
   }
+  int fewest = length.calls;
+  for (const Usage& usage : usages) fewest = std::min(fewest, usage.calls);
+  testing::Test::RecordProperty("functions", std::to_string(calls.size()));
+  testing::Test::RecordProperty("calls", fewest);
   for (std::size_t i = 0; i < calls.size(); ++i) {
     const Usage& usage = usages[i];
     std::printf("%-40s %8d calls %8.3f s\n", calls[i].what, usage.calls, usage.seconds);
