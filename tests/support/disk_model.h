@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <filesystem>
 #include <functional>
 #include <iterator>
 #include <map>
@@ -19,7 +20,8 @@
 
 /// Model of the disk that holds the working directory of a process while that writes to it. A power
 /// cut keeps the changes of the directory up to any one since it was synchronised. Of the bytes of
-/// a file that were not synchronised, it keeps none, the first half or all.
+/// a file that were not synchronised, it keeps none, the first half or all. The process may also
+/// use the absolute name of the directory.
 class Disk {
  public:
   /// Starts with these files, which are on the disk.
@@ -35,7 +37,7 @@ class Disk {
   void apply(const CallTracer& tracer, const SystemCall& call) {
     if (call.result < 0) return;
     const auto& arguments = call.arguments;
-    const auto text = [&](std::size_t i) { return tracer.textAt(arguments[i]); };
+    const auto text = [&](std::size_t i) { return nameHere(tracer.textAt(arguments[i])); };
     switch (call.number) {
 #ifdef SYS_open
       case SYS_open:
@@ -106,6 +108,13 @@ class Disk {
     std::string onDisk;
     std::string written;
   };
+
+  /// Returns the name as seen from the working directory, if the file is there.
+  std::string nameHere(const std::string& name) const {
+    if (name == here_) return ".";
+    const std::string start = here_ + "/";
+    return name.compare(0, start.size(), start) == 0 ? name.substr(start.size()) : name;
+  }
 
   void change(const std::function<void(Directory&)>& change) {
     change(directory_);
@@ -189,6 +198,7 @@ class Disk {
     }
   }
 
+  const std::string here_ = std::filesystem::current_path();
   std::vector<File> files_;
   Directory directory_;
   Directory atFirst_;  ///< at the last time when it was synchronised
