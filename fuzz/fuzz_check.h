@@ -9,7 +9,10 @@
 #include <cstdlib>
 #include <sstream>
 #include <string>
+#include <type_traits>
 #include <vector>
+
+#include "fuzz_answers.h"
 
 namespace fuzz {
 
@@ -53,11 +56,22 @@ inline std::string shown(const std::vector<std::string>& texts) {
 }
 
 template <class Number>
-std::string shown(Number number) {
+std::string shown(Number number, int digits = 17) {
   std::ostringstream os;
-  os.precision(17);
+  os.precision(digits);
   os << +number;
   return os.str();
+}
+
+/// Prints an answer of the library if that is asked for.
+template <class Value>
+void answer(const char* what, const Value& value) {
+  if (!answers.areEnabled()) return;
+  if constexpr (std::is_floating_point_v<Value>) {
+    answers.print(what, shown(value, ZN_UDF_FUZZ_DIGITS));
+  } else {
+    answers.print(what, shown(value));
+  }
 }
 
 /// Prints a message and aborts the process.
@@ -69,17 +83,19 @@ std::string shown(Number number) {
 /// Aborts the process if `holds` is false. `what` describes the condition.
 inline void expect(const char* what, bool holds) {
   if (!holds) fail(what, "is false");
+  answer(what, holds);
 }
 
 /// Aborts the process if the library returned `actual` instead of `expected`.
 template <class Actual, class Expected>
 void expectSame(const char* what, const Actual& actual, const Expected& expected) {
   if (!(actual == expected)) fail(what, shown(actual) + " instead of " + shown(expected));
+  answer(what, actual);
 }
 
 /// Compares numbers. All NaNs are equal.
 inline void expectSameNumber(const char* what, double actual, double expected) {
-  if (std::isnan(actual) && std::isnan(expected)) return;
+  if (std::isnan(actual) && std::isnan(expected)) return answer(what, actual);
   expectSame(what, actual, expected);
 }
 
@@ -88,6 +104,7 @@ inline void expectNear(const char* what, double actual, double expected, double 
   if (!(std::fabs(actual - expected) <= tolerance)) {
     fail(what, shown(actual) + " instead of " + shown(expected));
   }
+  answer(what, actual);
 }
 
 }  // namespace fuzz

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "files.h"
+#include "fuzz_answers.h"
 
 namespace fuzz {
 
@@ -15,7 +16,7 @@ namespace fuzz {
 /// not when it crashes: set TMPDIR to a directory that is removed in any case.
 class TemporaryDirectory : public ::TemporaryDirectory {
  public:
-  TemporaryDirectory() : ::TemporaryDirectory(parent()) {}
+  TemporaryDirectory() : ::TemporaryDirectory(parent()) { answers.hide(path()); }
 
  private:
   static std::string parent() {

@@ -104,13 +104,14 @@ class CatalogReader {
     std::size_t at = 0;
     const bool isNegative = !text.empty() && text[0] == '-';
     if (isNegative || (!text.empty() && text[0] == '+')) ++at;
-    __extension__ typedef __int128 Wide;
-    Wide value = 0;
+    constexpr unsigned long long most = LLONG_MAX;
+    const unsigned long long limit = isNegative ? most + 1 : most;
+    unsigned long long value = 0;
     for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
-      value = std::min<Wide>(value * 10 + (text[at] - '0'), Wide{LLONG_MAX} + 1);
+      const unsigned digit = static_cast<unsigned>(text[at] - '0');
+      value = value > (limit - digit) / 10 ? limit : value * 10 + digit;
     }
-    value = isNegative ? -value : std::min<Wide>(value, LONG_MAX);
-    return static_cast<int>(static_cast<unsigned>(static_cast<unsigned long>(value)));
+    return static_cast<int>(static_cast<unsigned>(isNegative ? 0 - value : value));
   }
 
   std::string tag_;

@@ -347,6 +347,7 @@ void compare(const char* how, const Outcome& actual, const Outcome& expected) {
   if (actual.events != expected.events) {
     fuzz::fail(how, "\n" + actual.events + "instead of\n" + expected.events);
   }
+  fuzz::answer("events", actual.events);
   fuzz::expectSame(how, actual.isParsed, expected.isParsed);
   fuzz::expectSame("error", actual.error, expected.error);
   fuzz::expectSame("byte", actual.byte, expected.byte);

@@ -1,13 +1,15 @@
 #!/bin/sh
-# Tests that the results of this machine are those of the machine that printed EXPECTED.
-# usage: answers_test.sh PROGRAM EXPECTED
+# Tests that the answers of this machine are those of the machine that printed EXPECTED.
+# usage: answers_test.sh EXPECTED PROGRAM [ARGUMENT...]
 set -eu
+expected=$1
+shift
 found=$(mktemp)
 trap 'rm -f "$found"' EXIT
-"$1" >"$found"
-if ! cmp "$2" "$found"; then
-  diff "$2" "$found" | head -40
-  echo "FAILED: $(diff "$2" "$found" | grep -c '^>') of $(wc -l <"$found") results differ (<: expected, >: here)"
+"$@" >"$found"
+if ! cmp "$expected" "$found"; then
+  diff "$expected" "$found" | head -40
+  echo "FAILED: $(diff "$expected" "$found" | grep -c '^>') of $(wc -l <"$found") answers differ (<: expected, >: here)"
   exit 1
 fi
-echo "$(wc -l <"$found") results are the same"
+echo "$(wc -l <"$found") answers are the same"

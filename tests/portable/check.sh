@@ -11,7 +11,7 @@ if [ "$(uname -m)" != x86_64 ]; then
 fi
 [ $# -gt 0 ] || set -- i386 armhf arm64
 
-packages="googletest qemu-user"
+packages="googletest libclang-rt-dev qemu-user"
 for preset in "$@"; do
   case $preset in
     arm64) compiler=aarch64-linux-gnu ;;
@@ -25,10 +25,9 @@ need_architectures "$@"
 # shellcheck disable=SC2086
 need_packages $packages
 
-echo "== x86-64: results"
+echo "== x86-64: answers"
 cmake --preset release
-cmake --build --preset release --target answers
-build/release/tests/answers >build/release/answers.txt
+cmake --build --preset release --target record_answers
 
 failed=""
 for preset in "$@"; do
@@ -45,6 +44,21 @@ for preset in "$@"; do
   awk '
     /: Skipped$/ {getline reason}
     /^\[  SKIPPED \] [^ ]+ \(/ {print $4 ": " reason}' "build/$preset/Testing/Temporary/LastTest.log" | sort -u
+done
+
+# ctest writes "N/M Testing: NAME" before the output of a test.
+echo "figure corpus_files $(find fuzz/corpus -type f | wc -l)"
+for preset in "$@"; do
+  awk -v machine="$preset" '
+    / Testing: / {test = $3}
+    /^Test Passed/ {++tests}
+    /^\[       OK \] / {++cases}
+    / answers are the same$/ {answers[test ~ /_fuzz$/ ? "fuzzers" : substr(test, length("answers_") + 1)] += $1}
+    END {
+      print "figure " machine "_tests " tests + 0
+      print "figure " machine "_test_cases " cases + 0
+      for (group in answers) print "figure " machine "_answers_" group " " answers[group]
+    }' "build/$preset/Testing/Temporary/LastTest.log"
 done
 if [ -n "$failed" ]; then
   echo "Failed:$failed" >&2
