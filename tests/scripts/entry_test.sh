@@ -36,7 +36,7 @@ END
 program "$work/bin/ctest" <<'END'
 echo "ctest $*"
 mkdir -p "build/$2/Testing/Temporary"
-: >"build/$2/Testing/Temporary/LastTest.log"
+printf '[  PASSED  ] %d tests.\n' 2 3 >"build/$2/Testing/Temporary/LastTest.log"
 [ "$FAILING" != "ctest $2" ]
 END
 echo 'echo lint' | program tools/lint
@@ -117,6 +117,8 @@ warning: [50%]
 [ 90%] Linking CXX shared library library.so
 [100%] Built target library
 ctest --preset release
+figure release_programs 2
+figure release_cases 5
 == release (1 of 2): N s, passed
 == clang (2 of 2)
 cmake --preset clang
@@ -126,6 +128,8 @@ warning: [50%]
 [ 90%] Linking CXX shared library library.so
 [100%] Built target library
 ctest --preset clang
+figure clang_programs 2
+figure clang_cases 5
 == clang (2 of 2): N s, passed
 == Summary
 release N s  passed
@@ -142,6 +146,8 @@ warning: [50%]
 [ 90%] Linking CXX shared library library.so
 [100%] Built target library
 ctest --preset release
+figure release_programs 2
+figure release_cases 5
 == release (1 of 2): N s, FAILED
 == lint (2 of 2)
 lint
