@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "../src/udf/internal/patterns.h"
 #include "next_definition.h"
 #include "output_capture.h"
 #include "reference_engine.h"
@@ -26,6 +27,7 @@ using namespace std::string_literals;
 namespace {
 
 bool typesAreUnknown = false;
+const char* vanishingEntry = nullptr;
 int entriesUntilError = INT_MAX;
 
 /// The name under which the headers declare readdir with 64-bit inode numbers.
@@ -34,7 +36,7 @@ constexpr const char* kReaddir = sizeof(long) == 4 ? "readdir64" : "readdir";
 }  // namespace
 
 /// Replaces the function of the C library, for the library under test too, so that it can omit the
-/// types of entries, or fail.
+/// types of entries, remove an empty directory that it has read, or fail.
 extern "C" __attribute__((visibility("default"))) dirent* readdir(DIR* directory) {
   static const auto next = nextDefinition<dirent* (*)(DIR*)>(kReaddir);
   if (entriesUntilError == 0) {
@@ -44,6 +46,7 @@ extern "C" __attribute__((visibility("default"))) dirent* readdir(DIR* directory
   --entriesUntilError;
   dirent* const entry = next(directory);
   if (entry != nullptr && typesAreUnknown) entry->d_type = DT_UNKNOWN;
+  if (entry != nullptr && vanishingEntry != nullptr) rmdir(vanishingEntry);
   return entry;
 }
 
@@ -180,6 +183,16 @@ TEST_F(Directories, ListSelectsDirectoriesWithoutEntryTypes) {
   typesAreUnknown = false;
 }
 
+TEST_F(Directories, ListOmitsADirectoryThatVanishes) {
+  fill();
+  std::filesystem::create_directory("gone");
+  typesAreUnknown = true;
+  vanishingEntry = "gone";
+  EXPECT_EQ(listed(".", "<dir>", true), Names{"sub"});
+  typesAreUnknown = false;
+  vanishingEntry = nullptr;
+}
+
 TEST_F(Directories, ListKeepsTheOrderOfTheSystem) {
   for (int i = 0; i < 40; ++i) writeFile(std::to_string(i * 7919 % 1000), "");
   const Names inOrder = namesInSystemOrder(".");
@@ -267,6 +280,17 @@ TEST_F(Directories, ListPreservesErrno) {
   }
   typesAreUnknown = false;
 }
+
+#ifndef _LIBCPP_VERSION
+// The engine asks only for the values of characters that it takes for digits.
+TEST(Patterns, KnowTheDigitsOfABase) {
+  const zn_lib::internal::ClassicTraits traits;
+  EXPECT_EQ(traits.value('7', 8), 7);
+  EXPECT_EQ(traits.value('8', 8), -1);
+  EXPECT_EQ(traits.value('F', 16), 15);
+  EXPECT_EQ(traits.value('g', 16), -1);
+}
+#endif
 
 TEST_F(Directories, FiltersAgreeWithTheEngine) {
   std::mt19937 random(20240305);

@@ -283,6 +283,7 @@ TEST_F(ReadFileTest, CatAgreesWithItsDefinition) {
       {"with exceptions of the output", [](std::ifstream&) { std::cout.exceptions(failbit); }},
       {"with a bad output", [](std::ifstream&) { std::cout.setstate(std::ios_base::badbit); }},
       {"with flushes", [](std::ifstream&) { std::cout << std::unitbuf; }},
+      {"with a stream that each read flushes", [](std::ifstream& in) { in.tie(&std::cout); }},
   };
   for (const auto& c : texts) {
     writeFile("a", c.text);
@@ -306,6 +307,19 @@ TEST_F(ReadFileTest, CatAgreesWithItsDefinition) {
       EXPECT_TRUE(printed(true) == printed(false)) << c.what << ", " << preparation.what;
     }
   }
+}
+
+TEST_F(ReadFileTest, CatPrintsToAFile) {
+  writeFile("a", "one\ntwo\n");
+  zn_lib::ReadFile file;
+  open(file, "a");
+  std::filebuf printed;
+  ASSERT_NE(printed.open("printed", std::ios_base::out), nullptr);
+  std::streambuf* const own = std::cout.rdbuf(&printed);
+  EXPECT_TRUE(file.cat());
+  std::cout.rdbuf(own);
+  printed.close();
+  EXPECT_EQ(readFile("printed"), "one\ntwo\n");
 }
 
 TEST_F(ReadFileTest, CatPrintsWhatAnotherStreamBufferReads) {

@@ -996,6 +996,7 @@ class PositionLogger : public XMLEvtHandler {
     const char* const context = parser->GetInputContext(&offset, &size);
     ASSERT_NE(context, nullptr);
     ASSERT_LE(offset + parser->GetCurrentByteCount(), size);
+    EXPECT_EQ(parser->GetInputContext(nullptr, nullptr), context);
     log += name + " byte "s + std::to_string(parser->GetCurrentByteIndex()) + " at " +
            std::to_string(parser->GetCurrentLineNumber()) + ":" +
            std::to_string(parser->GetCurrentColumnNumber()) + " is " +

@@ -70,7 +70,8 @@ bool IPv4::set(const std::string& text) {
     isAddress = isAddress && !hasLeadingZeros && part <= 255;
   });
   internal::verify(internal::definitions::ipv4, text, isValid);
-  return isValid && isAddress && set(htonl(address));
+  if (!isValid || !isAddress) return false;
+  return set(htonl(address));
 }
 
 bool IPv4::set(unsigned int value) {

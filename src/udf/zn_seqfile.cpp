@@ -28,7 +28,8 @@ std::optional<std::string> withoutNumber(const std::string& name) {
   const std::string_view view = name;
   internal::verify(internal::definitions::fileseq, name, length.has_value(),
                    {view.substr(0, length.value_or(0)), view.substr(length ? *length + 1 : 0)});
-  return length ? std::optional<std::string>(name.substr(0, *length)) : std::nullopt;
+  if (!length) return std::nullopt;
+  return name.substr(0, *length);
 }
 
 }  // namespace

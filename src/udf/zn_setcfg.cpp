@@ -332,7 +332,8 @@ ConfigElement Configuration::get(const std::string& key) {
 void Configuration::adjustKey(std::string& key) { key = allTrim(key); }
 
 std::string Configuration::getConfigurationFile() {
-  return name.empty() ? "" : createFileName(path, name, extension);
+  if (name.empty()) return "";
+  return createFileName(path, name, extension);
 }
 
 bool Configuration::save() {

@@ -56,7 +56,8 @@ bool execShell(std::string command) {
     if (shell == Shell::kNotStarted) return fail(noShell);
     if (shell == Shell::kUnknown && !hasShell()) return fail(noShell);
   }
-  return status != -1 || fail("Problem executing command");
+  if (status == -1) return fail("Problem executing command");
+  return true;
 }
 
 }  // namespace zn_lib

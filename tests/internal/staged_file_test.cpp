@@ -192,6 +192,24 @@ TEST_F(StagedFile, AMountPointIsWrittenInPlace) {
   EXPECT_EQ(modeOf("config.xml"), mode_t{0600});
 }
 
+TEST_F(StagedFile, ABackupOnAnotherFileSystemIsKept) {
+  writeFile("real", "old");
+  std::filesystem::create_symlink("real", "config.xml");
+  writeFile("config.xml~", "older");
+  std::filesystem::create_directory("disk");
+  const int status = statusOfChild([] {
+    if (!unshareMounts() || mount("none", "disk", "tmpfs", 0, nullptr) != 0) _exit(kCannotPrepare);
+    writeFile("disk/backup", "mounted");
+    if (mount("disk/backup", "config.xml~", nullptr, MS_BIND, nullptr) != 0) _exit(kCannotPrepare);
+    EXPECT_TRUE(savesValue("", "new"));
+    EXPECT_EQ(readFile("config.xml~"), "mounted");
+  });
+  if (status == kCannotPrepare) GTEST_SKIP() << "nothing can be mounted here";
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(readFile("real"), savedXml("new"));
+  EXPECT_TRUE(std::filesystem::is_symlink("config.xml"));
+}
+
 TEST_F(StagedFile, AnotherUsersFileInAStickyDirectoryIsWrittenInPlace) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
   ASSERT_EQ(chmod(".", 01777), 0);

@@ -278,6 +278,88 @@ TEST_F(FailingCalls, SavesOnAFullDiskKeepFileAndBackup) {
   EXPECT_EQ(contents(), before);
 }
 
+/// A save in which one kind of call fails.
+struct SaveCase {
+  const char* what;
+  Work save;
+  Contents before;
+  int number;  ///< of the first call that fails, counted from 1
+  Fault fault;
+  int count;  ///< how many calls fail
+  const char* answer;
+  Contents after;
+};
+
+/// The name of a store beside whose file no longer name is possible. Its file is written in place.
+const std::string kLongName(250, 'n');
+
+/// Saves the store of that name.
+std::string saveInPlace(Report& report) {
+  Configuration store("T", kLongName);
+  fill(store);
+  const bool result = store.save();
+  return answerOf(result, store, report);
+}
+
+/// Saves the store of that name while its backup is another name of the same file.
+std::string saveOverItself(Report& report) {
+  report.watch(false);
+  std::filesystem::create_hard_link(kLongName + ".cfg", kLongName + ".cfg~");
+  report.watch(true);
+  return saveInPlace(report);
+}
+
+TEST_F(FailingCalls, SavesHandleEachError) {
+  const Contents before = {{"config.xml", filledXml()}};
+  Configuration changed;
+  fill(changed);
+  changed.set("changed", "yes");
+  changed.changed = false;
+  const Contents replaced = {{"config.xml", xmlOf(changed)}, {"config.xml~", filledXml()}};
+  const Contents withoutBackup = {{"config.xml", xmlOf(changed)}};
+  const Contents beforeInPlace = {{kLongName + ".cfg", "old"}};
+  const Contents itself = {{kLongName + ".cfg", "old"}, {kLongName + ".cfg~", "old"}};
+  const auto once = [](int error, const char* call) {
+    return Fault{"", error, Share::kAll, {call}, false};
+  };
+  const auto forGood = [](int error, const char* call) {
+    return Fault{"", error, Share::kAll, {call}, true};
+  };
+  // The first file that a save opens is the directory, which it searches for leftovers.
+  const SaveCase cases[] = {
+      {"an interrupted synchronisation is repeated", saveChanged, before, 1, once(EINTR, "sync"), 1,
+       "true", replaced},
+      {"a file system without synchronisation", saveChanged, before, 1, once(ENOSYS, "sync"), 1,
+       "true", replaced},
+      {"another without synchronisation", saveChanged, before, 1, once(ENOTSUP, "sync"), 1, "true",
+       replaced},
+      {"a special file cannot be synchronised", saveChanged, before, 1, once(EROFS, "sync"), 1,
+       "true", replaced},
+      {"a name that is in use", saveChanged, before, 2, once(EEXIST, "open"), 1, "true", replaced},
+      {"names that are all in use", saveChanged, before, 2, forGood(EEXIST, "open"), 100,
+       "false, changed", before},
+      {"no new file is possible", saveChanged, before, 2, once(ENOTSUP, "open"), 1, "true",
+       replaced},
+      {"no renaming is possible", saveChanged, before, 1, forGood(ENOSYS, "rename"), 5, "true",
+       withoutBackup},
+      {"another save has locked the new file to remove it", saveChanged, before, 1,
+       once(EWOULDBLOCK, "lock"), 1, "true", replaced},
+      {"a file in place that cannot be opened again", saveInPlace, beforeInPlace, 3,
+       once(EACCES, "open"), 1, "false, changed", beforeInPlace},
+      {"a file that is its own backup and cannot be removed", saveOverItself, beforeInPlace, 1,
+       once(EIO, "unlink"), 1, "false, changed", itself},
+  };
+  for (const SaveCase& c : cases) {
+    SCOPED_TRACE(c.what);
+    makeContents(c.before);
+    TracedChild child(c.save);
+    const Outcome outcome = outcomeOf(child, {}, c.fault, c.number, c.fault.mayLast);
+    EXPECT_EQ(outcome.answer(), c.answer);
+    EXPECT_EQ(outcome.count, c.count);
+    EXPECT_EQ(contents(), c.after);
+  }
+}
+
 // ---- Whole files
 
 /// Returns lines of text that need several reads and writes.
@@ -759,6 +841,34 @@ TEST_F(FailingCalls, ChildrenRunOrTheProcessEnds) {
            EXPECT_EQ(WEXITSTATUS(outcome.ended.status), isChild ? 0 : 1);
            EXPECT_EQ(outcome.answer(), isChild ? "0" : "");
          }});
+  }
+}
+
+// A process may be forbidden to ask for or to change its handling of signals.
+TEST_F(FailingCalls, ChildrenRunWithoutControlOfSignals) {
+  const struct {
+    const char* what;
+    long call;
+    Work run;
+    const char* answer;
+  } cases[] = {
+      {"execShell", SYS_rt_sigaction,
+       [](Report&) { return trueOrFalse(zn_lib::execShell("echo line >>trace")); }, "true"},
+      {"childProcess", SYS_rt_sigprocmask,
+       [](Report&) { return std::to_string(zn_lib::childProcess("/bin/sh", "script", true)); },
+       "0"},
+  };
+  for (const auto& c : cases) {
+    makeContents({{"script", "echo line >>trace\n"}});
+    bool hasFailed = false;
+    const Ended ended = runTraced(c.run, [&](long call) -> Intervention {
+      if (call != c.call || hasFailed) return {};
+      hasFailed = true;
+      return {EPERM};
+    });
+    EXPECT_TRUE(hasFailed) << c.what;
+    EXPECT_EQ(ended.answer, c.answer) << c.what;
+    EXPECT_EQ(readFile("trace"), "line\n") << c.what;
   }
 }
 

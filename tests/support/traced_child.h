@@ -54,6 +54,9 @@ class Report {
   /// Lets the test intervene in the calls that follow, or not.
   void watch(bool on) { memory_->isWatched = on; }
   bool isWatched() const { return memory_->isWatched; }
+  /// Lets the child end instead of working once more.
+  void end() { memory_->hasEnded = true; }
+  bool hasEnded() const { return memory_->hasEnded; }
   void setAnswer(const std::string& answer) { copyTo(memory_->answer, answer); }
   void setText(const std::string& text) { copyTo(memory_->text, text); }
   std::string answer() const { return memory_->answer; }
@@ -62,6 +65,7 @@ class Report {
  private:
   struct Memory {
     std::atomic<bool> isWatched{false};
+    std::atomic<bool> hasEnded{false};
     char answer[64] = "";
     char text[16384] = "";
   };
@@ -133,6 +137,16 @@ class TracedChild {
  public:
   explicit TracedChild(Work work) : work_(std::move(work)) {}
 
+  /// Lets the child end by itself. A killed process writes no coverage counters.
+  ~TracedChild() {
+    if (!child_) return;
+    report_.end();
+    while (child_->next() != Tracee::Stop::kEnded) {
+    }
+  }
+  TracedChild(const TracedChild&) = delete;
+  TracedChild& operator=(const TracedChild&) = delete;
+
   /// Runs the work once. The first run also fills caches, such as that of the time zone and those
   /// of sanitizers, by system calls of its own.
   Ended run(const Intervene& intervene) {
@@ -150,9 +164,9 @@ class TracedChild {
 
  private:
   /// Runs in the child. Each round takes ten seconds at most.
-  [[noreturn]] void repeatWork() {
+  void repeatWork() {
     constexpr unsigned deadlineSeconds = 10;
-    while (true) {
+    while (!report_.hasEnded()) {
       alarm(deadlineSeconds);
       discardOutput();
       report_.setAnswer(answer());

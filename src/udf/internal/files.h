@@ -17,7 +17,8 @@ using Directory = std::unique_ptr<DIR, int (*)(DIR*)>;
 
 /// Opens a directory. Returns null and leaves the reason in `errno` if that fails.
 inline Directory openDirectory(const std::string& name) {
-  return Directory(opendir(name.c_str()), closedir);
+  // gcov does not say which branches of a copy that never runs are for exceptions only.
+  return Directory(opendir(name.c_str()), closedir);  // GCOVR_EXCL_BR_LINE
 }
 
 }  // namespace zn_lib::internal
