@@ -12,10 +12,18 @@
 
 #include "files.h"
 
+/// Returns a directory for temporary files in memory if there is one, and any other one otherwise.
+inline std::filesystem::path directoryInMemory() {
+  const char* const memory = "/dev/shm";
+  return access(memory, W_OK) == 0 ? memory : std::filesystem::temp_directory_path();
+}
+
 /// Gives each test an empty working directory of its own.
 class InTemporaryDirectory : public testing::Test {
  protected:
-  InTemporaryDirectory() : before_(std::filesystem::current_path()) {
+  explicit InTemporaryDirectory(
+      const std::filesystem::path& parent = std::filesystem::temp_directory_path())
+      : before_(std::filesystem::current_path()), temporary_(parent) {
     std::filesystem::current_path(directory);
   }
   ~InTemporaryDirectory() override { std::filesystem::current_path(before_); }

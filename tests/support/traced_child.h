@@ -24,6 +24,7 @@
 #include <string>
 #include <utility>
 
+#include "files.h"
 #include "shared_memory.h"
 #include "tracee.h"
 
@@ -54,8 +55,8 @@ class Report {
   /// Lets the test intervene in the calls that follow, or not.
   void watch(bool on) { memory_->isWatched = on; }
   bool isWatched() const { return memory_->isWatched; }
-  /// Lets the child end instead of working once more.
-  void end() { memory_->hasEnded = true; }
+  /// Sets whether the child ends instead of working once more.
+  void end(bool on) { memory_->hasEnded = on; }
   bool hasEnded() const { return memory_->hasEnded; }
   void setAnswer(const std::string& answer) { copyTo(memory_->answer, answer); }
   void setText(const std::string& text) { copyTo(memory_->text, text); }
@@ -137,15 +138,28 @@ class TracedChild {
  public:
   explicit TracedChild(Work work) : work_(std::move(work)) {}
 
-  /// Lets the child end by itself. A killed process writes no coverage counters.
-  ~TracedChild() {
-    if (!child_) return;
-    report_.end();
-    while (child_->next() != Tracee::Stop::kEnded) {
-    }
-  }
+  ~TracedChild() { end(); }
   TracedChild(const TracedChild&) = delete;
   TracedChild& operator=(const TracedChild&) = delete;
+
+  /// Returns whether the child is ready to repeat the work.
+  bool isThere() const { return child_.has_value(); }
+
+  /// Ends the child, so that another one does the work for the first time again. It ends by itself,
+  /// because a killed process writes no coverage counters.
+  void end() {
+    if (!child_) return;
+    report_.end(true);
+    while (child_->next() != Tracee::Stop::kEnded) {
+    }
+    child_.reset();
+    report_.end(false);
+  }
+
+  /// Returns the number of descriptors that the child has open.
+  std::size_t descriptors() const {
+    return namesIn("/proc/" + std::to_string(child_->id()) + "/fd").size();
+  }
 
   /// Runs the work once. The first run also fills caches, such as that of the time zone and those
   /// of sanitizers, by system calls of its own.
