@@ -34,6 +34,12 @@ run_targets() {
   ' sh "$build" "$logs" "$findings" "$fuzzers"
 }
 
+# inputs_of LOG: prints the number of inputs that a target has run.
+inputs_of() {
+  # A target that crashes writes no statistics.
+  sed -n 's/^stat::number_of_executed_units: *//p; s/^#\([0-9]*\).*/\1/p' "$1" | sort -n | tail -n 1 | grep . || echo 0
+}
+
 # report LOGS FINDINGS TARGET...: prints a row for each target and the output of failed ones. Fails if any target
 # failed.
 report() {
@@ -43,13 +49,10 @@ report() {
   printf '%-22s %12s %9s %9s\n' fuzzer inputs coverage findings
   for target in "$@"; do
     log=$logs/$target.log
-    inputs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n 1)
-    # A target that crashes writes no statistics.
-    [ -n "$inputs" ] || inputs=$(sed -n 's/^#\([0-9]*\).*/\1/p' "$log" | tail -n 1)
     coverage=$(sed -n 's/^#.* cov: \([0-9]*\).*/\1/p' "$log" | tail -n 1)
     count=0
     [ ! -e "$logs/$target.failed" ] || count=1
-    printf '%-22s %12s %9s %9s\n' "$target" "${inputs:-0}" "${coverage:-0}" "$count"
+    printf '%-22s %12s %9s %9s\n' "$target" "$(inputs_of "$log")" "${coverage:-0}" "$count"
     failed=$((failed + count))
   done
   for target in "$@"; do

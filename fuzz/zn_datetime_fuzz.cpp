@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <ctime>
 #include <iomanip>
 #include <regex>
 #include <sstream>
@@ -33,10 +35,10 @@ const std::vector<std::string> kMonths = {"January",   "February", "March",    "
                                           "September", "October",  "November", "December"};
 
 std::string shown(const date_time_record& record) {
-  std::ostringstream os;
-  os << std::setprecision(17) << record.year << '-' << record.month << '-' << record.day << ' '
-     << record.hour << ':' << record.minute << ':' << record.second;
-  return os.str();
+  char text[100];
+  std::snprintf(text, sizeof text, "%d-%d-%d %d:%d:%.17g", record.year, record.month, record.day,
+                record.hour, record.minute, record.second);
+  return text;
 }
 
 // ---- The calendar
@@ -69,8 +71,12 @@ void records(date_time_record record) {
   for (unsigned m = 1; m < std::min(month, 12u); ++m) dayOfYear += lengthOf(m, year);
   dayOfYear &= 0xFFFF;
   expectSame("getDayOfYear", zn_lib::getDayOfYear(record), dayOfYear);
-  expectSame("getAstronomicDay", zn_lib::getAstronomicDay(record),
-             month == 12 && day >= 21 ? day - 21 : (dayOfYear + 10) & 0xFFFF);
+  expectSame("day of the year", zn_lib::getDayOfYear(record.day, record.month, record.year),
+             dayOfYear);
+  const unsigned fromSolstice = month == 12 && day >= 21 ? day - 21 : (dayOfYear + 10) & 0xFFFF;
+  expectSame("getAstronomicDay", zn_lib::getAstronomicDay(record), fromSolstice);
+  expectSame("astronomic day", zn_lib::getAstronomicDay(record.day, record.month, record.year),
+             fromSolstice);
 
   const bool isMonth = month >= 1 && month <= 12;
   const std::string name = isMonth ? kMonths[month - 1] : "";
@@ -132,28 +138,33 @@ void conversions(const date_time_record& record, bool useTime) {
 
 // ---- Text
 
+/// Returns `text` with zeros in front.
+std::string filled(const std::string& text, std::size_t width) {
+  return std::string(width - std::min(width, text.size()), '0') + text;
+}
+
 std::string filled(double value) {
-  std::ostringstream os;
+  static std::ostringstream os;
+  os.str("");
   os << std::setw(2) << std::setfill('0') << value;
   return os.str();
 }
 
 /// Returns a date and time as the settings format it.
 std::string formatted(const date_time_record& record, const date_time_set& set, bool useTime) {
-  std::ostringstream day, month, year, time;
-  day << std::setw(2) << std::setfill('0') << record.day;
-  year << std::setw(4) << std::setfill('0') << record.year;
-  month << std::setw(2) << std::setfill('0') << record.month;
+  const std::string day = filled(std::to_string(record.day), 2);
+  const std::string month = filled(std::to_string(record.month), 2);
+  const std::string year = filled(std::to_string(record.year), 4);
   std::string name = record.month >= 1 && record.month <= 12 ? kMonths[record.month - 1u] : "";
   if (set.monthFormat == zn_lib::MONTH_SHORT_NAME) name = name.substr(0, 3);
   const bool isNamed =
       set.monthFormat == zn_lib::MONTH_SHORT_NAME || set.monthFormat == zn_lib::MONTH_FULL_NAME;
-  if (!isNamed) name = month.str();
+  if (!isNamed) name = month;
 
   const std::string s(1, set.dateSeparator);
-  std::string text = year.str() + s + month.str() + s + day.str();
-  if (set.dateFormat == zn_lib::DAY_MONTH_YEAR) text = day.str() + s + name + s + year.str();
-  if (set.dateFormat == zn_lib::MONTH_DAY_YEAR) text = name + s + day.str() + s + year.str();
+  std::string text = year + s + month + s + day;
+  if (set.dateFormat == zn_lib::DAY_MONTH_YEAR) text = day + s + name + s + year;
+  if (set.dateFormat == zn_lib::MONTH_DAY_YEAR) text = name + s + day + s + year;
   if (!useTime) return text;
   return text + set.dateTimeSeparator + filled(record.hour) + set.timeSeparator +
          filled(record.minute) + set.timeSeparator + filled(record.second);
@@ -179,6 +190,54 @@ void formats(unsigned long long julian, const date_time_set& set) {
   expectSame("julianToISO", zn_lib::julianToISO(julian),
              isDate ? formatted(record, iso, useTime) : "");
   expectSame("julianToYYYYMMDD", zn_lib::julianToYYYYMMDD(julian), isDate ? digits : "");
+}
+
+void expectSettings(const char* what, const date_time_set& expected) {
+  const date_time_set actual = zn_lib::getDateTimeFormat();
+  expectSame(what, actual.dateFormat, expected.dateFormat);
+  expectSame(what, actual.monthFormat, expected.monthFormat);
+  expectSame(what, actual.dateSeparator, expected.dateSeparator);
+  expectSame(what, actual.dateTimeSeparator, expected.dateTimeSeparator);
+  expectSame(what, actual.timeSeparator, expected.timeSeparator);
+  expectSame(what, actual.useTime, expected.useTime);
+}
+
+/// Sets each field on its own, and checks the settings `own`, which have been set before.
+void settings(const date_time_set& set, const date_time_set& own) {
+  expectSettings("setDateTimeFormat", own);
+  zn_lib::setDateFormat(set.dateFormat);
+  zn_lib::setMonthFormat(set.monthFormat);
+  zn_lib::setDateSeparator(set.dateSeparator);
+  zn_lib::setDateTimeSeparator(set.dateTimeSeparator);
+  zn_lib::setTimeSeparator(set.timeSeparator);
+  zn_lib::setUseTime(set.useTime);
+  expectSettings("the setters", set);
+  expectSettings("the getters",
+                 {zn_lib::getDateFormat(), zn_lib::getMonthFormat(), zn_lib::getDateSeparator(),
+                  zn_lib::getDateTimeSeparator(), zn_lib::getTimeSeparator(), zn_lib::isUseTime()});
+  zn_lib::defaultDateTimeFormat();
+  expectSettings("defaultDateTimeFormat",
+                 {zn_lib::YEAR_MONTH_DAY, zn_lib::MONTH_NUMBER, '-', ' ', ':', true});
+}
+
+/// Compares the current date with that of the C library. The second may change meanwhile.
+void today() {
+  const auto now = [] {
+    const std::time_t time = std::time(nullptr);
+    char text[64];
+    return std::string(text, std::strftime(text, sizeof text, "%F %T", std::localtime(&time)));
+  };
+  const std::string before = now();
+  const std::string iso = zn_lib::getTodayAsISO();
+  date_time_record record;
+  zn_lib::resetDateTime(record);
+  expectSame("resetDateTime", shown(record), std::string("0-0-0 12:0:0"));
+  zn_lib::getToday(record);
+  const std::string after = now();
+  fuzz::expect("getTodayAsISO", before <= iso && iso <= after);
+  const date_time_set format = {zn_lib::YEAR_MONTH_DAY, zn_lib::MONTH_NUMBER, '-', ' ', ':', true};
+  const std::string text = formatted(record, format, true);
+  fuzz::expect("getToday", iso <= text && text <= after);
 }
 
 void hours(double value) {
@@ -280,6 +339,7 @@ double consumeDouble(FuzzedDataProvider& input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   FuzzedDataProvider input(data, size);
+  const int group = input.ConsumeIntegralInRange(0, 8);
   const date_time_set own = consumeSettings(input);
   const date_time_set other = consumeSettings(input);
   const unsigned long long julian = input.ConsumeIntegral<unsigned long long>();
@@ -297,19 +357,41 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   zn_lib::setDateTimeFormat(own.dateFormat, own.monthFormat, own.dateSeparator,
                             own.dateTimeSeparator, own.timeSeparator, own.useTime);
-  formats(julian, other);
-  formats(julian % kYear65536, other);
-  hours(value);
   const auto cut = [](int number) { return static_cast<unsigned short>(number); };
   const date_time_record far = {cut(numbers[0]), cut(numbers[1]), cut(numbers[2]),
                                 cut(numbers[3]), cut(numbers[4]), value};
-  records(far);
-  records(near);
-  conversions(near, own.useTime);
-  conversions(far, own.useTime);
-  zn_lib::dateToJulian(numbers[2], numbers[1], numbers[0], numbers[3], numbers[4], value);
-  zn_lib::dateToJulian(numbers[2], near.month, near.day, numbers[3], numbers[4], value);
-  rewrites(text, own);
-  parses(text);
+  switch (group) {
+    case 0:
+      formats(julian, other);
+      break;
+    case 1:
+      formats(julian % kYear65536, other);
+      break;
+    case 2:
+      settings(other, own);
+      today();
+      hours(value);
+      break;
+    case 3:
+      records(far);
+      break;
+    case 4:
+      records(near);
+      break;
+    case 5:
+      conversions(near, own.useTime);
+      break;
+    case 6:
+      conversions(far, own.useTime);
+      zn_lib::dateToJulian(numbers[2], numbers[1], numbers[0], numbers[3], numbers[4], value);
+      zn_lib::dateToJulian(numbers[2], near.month, near.day, numbers[3], numbers[4], value);
+      break;
+    case 7:
+      rewrites(text, own);
+      break;
+    default:
+      parses(text);
+      break;
+  }
   return 0;
 }

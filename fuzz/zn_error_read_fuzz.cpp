@@ -40,7 +40,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Catalog catalog = {{0, "old"}, {1, "old"}};
   fuzz::Catalog merged = expected;
   merged.insert({{0, "old"}, {1, "old"}});
+  Catalog exported = catalog;
   fuzz::expectSame("readErrorFile", zn_lib::readErrorFile(directory.file("errors"), catalog), true);
   compare(catalog, merged);
+  reader.event->exportData(exported);
+  compare(exported, merged);
   return 0;
 }

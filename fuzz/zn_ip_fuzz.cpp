@@ -149,14 +149,27 @@ void longTexts(const std::string& text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   FuzzedDataProvider input(data, size);
+  const int group = input.ConsumeIntegralInRange(0, 4);
   const unsigned int value = input.ConsumeIntegral<unsigned int>();
   const unsigned int other = input.ConsumeIntegral<unsigned int>();
   const std::string text = input.ConsumeRemainingBytesAsString();
-  values(value, other);
-  texts(text, value);
-  texts(dotted(bytesOf(value)), other);
-  parts(text);
-  longValues(text);
-  longTexts(text);
+  switch (group) {
+    case 0:
+      values(value, other);
+      texts(dotted(bytesOf(value)), other);
+      break;
+    case 1:
+      texts(text, value);
+      break;
+    case 2:
+      parts(text);
+      break;
+    case 3:
+      longValues(text);
+      break;
+    default:
+      longTexts(text);
+      break;
+  }
   return 0;
 }

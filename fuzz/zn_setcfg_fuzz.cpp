@@ -43,11 +43,12 @@ class Model {
       : input_(input), directory_(directory) {
     std::filesystem::remove(file());
     std::filesystem::remove(file() + "~");
+    std::filesystem::remove(file() + ".1.zn_udf");
     create();
   }
 
   void step() {
-    switch (input_.ConsumeIntegralInRange(0, 16)) {
+    switch (input_.ConsumeIntegralInRange(0, 17)) {
       case 0:
         setValue();
         break;
@@ -98,8 +99,11 @@ class Model {
       case 15:
         put();
         break;
-      default:
+      case 16:
         list();
+        break;
+      default:
+        leaveBehind();
         break;
     }
     check();
@@ -228,6 +232,7 @@ class Model {
     if (backup_ && content_) backupContent_ = content_;
     content_ = document();
     changed_ = false;
+    hasLeftover_ = false;
   }
 
   /// Returns the contents of a saved file. Its texts end at their first NUL.
@@ -252,6 +257,12 @@ class Model {
   void remove() {
     std::filesystem::remove(file());
     content_.reset();
+  }
+
+  /// Creates the file that a save leaves when its process is killed. The next save removes it.
+  void leaveBehind() {
+    writeFile(file() + ".1.zn_udf", text());
+    hasLeftover_ = true;
   }
 
   void list() {
@@ -297,7 +308,8 @@ class Model {
     const auto files = static_cast<std::size_t>(
         std::distance(std::filesystem::directory_iterator(directory_.path()), {}));
     expectSame("files", files,
-               std::size_t{content_.has_value()} + std::size_t{backupContent_.has_value()});
+               std::size_t{content_.has_value()} + std::size_t{backupContent_.has_value()} +
+                   std::size_t{hasLeftover_});
   }
 
   static void checkFile(const char* what, const std::string& name,
@@ -314,6 +326,7 @@ class Model {
   bool changed_ = false;
   bool backup_ = true;
   bool isMissing_ = false;
+  bool hasLeftover_ = false;
   std::optional<std::string> content_, backupContent_;
 };
 

@@ -115,7 +115,7 @@ struct Options {
   bool isEncodingHandled;
   bool isDefaultOn;
   bool expand;
-  /// The number of the switch that is disabled again before the parse. Most numbers are no switch.
+  /// The number of the switch that is turned off again before the parse. Some numbers are none.
   int off;
 };
 
@@ -155,20 +155,22 @@ XML_Parser plainParser(Record& record, const Options& options) {
     XML_SetCommentHandler(
         parser, [](void* data, const XML_Char* text) { recordOf(data).event("comment", {text}); });
   }
-  if (options.off != 6) {
-    XML_SetCdataSectionHandler(
-        parser, [](void* data) { recordOf(data).event("cdata"); },
-        [](void* data) { recordOf(data).event("end of cdata"); });
+  if (options.off != 6 && options.off != 10) {
+    XML_SetStartCdataSectionHandler(parser, [](void* data) { recordOf(data).event("cdata"); });
   }
-  if (options.off != 7) {
-    XML_SetNamespaceDeclHandler(
-        parser,
-        [](void* data, const XML_Char* prefix, const XML_Char* uri) {
-          recordOf(data).event("namespace", {prefix, uri});
-        },
-        [](void* data, const XML_Char* prefix) {
-          recordOf(data).event("end of namespace", {prefix});
-        });
+  if (options.off != 6 && options.off != 11) {
+    XML_SetEndCdataSectionHandler(parser, [](void* data) { recordOf(data).event("end of cdata"); });
+  }
+  if (options.off != 7 && options.off != 12) {
+    XML_SetStartNamespaceDeclHandler(parser,
+                                     [](void* data, const XML_Char* prefix, const XML_Char* uri) {
+                                       recordOf(data).event("namespace", {prefix, uri});
+                                     });
+  }
+  if (options.off != 7 && options.off != 13) {
+    XML_SetEndNamespaceDeclHandler(parser, [](void* data, const XML_Char* prefix) {
+      recordOf(data).event("end of namespace", {prefix});
+    });
   }
   if (options.off != 8) {
     XML_SetXmlDeclHandler(
@@ -176,15 +178,16 @@ XML_Parser plainParser(Record& record, const Options& options) {
           recordOf(data).event(standalone == 0 ? "xml" : "standalone xml", {version, encoding_});
         });
   }
-  if (options.off != 9) {
-    XML_SetDoctypeDeclHandler(
-        parser,
-        [](void* data, const XML_Char* name, const XML_Char* systemId, const XML_Char* publicId,
-           int hasSubset) {
-          recordOf(data).event(hasSubset == 0 ? "doctype" : "doctype [",
-                               {name, systemId, publicId});
-        },
-        [](void* data) { recordOf(data).event("end of doctype"); });
+  if (options.off != 9 && options.off != 14) {
+    XML_SetStartDoctypeDeclHandler(parser, [](void* data, const XML_Char* name,
+                                              const XML_Char* systemId, const XML_Char* publicId,
+                                              int hasSubset) {
+      recordOf(data).event(hasSubset == 0 ? "doctype" : "doctype [", {name, systemId, publicId});
+    });
+  }
+  if (options.off != 9 && options.off != 15) {
+    XML_SetEndDoctypeDeclHandler(parser,
+                                 [](void* data) { recordOf(data).event("end of doctype"); });
   }
   const XML_DefaultHandler other = [](void* data, const XML_Char* text, int length) {
     recordOf(data).run("other", text, length);
@@ -249,6 +252,24 @@ void enable(XMLParser& parser, const Options& options) {
       break;
     case 9:
       parser.EnableDoctypeDeclHandler(false);
+      break;
+    case 10:
+      parser.EnableStartCdataSectionHandler(false);
+      break;
+    case 11:
+      parser.EnableEndCdataSectionHandler(false);
+      break;
+    case 12:
+      parser.EnableStartNamespaceDeclHandler(false);
+      break;
+    case 13:
+      parser.EnableEndNamespaceDeclHandler(false);
+      break;
+    case 14:
+      parser.EnableStartDoctypeDeclHandler(false);
+      break;
+    case 15:
+      parser.EnableEndDoctypeDeclHandler(false);
       break;
     default:
       break;
@@ -315,6 +336,10 @@ Outcome byExpat(const Pieces& pieces, const Options& options) {
 
 bool parsePiece(XMLParser& parser, const Piece& piece) {
   const std::size_t length = piece.bytes.size();
+  if (piece.isForBuffer && std::count(piece.bytes.begin(), piece.bytes.end(), '\0') == 0) {
+    const std::string text(piece.bytes.begin(), piece.bytes.end());
+    if (text.size() % 2 == 1) return parser.Parse(text.c_str(), piece.isFinal);
+  }
   if (!piece.isForBuffer || length == 0) {
     return parser.Parse(piece.bytes.data(), length, piece.isFinal);
   }
@@ -334,6 +359,14 @@ Outcome byLibrary(XMLParser& parser, const Pieces& pieces, const Options& option
   const std::string settled = handler.record.events;
   handler.record.end();
   fuzz::expect("GetErrorString", parser.GetErrorString() == XML_ErrorString(parser.GetErrorCode()));
+  fuzz::expectSame("GetCurrentByteCount", parser.GetCurrentByteCount(),
+                   XML_GetCurrentByteCount(parser.m_parser));
+  int offset = -1, size = -1, expectedOffset = -1, expectedSize = -1;
+  fuzz::expect("GetInputContext",
+               parser.GetInputContext(&offset, &size) ==
+                   XML_GetInputContext(parser.m_parser, &expectedOffset, &expectedSize));
+  fuzz::expectSame("its offset", offset, expectedOffset);
+  fuzz::expectSame("its size", size, expectedSize);
   return {handler.record.events,
           settled,
           isParsed,
@@ -341,6 +374,22 @@ Outcome byLibrary(XMLParser& parser, const Pieces& pieces, const Options& option
           parser.GetCurrentByteIndex(),
           parser.GetCurrentLineNumber(),
           parser.GetCurrentColumnNumber()};
+}
+
+/// Expects that a handler that overrides nothing leaves the result of the parse as it is.
+void parseUnhandled(const Pieces& pieces, const Outcome& expected, const Options& options) {
+  XMLEvtHandler handler;
+  XMLParser parser(&handler);
+  fuzz::expect("Create", parser.Create(options.encoding.c_str(), options.separator.c_str()));
+  enable(parser, options);
+  bool isParsed = true;
+  for (const Piece& piece : pieces) isParsed = isParsed && parsePiece(parser, piece);
+  // The handler knows no encoding.
+  if (options.isEncodingHandled) return;
+  fuzz::expectSame("without events", isParsed, expected.isParsed);
+  fuzz::expectSame("error", parser.GetErrorCode(), expected.error);
+  fuzz::expect("GetErrorString",
+               XMLParser::GetErrorString(expected.error) == XML_ErrorString(expected.error));
 }
 
 void compare(const char* how, const Outcome& actual, const Outcome& expected) {
@@ -373,6 +422,7 @@ void compareCut(const Outcome& pieces, const Outcome& whole) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  fuzz::expect("GetExpatVersion", XMLParser::GetExpatVersion() == XML_ExpatVersion());
   FuzzedDataProvider input(data, size);
   Options options;
   options.encoding =
@@ -381,7 +431,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   options.isEncodingHandled = input.ConsumeBool();
   options.isDefaultOn = !input.ConsumeBool();
   options.expand = input.ConsumeBool();
-  options.off = input.ConsumeIntegralInRange(0, 15);
+  options.off = input.ConsumeIntegralInRange(0, 23);
   const bool isLastForBuffer = input.ConsumeBool();
   std::string cuts(input.ConsumeIntegralInRange<std::size_t>(0, 32), '\0');
   for (char& cut : cuts) cut = input.ConsumeIntegral<char>();
@@ -395,5 +445,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   compare("in one piece", ofWhole, byExpat(whole, options));
   compare("in pieces", ofPieces, byExpat(pieces, options));
   compareCut(ofPieces, ofWhole);
+  parseUnhandled(pieces, ofPieces, options);
   return 0;
 }
