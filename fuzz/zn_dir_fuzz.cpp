@@ -27,11 +27,17 @@ namespace {
 using fuzz::expectSame;
 using Names = std::vector<std::string>;
 
-/// The files of the working directory and their expected contents. HOME is not set, and there are
-/// only two levels: the names contain neither slashes nor backslashes.
+/// The files of the working directory and of its subdirectories, and their expected contents. HOME
+/// is not set. The names contain neither slashes nor backslashes, so all stays in that directory.
 class Model {
  public:
-  explicit Model(FuzzedDataProvider& input) : input_(input) {}
+  /// Begins with an empty directory, or with files and with directories to copy from and to.
+  explicit Model(FuzzedDataProvider& input) : input_(input) {
+    const int start = input_.ConsumeIntegralInRange(0, 7);
+    if (start > 3) contents_ = {{"a", "one\ntwo"}, {"sub", "/"}, {"sub/a", "A"}, {"copy", "/"}};
+    if (start == 7) contents_["b.txt"] = std::string(200000, 'b');
+    makeContents(contents_);
+  }
 
   void step() {
     switch (input_.ConsumeIntegralInRange(0, 9)) {
@@ -95,11 +101,23 @@ class Model {
   }
 
   std::string bytes() {
-    const int copies = input_.PickValueInArray({1, 1, 1, 30, 4000});
     const std::string text = input_.ConsumeRandomLengthString(60);
-    std::string repeated;
-    for (int i = 0; i < copies; ++i) repeated += text;
-    return repeated == "/" ? "" : repeated;  // which marks directories
+    switch (input_.ConsumeIntegralInRange(0, 5)) {
+      case 0:
+        return repeated(text, 30);
+      case 1:
+        return repeated(text, 4000);
+      case 2:  // about as long as the longest line
+        return std::string(input_.ConsumeIntegralInRange<std::size_t>(1020, 1026), 'x') + text;
+      default:
+        return text == "/" ? "" : text;  // which marks directories
+    }
+  }
+
+  static std::string repeated(const std::string& text, int count) {
+    std::string copies;
+    for (int i = 0; i < count; ++i) copies += text;
+    return copies;
   }
 
   bool exists(const std::string& name) const { return contents_.count(name) != 0; }
@@ -179,12 +197,10 @@ class Model {
 
   void list() {
     std::string dir = input_.ConsumeBool() ? "" : name();
-    const std::string filter =
-        input_.ConsumeBool()
-            ? input_.PickValueInArray<std::string>({"", "<dir>", "a", "^b", "t$", "(", "[.~]"})
-            : input_.ConsumeRandomLengthString(fuzz::kShortForPattern);
+    // Any filter is tried by zn_file_fuzz, in which fewer functions compete for inputs.
+    const std::string filter = input_.PickValueInArray<std::string>(
+        {"", "<dir>", "a", "^b", "t$", "(", "[.~]", "b|u", ".*\\.", "xx*"});
     const bool skipHidden = input_.ConsumeBool();
-    if (!fuzz::isForEngine(filter)) return;
 
     const std::string trimmed = withoutLeadingWhitespace(dir);
     bool isListed = trimmed.empty() || isDirectory(trimmed);
@@ -241,14 +257,17 @@ class Model {
   }
 
   void write() {
-    std::string file = name();
+    const std::string dir = input_.PickValueInArray<std::string>({"", "", "sub/", "copy/"});
+    std::string file = dir + name();
     const std::string text = bytes();
     zn_lib::WriteFile out;
     out.append = input_.ConsumeBool();
     out.overwrite = input_.ConsumeBool();
     const bool append = out.append;
     const std::string used = nameOf(file);
-    const bool expected = !used.empty() && !isDirectory(used);
+    const std::size_t slash = used.find('/');
+    const bool isThere = slash == std::string::npos || isDirectory(used.substr(0, slash));
+    const bool expected = !used.empty() && isThere && !isDirectory(used);
     const bool isWarned = zn_lib::isVerbose() && !append && !out.overwrite && exists(used);
     out.setFileName(file);
 
@@ -336,7 +355,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static const fuzz::TemporaryDirectory directory;
   static const bool isThere = chdir(directory.path().c_str()) == 0 && unsetenv("HOME") == 0;
   fuzz::expect("the directory is there", isThere);
-  makeContents({});
   FuzzedDataProvider input(data, size);
   zn_lib::setVerbose(input.ConsumeBool());
   Model model(input);

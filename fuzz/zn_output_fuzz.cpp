@@ -14,6 +14,7 @@
 #include <cstring>
 #include <functional>
 #include <iostream>
+#include <map>
 #include <sstream>
 #include <string>
 
@@ -60,7 +61,8 @@ void errors(FuzzedDataProvider& input) {
   const std::string line(70, '-');
   std::ostringstream list;
   list << "Error list\n" << line << '\n';
-  for (const auto& [key, text] : catalog) list << key << ' ' << text.c_str() << '\n';
+  const std::map<int, std::string> sorted(catalog.begin(), catalog.end());
+  for (const auto& [key, text] : sorted) list << key << ' ' << text.c_str() << '\n';
   list << line << '\n';
   expectWritten("showErrorList", isShown ? list.str() : "", "",
                 [&] { zn_lib::showErrorList(catalog); });
