@@ -147,7 +147,7 @@ ZN_UDF_API bool fileRename(const std::string& oldName, const std::string& newNam
 
 /// Moves the file to its backup name, `name` followed by "~", and replaces an earlier backup.
 /// Afterwards there is no file called `name`. Returns true on success. A directory is moved too,
-/// and a link is moved itself.
+/// and a link is moved itself. A `name` ends at its first NUL, before the "~".
 ///
 /// Returns false if `name` does not exist or is a dangling link, if the earlier backup cannot be
 /// removed, or if the renaming fails. In the last case the earlier backup is lost.

@@ -577,6 +577,14 @@ TEST_F(Settings, ADirectoryInPlaceOfTheFile) {
   EXPECT_TRUE(std::filesystem::is_regular_file("config.xml"));
 }
 
+TEST_F(Settings, ADirectoryInPlaceOfTheFileReplacesAnEarlierBackup) {
+  std::filesystem::create_directories("config.xml/full");
+  writeFile("config.xml~", "earlier");
+  EXPECT_TRUE(Configuration().save());
+  EXPECT_TRUE(std::filesystem::is_directory("config.xml~/full"));
+  EXPECT_TRUE(std::filesystem::is_regular_file("config.xml"));
+}
+
 TEST_F(Settings, SaveSucceedsOnAFullDevice) {
   Configuration store("T", "full");
   store.path = "/dev";

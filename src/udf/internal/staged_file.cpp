@@ -225,11 +225,16 @@ class StagedFile {
 };
 
 /// Renames `file` to `backup`, which may be an existing file or an empty directory. If that fails,
-/// both files stay.
+/// both files stay, unless `file` is a directory and `backup` is none.
 bool moveToBackup(const std::string& file, const std::string& backup) {
   if (std::rename(file.c_str(), backup.c_str()) == 0) return true;
-  // Only a directory has to be removed first. The second try also overcomes a transient error.
-  rmdir(backup.c_str());
+  // A file replaces a file, but a file and a directory do not replace each other. The second try
+  // also overcomes a transient error.
+  if (errno == ENOTDIR) {
+    unlink(backup.c_str());
+  } else {
+    rmdir(backup.c_str());
+  }
   return std::rename(file.c_str(), backup.c_str()) == 0;
 }
 
