@@ -9,16 +9,16 @@
 #include "history.h"
 
 int main(int argc, char** argv) {
-  constexpr std::size_t callsOfHistory = 2000;
+  constexpr std::uint64_t callsOfHistory = 2000;
   setenv("TZ", "UTC", 1);
   const std::uint64_t seed = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 1;
-  std::size_t calls = argc > 2 ? std::strtoull(argv[2], nullptr, 10) : 20000;
+  std::uint64_t calls = argc > 2 ? std::strtoull(argv[2], nullptr, 10) : 20000;
   bool hasFailed = false;
   for (std::uint64_t history = 0; calls > 0 && !hasFailed; ++history) {
-    const std::size_t count = std::min(calls, callsOfHistory);
+    const std::uint64_t count = std::min(calls, callsOfHistory);
     std::string lines;
     const auto outcome = histories::runRandom(
-        histories::allKinds(), seed + history, count,
+        histories::allKinds(), seed + history, static_cast<std::size_t>(count),
         [&](const histories::Step& step) { lines += histories::lineOf(step) + "\n"; });
     std::cout << lines;
     hasFailed = outcome.hasFailed;

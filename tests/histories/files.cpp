@@ -229,9 +229,9 @@ bool list(const Model& model, std::string dir, std::vector<std::string>& names) 
 bool isListed(const Model& model, const std::string& dir, const std::string& name,
               const std::string& filter) {
   if (filter == "<dir>") {
+    if (name == "." || name == "..") return false;
     const std::string prefix = dir.empty() ? "" : expanded(model, dir) + "/";
-    const NodePointer node = model.disk.find(prefix + name);
-    return name != "." && name != ".." && node->isDirectory;
+    return model.disk.find(prefix + name)->isDirectory;
   }
   static std::string compiledFrom;
   static reference::Engine compiled;

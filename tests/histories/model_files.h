@@ -19,6 +19,7 @@ struct Node {
 
 using NodePointer = std::shared_ptr<Node>;
 
+/// No name may lead above the top directory.
 class Disk {
  public:
   /// Starts in a directory that contains nothing, which is the only one of the top directory.
