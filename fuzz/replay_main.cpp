@@ -27,12 +27,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Returns the files, and those in the directories, in the order of their names.
+/// Returns the files, and those in the directories, in the order of their names. Throws if one is
+/// missing.
 std::vector<fs::path> filesIn(const std::vector<fs::path>& paths) {
   std::vector<fs::path> files;
   for (const fs::path& path : paths) {
     if (!fs::is_directory(path)) {
-      files.push_back(path);
+      files.push_back(fs::canonical(path));
       continue;
     }
     for (const auto& entry : fs::recursive_directory_iterator(path)) {
