@@ -213,12 +213,18 @@ TEST(FNday, FollowsTheRecordOfDistantJulianValues) {
   EXPECT_EQ(zn_lib::julianToDate(year0 - kDay).year, 65535);
   EXPECT_EQ(zn_lib::julianToDate(year65536).year, 0);
   EXPECT_EQ(zn_lib::julianToDate(year65536 - kDay).year, 65535);
-  for (const Julian julian :
-       {Julian{0}, Julian{1}, kHalfDay - 1, kHalfDay, kLargestJulian / 100000, year0, year0 - kDay,
-        year65536, year65536 - kDay, year0 - kHalfDay, year0 - kHalfDay - 1}) {
+  const auto expectDayOfRecord = [](Julian julian) {
     const zn_lib::date_time_record date = zn_lib::julianToDate(julian);
     EXPECT_EQ(dayAt(julian, 0.0).FNday(), daysOfFourYearCycles(date.year, date.month, date.day))
         << julian;
+  };
+  for (const Julian julian : {Julian{0}, Julian{1}, kHalfDay - 1, kHalfDay, kLargestJulian / 100000,
+                              year0 - kHalfDay, year0 - kHalfDay - 1}) {
+    expectDayOfRecord(julian);
+  }
+  for (Julian days = 0; days < 4 * 366; ++days) {
+    expectDayOfRecord(year0 - days * kDay);
+    expectDayOfRecord(year65536 - kDay + days * kDay);
   }
 }
 
