@@ -385,6 +385,14 @@ TEST_F(Files, CopyRemovesTheTargetFirst) {
   EXPECT_FALSE(zn_lib::fileCopy("a", "full", true)) << "cannot be removed";
 }
 
+TEST_F(Files, CopyEndsAfterAnEarlierInterruption) {
+  writeFile("a", "new");
+  writeFile("b", "old");
+  errno = EINTR;  // of a call that the host made
+  EXPECT_TRUE(zn_lib::fileCopy("a", "b", true));
+  EXPECT_EQ(readFile("b"), "new");
+}
+
 TEST_F(Files, CopySucceedsOnceAttempted) {
   writeFile("a", "text");
   EXPECT_TRUE(zn_lib::fileCopy("a", "missing/b", true));

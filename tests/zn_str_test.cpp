@@ -80,6 +80,8 @@ TEST(Pad, AlignsTheTextToTheNamedSide) {
       {"abc", -5, 'x', "abc", "abc"},
       {"abc", std::numeric_limits<int>::min(), 'x', "abc", "abc"},
       {"", 2, '-', "--", "--"},
+      {"", 0, 'x', "", ""},
+      {"", -1, 'x', "", ""},
       {"a", 3, '\0', "\0\0a"s, "a\0\0"s},
       {"a", 2, '\xFF',
        "\xFF"
@@ -106,7 +108,7 @@ TEST(StringToBool, Examples) {
   }
   for (const std::string& text :
        {"0"s, "no"s, "false"s, "yes "s, " yes"s, ""s, "10"s, "11"s, "yesyes"s, ".t"s, "xtx"s,
-        "oN\n"s, "t\0"s, "\0"s, "off"s, "truee"s}) {
+        "oN\n"s, "t\0"s, "\0"s, "off"s, "truee"s, "\0\0\0\4true"s}) {
     EXPECT_FALSE(zn_lib::stringToBool(text)) << text;
   }
 }

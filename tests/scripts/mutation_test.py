@@ -14,8 +14,8 @@ prints the results so far. Each run writes the survivors to build/mutants/surviv
 
 Every run makes the same choice of mutants, from each file in proportion to their number; `--count 0` takes all.
 Requires clang++ and libc++, and is faster with lld. Results are kept in build/mutants: that of a killed mutant until
-its file or the test that killed it changes, that of a survivor until its file or any test changes. --fresh repeats them
-all.
+its file or the test that killed it changes, that of a survivor until its file or a test program changes that ran.
+--fresh repeats them all.
 
 Exits with status 1 if fewer than 95 of 100 mutants are killed, if a survivor is not explained, or if an explained one
 is killed.
@@ -281,7 +281,7 @@ class Build:
         key = hashlib.sha256(" ".join(flags).encode()).hexdigest()[:16]
         with self.lock:
             if key not in self.headers:
-                header = WORK / "standard.h"
+                header = self.directory / f"{key}.h"
                 names = set()
                 for name in sources():
                     names.update(re.findall(r"^#include <(?:[a-z_]+|expat\.h)>$", content(name), re.MULTILINE))
@@ -461,7 +461,8 @@ class Workshop:
         """Returns true if the optimised object code is that of the original."""
         output = self.directory / "optimised.o"
         for target, name in objects:
-            build.compile(target, name, output, self.overlay, optimised=True)
+            if not build.compile(target, name, output, self.overlay, optimised=True):
+                return False
             if output.read_bytes() != build.original(target, name):
                 return False
         return True
@@ -501,14 +502,13 @@ class Results:
                 key, result, witness = json.loads(line)
                 self.known[key] = result, witness
         self.tests = {test.stem: test.read_text() for test in sorted((ROOT / "tests").rglob("*.cpp"))}
-        everything = list(self.tests.values()) + [file.read_text() for file in sorted((ROOT / "tests").rglob("*.h"))]
-        self.all_tests = hashlib.sha256("\n".join(everything).encode()).hexdigest()
+        self.support = "\n".join(file.read_text() for file in sorted((ROOT / "tests").rglob("*.h")))
 
     @staticmethod
     def key(mutant):
         return hashlib.sha256(f"{mutant}{content(mutant.file)}".encode()).hexdigest()[:24]
 
-    def witness(self, result):
+    def witness(self, mutant, result):
         """Returns what the result depends on besides the file of the mutant."""
         if result[0] == "killed":
             program, case = result[1:]
@@ -516,20 +516,24 @@ class Results:
             test = re.search(rf"^TEST\w*\({suite.split('/')[-1]}, {name}\).*?^}}", self.tests.get(program, ""),
                              re.MULTILINE | re.DOTALL)
             return hashlib.sha256((test.group() if test else self.tests[program]).encode()).hexdigest()
-        return self.all_tests if result[0] in ("alive", "survived") else ""
+        if result[0] in ("alive", "survived"):
+            tests = "\n".join(self.tests[program] for program in all_tests(mutant.file))
+            return hashlib.sha256((self.support + tests).encode()).hexdigest()
+        return ""
 
     def is_known(self, mutant):
         return self.key(mutant) in self.known
 
     def get(self, mutant):
         result, witness = self.known.get(self.key(mutant), (None, None))
-        return result if result and self.witness(result) == witness else None
+        return result if result and self.witness(mutant, result) == witness else None
 
     def put(self, mutant, result):
         with self.lock:
-            self.known[self.key(mutant)] = result, self.witness(result)
+            witness = self.witness(mutant, result)
+            self.known[self.key(mutant)] = result, witness
             with self.path.open("a") as file:
-                file.write(json.dumps([self.key(mutant), result, self.witness(result)]) + "\n")
+                file.write(json.dumps([self.key(mutant), result, witness]) + "\n")
 
 
 class Run:
