@@ -642,7 +642,8 @@ def report(plan, results, total):
         print(f"{name}: " + ", ".join(f"{count} {result}" for result, count in sorted(counts.items())))
     print("\n".join(errors))
     unfinished = len(by_result["alive"]) + len(by_result["untested"])
-    killed, survived = len(by_result["killed"]), len(by_result["survived"])
+    # A mutant that is still alive may yet be killed, but does not count as if it were.
+    killed, survived = len(by_result["killed"]), len(alive)
     rate = killed / max(1, killed + survived)
     for name, value in (("mutants_generated", total), ("mutants_chosen", len(plan)), ("mutants_unfinished", unfinished),
                         ("mutants_not_built_here", len(by_result["not built here"])),
@@ -650,7 +651,8 @@ def report(plan, results, total):
                         ("mutants_with_the_same_object_code", len(by_result["equivalent"])),
                         ("mutants_that_differ", killed + survived), ("mutants_killed", killed),
                         ("mutants_killed_percent", f"{int(1000 * rate) / 10}"),
-                        ("mutants_survived", survived), ("mutants_explained", survived - len(unexplained))):
+                        ("mutants_survived", survived),
+                        ("mutants_explained", sum(identity(mutant) in reasons for mutant in alive))):
         print(f"figure {name} {value}")
     return 1 if errors or unfinished or rate < 0.95 else 0
 
