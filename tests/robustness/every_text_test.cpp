@@ -70,9 +70,9 @@ void forEveryTextInTime(const Texts& wanted, Agrees agrees) {
             << " characters from " << testing::PrintToString(wanted.alphabet) << '\n';
   EXPECT_GE(finished, wanted.leastLength) << wanted.what;
   const std::string what = wanted.what;
-  testing::Test::RecordProperty(what + ": alphabet", testing::PrintToString(wanted.alphabet));
-  testing::Test::RecordProperty(what + ": length", std::to_string(finished));
-  testing::Test::RecordProperty(what + ": texts", std::to_string(texts));
+  testing::Test::RecordProperty(what + ".alphabet", testing::PrintToString(wanted.alphabet));
+  testing::Test::RecordProperty(what + ".length", std::to_string(finished));
+  testing::Test::RecordProperty(what + ".texts", std::to_string(texts));
 }
 
 bool matches(const std::string& text, const reference::Engine& pattern) {
