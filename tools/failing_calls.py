@@ -2,7 +2,7 @@
 """Writes docs/reliability/failing_calls.md from what the long run of failing_calls_test recorded.
 
 usage: failing_calls.py [RECORD]
-RECORD is build/release/failing_calls.txt by default, which `ctest --preset long -R failing_calls` writes.
+RECORD is build/release/failing_calls.txt by default. `ctest --preset long -R failing_calls_test.long` writes it.
 """
 import collections
 import pathlib
@@ -17,7 +17,8 @@ INTRODUCTION = """\
 # Failing system calls
 
 This page lists what each function of the library answers if a system call that it makes fails. It is generated from the
-results of `failing_calls_test`: run `ctest --preset long -R failing_calls`, and then `tools/failing_calls.py`.
+results of `failing_calls_test`: run `ctest --preset long -R failing_calls_test.long`, and then
+`tools/failing_calls.py`.
 
 The test runs each function in a process that it traces with ptrace. Each system call of the function fails with each
 error that its manual page lists: first only the first call, then only the second, and so on, and then all calls from
@@ -25,8 +26,8 @@ the first on, from the second on, and so on. Reads and writes also transfer only
 run, the test compares the answer with the files and the output, and expects that the process neither hangs nor crashes
 and that no descriptor is left open.
 
-- **Errors** are those of man-pages {version}. A read, a write, a wait, a synchronisation or a request for random numbers
-  that is interrupted (EINTR) for good is left out, because it is repeated until it succeeds.
+- **Errors** are those of man-pages {version}. A read, a write, a wait, a synchronisation or a request for random
+  numbers that is interrupted (EINTR) for good is left out, because it is repeated until it succeeds.
 - **System calls** are those of this library with glibc and libstdc++ on x86-64. Calls that allocate memory (such as
   `mmap`) and locks of the C++ library (`futex`) are left out; `out_of_memory_test` tests failing allocations. Of the
   calls of a child process, only `execve` fails, always for good.
@@ -34,8 +35,8 @@ and that no descriptor is left open.
   the situation, such as whether a target exists. Some errors occur only if the system gives wrong information. If it
   says that an existing file is missing (ENOENT), the functions believe it. `Configuration::save` leaves no file only
   where there was none, or where the old settings are in the backup.
-- **{aborts}**: glibc does so if it gets no random numbers for expat, or if the system rejects the
-  buffer that glibc has allocated for the name of the working directory.
+- **{aborts}**: glibc does so if it gets no random numbers for expat, or if the system rejects
+  the buffer that glibc has allocated for the name of the working directory.
 """
 
 ABORTS = "the C library aborts the process"
@@ -91,9 +92,10 @@ def page_of(record):
     with_calls = sorted(name for name, calls in functions.items() if calls)
     without_calls = sorted(name for name, calls in functions.items() if not calls)
     calls = {call for name in with_calls for call in functions[name]}
-    lines += [*textwrap.wrap(f"{len(with_calls)} functions make {len(calls)} different system calls. The table shows the "
-                             f"answers to {failures:,} failures of one system call at a time. The other "
-                             f"{len(without_calls)} functions make no system call.", 120), ""]
+    summary = (f"{len(with_calls)} functions make {len(calls)} different system calls. The table shows the answers to "
+               f"{failures:,} failures of one system call at a time. The other {len(without_calls)} functions make no "
+               "system call.")
+    lines += [*textwrap.wrap(summary, 120), ""]
     lines += ["## Functions with system calls", "", "| Function | System call | Error | Answer |",
               "| --- | --- | --- | --- |"]
     # Functions with the same rows share them.

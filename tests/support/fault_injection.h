@@ -218,8 +218,8 @@ class FaultInjection : public InTemporaryDirectory {
   void TearDown() override { RecordProperty("failed_calls", failedCalls_); }
 
   /// Runs the operation once for each of its calls and each fault, with only this call failing, and
-  /// with all calls from this one on failing.
-  /// Calls that only follow a failure of another call fail in operations that lack the other call.
+  /// with all calls from this one on failing. Calls that only follow a failure of another call fail
+  /// in operations that lack the other call.
   void withEveryFault(const Operation& operation) {
     const int failedBefore = failedCalls_;
     TracedChild child(withOutput(operation.run));
