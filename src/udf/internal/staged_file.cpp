@@ -52,8 +52,8 @@ bool isSameFile(const Status& a, const Status& b) {
 /// Returns true if `error` means that the file system does not support an operation.
 bool isUnsupported(int error) {
   // On Linux, the last two are the same number, so the last comparison is never true.
-  return error == EINVAL || error == ENOSYS || error == ENOTSUP ||
-         error == EOPNOTSUPP;  // GCOVR_EXCL_BR_LINE
+  return error == EINVAL || error == ENOSYS || error == ENOTSUP ||  // GCOVR_EXCL_BR_LINE
+         error == EOPNOTSUPP;
 }
 
 /// Returns true if `error` means that no file can be created or renamed here, although the disk
@@ -272,8 +272,8 @@ std::optional<bool> saveStaged(const std::string& file, const std::string& text,
 
   const std::string backup = backupOf(file);
   // The last branch is the cleanup after an exception.
-  const bool isMoved = old && keepsBackup &&  // GCOVR_EXCL_BR_LINE
-                       keepBackup(file, backup, backupOf(staged.name()));
+  const bool isMoved = old && keepsBackup &&
+                       keepBackup(file, backup, backupOf(staged.name()));  // GCOVR_EXCL_BR_LINE
   if (staged.moveTo(file)) return true;
   const int error = errno;
   if (isMoved) std::rename(backup.c_str(), file.c_str());
