@@ -1,6 +1,6 @@
 #!/bin/sh
 # Measures which lines and branches of the library the tests reach, and fails if they miss any. With "libcxx", measures
-# the source that differs in builds with libc++.
+# the source that differs in builds with libc++. Run it as root: otherwise, the tests of owners and mounts are skipped.
 # usage: tests/scripts/coverage.sh [libcxx]
 set -eu
 cd "$(dirname "$0")/../.."
