@@ -92,8 +92,10 @@ void setInput(const std::string& bytes) {
 }
 
 /// Asks until the input ends. The answers are compared if the input is plain text, since libedit
-/// treats other bytes by the rules of its version.
-void prompts(const std::string& prompt, const std::string& answers) {
+/// treats other bytes by the rules of its version. There are no NULs among them: libedit reads
+/// beyond the end of its copy of a line that contains one.
+void prompts(const std::string& prompt, std::string answers) {
+  std::replace(answers.begin(), answers.end(), '\0', '0');
   setInput(answers);
   const bool isPlain = std::all_of(answers.begin(), answers.end(),
                                    [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); });
