@@ -54,7 +54,7 @@ struct ParserUnderTest {
 /// Expat alone.
 struct ParserModel {
   struct Free {
-    void operator()(XML_Parser expat) const { XML_ParserFree(expat); }
+    void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
   };
 
   std::unique_ptr<XML_ParserStruct, Free> expat;
