@@ -176,11 +176,11 @@ void writeText(Step& step) {
   step.call("write" + std::to_string(object), text);
   step.touchesFiles();
   if (model.file == nullptr && !text.empty()) model.hasFailed = true;
-  if (model.file != nullptr && !model.hasFailed) {
+  if (model.file != nullptr && !model.hasFailed && !text.empty()) {
     std::string& bytes = model.file->bytes;
     if (model.isAppending) model.at = bytes.size();
     // Another call may have emptied the file. Zeros take the place of what was before.
-    if (!text.empty()) bytes.resize(std::max(bytes.size(), model.at + text.size()));
+    bytes.resize(std::max(bytes.size(), model.at + text.size()));
     bytes.replace(model.at, text.size(), text);
     model.at += text.size();
   }
