@@ -242,6 +242,24 @@ TEST_F(StagedFile, AnOwnFileInAStickyDirectoryIsReplaced) {
   EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
 }
 
+TEST_F(StagedFile, TheOwnerOfAStickyDirectoryReplacesAnotherUsersFile) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
+  writeFile("config.xml", "old");
+  ASSERT_EQ(chmod("config.xml", 0666), 0);
+  ASSERT_EQ(chown("config.xml", kSomebody, kSomebody), 0);
+  ASSERT_EQ(chown(".", kNobody, kNobody), 0);
+  ASSERT_EQ(chmod(".", 01777), 0);
+  const int status = statusOfChild([] {
+    becomeNobody();
+    EXPECT_TRUE(savesValue("", "new"));
+  });
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(readFile("config.xml"), savedXml("new"));
+  struct stat backup;
+  ASSERT_EQ(stat("config.xml~", &backup), 0);
+  EXPECT_EQ(backup.st_uid, kSomebody) << "the file was not moved but written in place";
+}
+
 #ifdef FS_IOC_SETFLAGS
 /// Sets an attribute of a file or a directory for the lifetime of the object.
 class Attribute {
@@ -487,6 +505,20 @@ TEST_F(StagedFile, TheNextSaveRemovesWhatAKilledSaveLeft) {
   ASSERT_EQ(chmod(stagedName(1).c_str(), 0400), 0);
   EXPECT_TRUE(savesValue("", "new"));
   EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
+}
+
+TEST_F(StagedFile, LeftoversThatCannotBeWrittenOrReadAreRemovedOrKept) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root may change its user";
+  ASSERT_EQ(chmod(".", 0777), 0);
+  const int status = statusOfChild([] {
+    becomeNobody();
+    for (int i = 0; i < 2; ++i) writeFile(stagedName(i), "torn");
+    EXPECT_EQ(chmod(stagedName(0).c_str(), 0400), 0);
+    EXPECT_EQ(chmod(stagedName(1).c_str(), 0), 0);
+    EXPECT_TRUE(savesValue("", "new"));
+  });
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(namesIn("."), (Names{"config.xml", stagedName(1)})) << "nobody can lock the last file";
 }
 
 TEST_F(StagedFile, UnrelatedFilesAreKept) {

@@ -573,6 +573,25 @@ std::function<std::string(const Outcome&)> renamed(const std::string& to, bool h
   };
 }
 
+// A limit for file sizes may show only after another call has refused to copy.
+TEST_F(FailingCalls, LongCopiesEndAtALimit) {
+  std::string text;
+  while (text.size() < 300000) text += longText();
+  makeContents({{"source", text}});
+  bool hasReachedLimit = false;
+  const Ended ended =
+      runTraced([](Report&) { return trueOrFalse(zn_lib::fileCopy("source", "copy", true)); },
+                [&](long call) -> Intervention {
+                  if (call == SYS_copy_file_range) return {EXDEV};
+                  if (call != SYS_sendfile) return {};
+                  hasReachedLimit = true;
+                  return {EFBIG};
+                });
+  EXPECT_TRUE(hasReachedLimit);
+  EXPECT_EQ(ended.answer, "true");
+  EXPECT_EQ(contents(), (Contents{{"source", text}, {"copy", ""}}));
+}
+
 TEST_F(FailingCalls, RenamedFilesKeepOneName) {
   for (const FileCase& c : kFileCases) {
     Contents before = {{"old", longText()}};
