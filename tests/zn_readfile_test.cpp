@@ -319,7 +319,7 @@ TEST_F(ReadFileTest, CatPrintsToAFile) {
   EXPECT_TRUE(file.cat());
   std::cout.rdbuf(own);
   printed.close();
-  EXPECT_EQ(readFile("printed"), "one\ntwo\n");
+  EXPECT_EQ(readFile("printed"), "one\ntwo\n\n");
 }
 
 TEST_F(ReadFileTest, CatPrintsWhatAnotherStreamBufferReads) {
