@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <regex>
 #include <string>
 #include <vector>
@@ -175,6 +176,25 @@ void remove(Step& step) {
   step.call("remove", name);
   step.touchesFiles();
   step.same(step.world.model.disk.remove(name), std::remove(name.c_str()) == 0);
+}
+
+/// Keeps the directories from growing in a long history.
+void tidyUp(Step& step) {
+  step.call("tidy up");
+  step.touchesFiles();
+  Disk& disk = step.world.model.disk;
+  disk.keepOnlyWorkingDirectory();
+  std::filesystem::path directory = std::filesystem::current_path();
+  std::filesystem::path kept;
+  for (int above = disk.depth(); above >= 0; --above) {
+    const std::filesystem::directory_iterator entries(directory);
+    const std::vector<std::filesystem::path> names(begin(entries), end(entries));
+    for (const auto& name : names) {
+      if (name != kept) std::filesystem::remove_all(name);
+    }
+    kept = directory;
+    directory = directory.parent_path();
+  }
 }
 
 void setHome(Step& step) {
@@ -378,6 +398,7 @@ void addFiles(Kinds& kinds) {
   kinds.push_back({"hexDump", dump, 12});
   kinds.push_back({"", write, 30});
   kinds.push_back({"", remove, 12});
+  kinds.push_back({"", tidyUp, 1});
   kinds.push_back({"", setHome, 3});
 }
 

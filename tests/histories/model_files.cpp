@@ -1,6 +1,7 @@
 #include "model_files.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace histories {
 namespace {
@@ -129,6 +130,16 @@ bool Disk::changeDirectory(const std::string& name) {
   if (node == nullptr || !node->isDirectory) return false;
   working_ = node.get();
   return true;
+}
+
+void Disk::keepOnlyWorkingDirectory() {
+  const Node* kept = nullptr;
+  for (Node* node = working_; node != nullptr; node = node->parent) {
+    for (auto entry = node->entries.begin(); entry != node->entries.end();) {
+      entry = entry->second.get() == kept ? std::next(entry) : node->entries.erase(entry);
+    }
+    kept = node;
+  }
 }
 
 int Disk::depth() const {

@@ -39,6 +39,9 @@ class Disk {
   bool makeDirectory(const std::string& name);
   bool changeDirectory(const std::string& name);
 
+  /// Removes everything but the working directory and those above it.
+  void keepOnlyWorkingDirectory();
+
   /// Returns how many directories are above the working directory.
   int depth() const;
 
