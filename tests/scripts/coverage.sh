@@ -38,7 +38,8 @@ cmake --build --preset coverage
 find build/coverage -name '*.gcda' -delete
 # Tests run parts of the library without the privileges of root, and those processes write their counters too.
 (umask 0 && build/coverage/tests/zn_moonphase_test --gtest_list_tests >build/coverage/tests.txt)
-# The preset leaves out a test that expects _exit() not to write buffered output, since this _exit() does.
+# The preset leaves out a test that expects _exit() not to write buffered output, since this _exit() does, and tests that
+# kill processes at any time: one that is killed while it writes its counters leaves a file that no other can add to.
 ctest --preset coverage
 
 # Left out are branches that cannot be measured:
