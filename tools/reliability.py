@@ -7,7 +7,8 @@ usage: tools/reliability.py run NAME...   runs the command of each line and reco
        tools/reliability.py check         fails if docs/RELIABILITY.md is not what `write` would write
 
 docs/reliability/commands.json names the lines and their commands. A GoogleTest program reports a figure by
-RecordProperty(), a script by printing "figure NAME VALUE". A run that fails leaves the last record as it was. The
+RecordProperty(), a script by printing "figure NAME VALUE". Printed figures replace those of the programs, whose reports
+are only complete if no program runs twice at the same time. A run that fails leaves the last record as it was. The
 records are docs/reliability/NAME.json. A line without a record has never run in its present form, and the page says so.
 
 In docs/reliability/RELIABILITY.md.in, %LINE.FIGURE% stands for a figure. Where several tests report figures of this
@@ -95,7 +96,7 @@ def run(line):
         if process.wait() != 0:
             print(f"== {line}: failed, so nothing is recorded", flush=True)
             return False
-        figures = {**figures_of_tests(pathlib.Path(directory)), **printed}
+        figures = printed or figures_of_tests(pathlib.Path(directory))
     if not figures:
         print(f"== {line}: reported no figure, so nothing is recorded", flush=True)
         return False
