@@ -94,7 +94,7 @@ class ExceptionBarrier final : public XMLEvtHandler {
     if (failure_) return;
 #ifdef __cpp_exceptions
     try {
-      // The same as in skipWhiteSpace.
+      // For the same reason as in skipWhiteSpace.
       callback();  // GCOVR_EXCL_BR_LINE
     } catch (...) {
       failure_ = std::current_exception();
