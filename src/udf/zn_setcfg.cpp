@@ -158,10 +158,7 @@ class EventLog final : public XMLEvtHandler {
     isInElement_ = true;
   }
 
-  void OnEndElement(const XML_Char*) override {
-    if (isInElement_) add(kEnd, {});
-    isInElement_ = false;
-  }
+  void OnEndElement(const XML_Char*) override { isInElement_ = false; }
 
   void OnCharacterData(const XML_Char* text, int length) override {
     if (!isInElement_) return;
@@ -177,7 +174,6 @@ class EventLog final : public XMLEvtHandler {
   static constexpr char kNoAttribute = '0';
   static constexpr char kOneAttribute = '1';
   static constexpr char kTwoAttributes = '2';
-  static constexpr char kEnd = 'e';
   static constexpr char kText = 't';
 
   /// Adds an event and its texts, which contain no NULs and end with one in the log.
@@ -220,9 +216,7 @@ void EventLog::apply() {
     };
     while (at != block.data() + block.size()) {
       const char event = *at++;
-      if (event == kEnd) {
-        settings_.element.clear();
-      } else if (event == kText) {
+      if (event == kText) {
         addText(settings_, nextText());
       } else {
         const char* const name = nextText();
