@@ -3,6 +3,7 @@
 #include <zn_common.h>
 
 #include <cstddef>
+#include <cstdlib>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -18,10 +19,16 @@ struct Unload {
 };
 using Library = std::unique_ptr<void, Unload>;
 
-Library load() { return Library(dlopen(ZN_UDF_LIBRARY, RTLD_NOW | RTLD_LOCAL)); }
+/// Returns the file of the library. mutation_test.py tests others.
+const char* libraryName() {
+  const char* const other = std::getenv("ZN_UDF_TESTED_LIBRARY");
+  return other == nullptr ? ZN_UDF_LIBRARY : other;
+}
+
+Library load() { return Library(dlopen(libraryName(), RTLD_NOW | RTLD_LOCAL)); }
 
 bool isLoaded() {
-  return Library(dlopen(ZN_UDF_LIBRARY, RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD)) != nullptr;
+  return Library(dlopen(libraryName(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD)) != nullptr;
 }
 
 TEST(Constants, BeginWithTheOpeningBracket) {

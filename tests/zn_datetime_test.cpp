@@ -4,6 +4,7 @@
 #include <zn_str.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <ctime>
@@ -433,6 +434,15 @@ TEST_F(DateTime, DateToJulianDays) {
       << "Gregorian from the first instant after it";
   EXPECT_EQ(days(1582, 11, 1, 0), 2299177.5);
   EXPECT_EQ(days(1582, 2, 1, 0), 2298914.5 + 0.0) << "January and February of 1582 belong to 1581";
+  EXPECT_EQ(days(1582, 9, 1, 0), 2299126.5);
+  for (const unsigned short year : std::array<unsigned short, 2>{2000, 2001}) {
+    for (unsigned short month = 1; month <= 12; ++month) {
+      const auto next = static_cast<unsigned short>(month + 1);
+      const double length = month == 12 ? 31 : days(year, next, 1, 0) - days(year, month, 1, 0);
+      const bool isShortFebruary = month == 2 && year == 2001;
+      EXPECT_EQ(length, zn_lib::getMonthDays(month) - (isShortFebruary ? 1 : 0)) << year << month;
+    }
+  }
   EXPECT_EQ(days(0, 1, 1, 0), 65535 * 365.25 - 0.75 + (2 - 655 + 163) + 428 + 1 + 1720994.5)
       << "year -1 is 65535";
   EXPECT_TRUE(std::isnan(days(2000, 1, 1, 0, 0, std::nan(""))));
@@ -665,6 +675,29 @@ TEST_F(DateTime, YearsArePaddedAndNeverTruncated) {
   EXPECT_EQ(zn_lib::julianToYYYYMMDD(zn_lib::dateToJulian(12345, 3, 5, 0, 0, 0.0)), "123450305");
 }
 
+// Beyond the days that fit in 32 bits, months and days wrap to numbers of five digits.
+TEST_F(DateTime, DistantDatesAreWrittenAsTheyAre) {
+  const zn_lib::date_time_record record = zn_lib::julianToDate(576511234530656200);
+  EXPECT_EQ(record.year, 54177);
+  EXPECT_EQ(record.month, 65532);
+  EXPECT_EQ(record.day, 65524);
+  EXPECT_EQ(zn_lib::julianToYYYYMMDD(576511234530656200), "541776553265524");
+}
+
+TEST_F(DateTime, SecondsThatDoNotFitCountAsZero) {
+  zn_lib::setUseTime(true);
+  const Julian minute = zn_lib::dateToJulian(2024, 3, 5, 14, 7, 0.0);
+  for (const double seconds : {std::nan(""), 1.9e16, 1e300, -1e300}) {
+    EXPECT_EQ(zn_lib::dateToJulian(2024, 3, 5, 14, 7, seconds), minute) << seconds;
+  }
+  // The last numbers of milliseconds that fit in 64 bits, but not in a signed number.
+  for (const double seconds : {9223372036854775.808, 9223372041854775.0, 1.8e16}) {
+    EXPECT_EQ(zn_lib::dateToJulian(2024, 3, 5, 14, 7, seconds),
+              minute + static_cast<Julian>(seconds * 1000.0))
+        << seconds;
+  }
+}
+
 TEST_F(DateTime, FormatJulianDate) {
   using zn_lib::DATE_FORMAT;
   using zn_lib::MONTH_FORMAT;
@@ -704,6 +737,21 @@ TEST_F(DateTime, FormatJulianDate) {
   }
   zn_lib::defaultDateTimeFormat();
   EXPECT_EQ(zn_lib::formatJulianDate(kSample), "2024-03-05 14:07:09");
+}
+
+TEST_F(DateTime, FormatsTheNameOfEachMonth) {
+  for (unsigned short month = 1; month <= 12; ++month) {
+    const Julian julian = zn_lib::dateToJulian(2024, month, 5, 0, 0, 0.0);
+    const auto formatted = [julian](zn_lib::MONTH_FORMAT names) {
+      return zn_lib::formatJulianDate(julian,
+                                      {zn_lib::DAY_MONTH_YEAR, names, '-', ' ', ':', false});
+    };
+    zn_lib::setUseTime(false);
+    EXPECT_EQ(formatted(zn_lib::MONTH_FULL_NAME),
+              "05-" + zn_lib::getMonthName(month, false) + "-2024");
+    EXPECT_EQ(formatted(zn_lib::MONTH_SHORT_NAME),
+              "05-" + zn_lib::getMonthName(month, true) + "-2024");
+  }
 }
 
 /// Returns `value` as a stream writes it, padded with zeros to a width of two.

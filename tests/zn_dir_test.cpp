@@ -163,6 +163,7 @@ TEST_F(Directories, ListAppliesFilters) {
       {"o|k", true, {"link", "one.txt", "two.cpp"}},
       {"hiddensub", false, {".hiddensub"}},
       {"(c|x)pp$", true, {"two.cpp"}},
+      {"[\\.-z]ne", true, {"one.txt"}},
       {"(x|)$", true, {"link", "one.txt", "sub", "two.cpp"}},
       {"^(x|)$", true, {}},
       {"b+$", true, {"sub"}},

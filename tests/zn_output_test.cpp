@@ -263,7 +263,7 @@ TEST(Prompts, ShowBytesThatTheLocaleCannotDecode) {
   for (const char* locale : {"C", "C.UTF-8"}) {
     for (const std::string text : {"\xC3\x9C"
                                    "berschreiben? ",
-                                   "\xFF\xFE? "}) {
+                                   "\xFF\xFE? ", "\x80? "}) {
       const Prompt ask = [&] {
         return std::setlocale(LC_ALL, locale) == nullptr ? 9 : int{zn_lib::yesOrNo(text)};
       };
@@ -338,6 +338,8 @@ int whenTheTerminalHangsUp(const Prompt& prompt, const std::string& shown) {
   int terminal = -1;
   const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
   if (child == 0) {
+    // Programs that nohup starts ignore the signal.
+    std::signal(SIGHUP, SIG_DFL);
     alarm(deadline);
     _exit(prompt());
   }

@@ -5,6 +5,7 @@
 #include <zn_output.h>
 #include <zn_process.h>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -312,6 +313,36 @@ TEST_F(Process, LeavesSignalsOfTheHostAlone) {
   EXPECT_EQ(std::raise(SIGUSR1), 0);
   EXPECT_EQ(alarms, 1);
   std::signal(SIGUSR1, handledBefore);
+}
+
+std::atomic<pid_t> host;
+std::atomic<bool> hasRunInAChild;
+
+void noteTheProcess(int) {
+  if (getpid() != host) hasRunInAChild = true;
+}
+
+// Until the program runs, the child has the memory of the host, and a handler would change it.
+TEST_F(Process, RunsNoHandlerOfTheHostInTheChild) {
+  const int status = statusOfChild([] {
+    host = getpid();
+    setpgid(0, 0);
+    // A process without a handler ignores this signal.
+    std::signal(SIGURG, noteTheProcess);
+    const pid_t sender = fork();
+    if (sender == 0) {
+      alarm(60);  // in case that this process is left alone
+      std::signal(SIGURG, SIG_DFL);
+      while (kill(0, SIGURG) == 0) {
+      }
+    }
+    for (int i = 0; i < 100; ++i) zn_lib::childProcess("/bin/true", "", false);
+    EXPECT_EQ(killAndReap(sender), kSignalled + SIGKILL);
+    while (waitpid(kAnyChild, nullptr, 0) > 0 || errno == EINTR) {
+    }
+    EXPECT_FALSE(hasRunInAChild);
+  });
+  EXPECT_EQ(status, 0);
 }
 
 TEST_F(Process, KeepsTheErrorNumberOfTheHost) {

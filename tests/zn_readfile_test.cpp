@@ -260,9 +260,12 @@ TEST_F(ReadFileTest, CatAgreesWithItsDefinition) {
       {"nothing", ""},
       {"short lines", repeated(line, 20000)},
       {"no end of the last line", repeated(line, 20000) + "end"},
+      {"a single character", "x"},
+      {"two characters", "x\n"},
       {"empty lines", std::string(300000, '\n')},
       {"the longest lines", repeated(longest, 300)},
       {"a line that is too long", repeated(line, 400) + tooLong + repeated(line, 400)},
+      {"words in a line that is too long", repeated("a ~ word, ", 120) + '\n'},
       {"a line that is too long at the start", tooLong + repeated(line, 400)},
       {"a NUL in each line", repeated("ab\0cd\n"s, 50000)},
       {"a NUL in some lines", repeated(repeated(line, 30) + "ab\0cd\n\0\n"s, 300)},
@@ -320,6 +323,60 @@ TEST_F(ReadFileTest, CatPrintsToAFile) {
   std::cout.rdbuf(own);
   printed.close();
   EXPECT_EQ(readFile("printed"), "one\ntwo\n\n");
+}
+
+TEST_F(ReadFileTest, CatPrintsNothingWithoutABuffer) {
+  writeFile("a", "one\ntwo\n");
+  zn_lib::ReadFile file;
+  open(file, "a");
+  std::streambuf* const own = std::cout.rdbuf(nullptr);
+  EXPECT_TRUE(file.cat());
+  EXPECT_TRUE(std::cout.bad());
+  std::cout.rdbuf(own);
+  EXPECT_TRUE(file.file.eof()) << "the file is read";
+}
+
+/// Counts how often a stream writes several characters to it, or one.
+template <class Buffer>
+struct CountingBuffer : Buffer {
+  std::streamsize xsputn(const char* text, std::streamsize size) override {
+    ++writes;
+    return Buffer::xsputn(text, size);
+  }
+
+  int writes = 0;
+};
+
+TEST_F(ReadFileTest, CatPrintsLinesTogetherIfTheHostSeesNoDifference) {
+  constexpr int lines = 1000;
+  std::string text;
+  for (int i = 0; i < lines; ++i) text += "a line\n";
+  writeFile("a", text);
+  const auto catTo = [](std::streambuf& printed) {
+    zn_lib::ReadFile file;
+    open(file, "a");
+    std::streambuf* const own = std::cout.rdbuf(&printed);
+    EXPECT_TRUE(file.cat());
+    std::cout.rdbuf(own);
+  };
+  CountingBuffer<std::stringbuf> together;
+  catTo(together);
+  EXPECT_EQ(together.str(), text + '\n');
+  EXPECT_LT(together.writes, lines / 10);
+
+  CountingBuffer<std::stringbuf> flushed;
+  std::cout << std::unitbuf;
+  catTo(flushed);
+  std::cout << std::nounitbuf;
+  EXPECT_GT(flushed.writes, lines);
+
+#ifndef _LIBCPP_VERSION
+  // With libc++, the library has type information of its own, and does not recognise this buffer.
+  CountingBuffer<std::filebuf> toFile;
+  ASSERT_NE(toFile.open("printed", std::ios_base::out), nullptr);
+  catTo(toFile);
+  EXPECT_GT(toFile.writes, lines);
+#endif
 }
 
 TEST_F(ReadFileTest, CatPrintsWhatAnotherStreamBufferReads) {

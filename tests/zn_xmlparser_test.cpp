@@ -14,6 +14,7 @@
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "../src/udf/internal/expat.h"
 #include "emulation.h"
@@ -37,6 +38,8 @@ struct ExpatCalls {
   bool hasSuite = false;
   XML_UnknownEncodingHandler encodingHandler = nullptr;
   void* encodingData = nullptr;
+  bool onlyNotesParts = false;  // instead of parsing them
+  std::vector<std::pair<int, bool>> parts;
 } expatCalls;
 
 }  // namespace
@@ -65,6 +68,14 @@ void XML_SetUnknownEncodingHandler(XML_Parser parser, XML_UnknownEncodingHandler
   expatCalls.encodingData = data;
   nextDefinition<decltype(&XML_SetUnknownEncodingHandler)>("XML_SetUnknownEncodingHandler")(
       parser, handler, data);
+}
+
+enum XML_Status XML_Parse(XML_Parser parser, const char* text, int length, int isFinal) {
+  if (expatCalls.onlyNotesParts) {
+    expatCalls.parts.emplace_back(length, isFinal != 0);
+    return XML_STATUS_OK;
+  }
+  return nextDefinition<decltype(&XML_Parse)>("XML_Parse")(parser, text, length, isFinal);
 }
 }
 
@@ -1266,6 +1277,29 @@ TEST(LongText, IsFedInPiecesBeyondTheLimitOfExpat) {
   EXPECT_TRUE(counter.areAllX);
   EXPECT_EQ(parser.GetCurrentByteIndex(), static_cast<XML_Index>(document.size()));
   EXPECT_FALSE(parser.Parse("", true)) << "the last piece was final";
+}
+
+TEST(LongText, IsSplitOnlyIfExpatCannotParseItAtOnce) {
+  constexpr int longest = 1 << 30;
+  constexpr int piece = 64 << 20;
+  const HugeDocument document(std::size_t{longest} + piece);
+  ASSERT_TRUE(document.isReady());
+  XMLEvtHandler handler;
+  XMLParser parser(&handler);
+  ASSERT_TRUE(parser.Create(nullptr, nullptr));
+  const auto partsOf = [&](std::size_t length) {
+    expatCalls.onlyNotesParts = true;
+    EXPECT_TRUE(parser.Parse(document.text(), length, true));
+    expatCalls.onlyNotesParts = false;
+    return std::exchange(expatCalls.parts, {});
+  };
+  using Parts = decltype(expatCalls.parts);
+  EXPECT_EQ(partsOf(longest), (Parts{{longest, true}}));
+  Parts expected(longest / piece, {piece, false});
+  expected.emplace_back(1, true);
+  EXPECT_EQ(partsOf(std::size_t{longest} + 1), expected);
+  expected.back() = {piece, true};
+  EXPECT_EQ(partsOf(std::size_t{longest} + piece), expected);
 }
 
 // As a whole, such a document would exhaust the memory before expat reads a byte.

@@ -1,6 +1,7 @@
 /// Tests of how a save replaces the file of a store: the file is whole at any time and keeps its
 /// permissions. It is written in place if its name cannot be given to another file.
 #include <fcntl.h>
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/mount.h>
@@ -131,6 +132,14 @@ TEST_F(StagedFile, KeepsThePermissionsOfAFileWrittenInPlace) {
   EXPECT_EQ(modeOf(file), mode_t{0600});
 }
 
+void expectStatus(const std::string& file, uid_t owner, gid_t group, mode_t permissions) {
+  struct stat status;
+  ASSERT_EQ(stat(file.c_str(), &status), 0);
+  EXPECT_EQ(status.st_uid, owner);
+  EXPECT_EQ(status.st_gid, group);
+  EXPECT_EQ(status.st_mode & 07777, permissions);
+}
+
 TEST_F(StagedFile, KeepsOwnerAndGroupIfPermitted) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
   for (const std::string& name : {std::string("config"), std::string(250, 'n')}) {
@@ -141,11 +150,7 @@ TEST_F(StagedFile, KeepsOwnerAndGroupIfPermitted) {
     Configuration store("T", name);
     store.set("a", "1");
     EXPECT_TRUE(store.save());
-    struct stat status;
-    ASSERT_EQ(stat(file.c_str(), &status), 0);
-    EXPECT_EQ(status.st_uid, kSomebody);
-    EXPECT_EQ(status.st_gid, kNobody);
-    EXPECT_EQ(status.st_mode & 07777, mode_t{0640});
+    expectStatus(file, kSomebody, kNobody, 0640);
   }
 }
 
@@ -159,11 +164,23 @@ TEST_F(StagedFile, AnotherUsersFileGetsTheGroupOfTheProcess) {
     EXPECT_TRUE(savesValue("", "new"));
   });
   EXPECT_EQ(status, 0);
-  struct stat after;
-  ASSERT_EQ(stat("config.xml", &after), 0);
-  EXPECT_EQ(after.st_uid, kNobody);
-  EXPECT_EQ(after.st_gid, kNobody);
-  EXPECT_EQ(after.st_mode & 07777, mode_t{0664});
+  expectStatus("config.xml", kNobody, kNobody, 0664);
+}
+
+TEST_F(StagedFile, KeepsAGroupToWhichTheProcessBelongs) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
+  ASSERT_EQ(chmod(".", 0777), 0);
+  writeFile("config.xml", "old");
+  ASSERT_EQ(chmod("config.xml", 0660), 0);
+  ASSERT_EQ(chown("config.xml", kNobody, kSomebody), 0);
+  const int status = statusOfChild([] {
+    constexpr gid_t group = kSomebody;
+    if (setgroups(1, &group) != 0) _exit(kCannotPrepare);
+    becomeNobody();
+    EXPECT_TRUE(savesValue("", "new"));
+  });
+  EXPECT_EQ(status, 0);
+  expectStatus("config.xml", kNobody, kSomebody, 0660);
 }
 
 // ---- Files that are written in place
@@ -228,12 +245,19 @@ TEST_F(StagedFile, AnotherUsersFileInAStickyDirectoryIsWrittenInPlace) {
   EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
 }
 
+/// Returns a name that a save gives to its new file. Only a save that replaces the file looks for
+/// the new files of earlier saves, and removes them.
+std::string stagedName(int number) {
+  return "config.xml.179000000000000000" + std::to_string(number) + ".zn_udf";
+}
+
 TEST_F(StagedFile, AnOwnFileInAStickyDirectoryIsReplaced) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may change its user";
   ASSERT_EQ(chmod(".", 01777), 0);
   const int status = statusOfChild([] {
     becomeNobody();
     EXPECT_TRUE(savesValue("", "old"));
+    writeFile(stagedName(0), "torn");
     EXPECT_TRUE(savesValue("", "new"));
   });
   EXPECT_EQ(status, 0);
@@ -491,20 +515,44 @@ TEST_F(StagedFile, IsWholeAfterAPowerCut) {
 
 // ---- Files that killed saves leave
 
-/// Returns a name that a save gives to its new file.
-std::string stagedName(int number) {
-  return "config.xml.179000000000000000" + std::to_string(number) + ".zn_udf";
+TEST_F(StagedFile, TheNextSaveRemovesWhatAKilledSaveLeft) {
+  for (const std::string place : {"", "sub/"}) {
+    std::filesystem::create_directory("sub");
+    writeFile(place + "config.xml", "old");
+    for (int i = 0; i < 3; ++i) {
+      writeFile(place + stagedName(i), "torn");
+      std::filesystem::create_hard_link(place + "config.xml", place + stagedName(i) + "~");
+    }
+    ASSERT_EQ(chmod((place + stagedName(1)).c_str(), 0400), 0);
+    EXPECT_TRUE(savesValue(place, "new"));
+    EXPECT_EQ(namesIn("./" + place), (place.empty() ? Names{"config.xml", "config.xml~", "sub"}
+                                                    : Names{"config.xml", "config.xml~"}));
+  }
 }
 
-TEST_F(StagedFile, TheNextSaveRemovesWhatAKilledSaveLeft) {
+TEST_F(StagedFile, RootReplacesAnotherUsersFileInAnotherUsersDirectory) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
   writeFile("config.xml", "old");
-  for (int i = 0; i < 3; ++i) {
-    writeFile(stagedName(i), "torn");
-    std::filesystem::create_hard_link("config.xml", stagedName(i) + "~");
-  }
-  ASSERT_EQ(chmod(stagedName(1).c_str(), 0400), 0);
+  writeFile(stagedName(0), "torn");
+  ASSERT_EQ(chown("config.xml", kSomebody, kSomebody), 0);
+  ASSERT_EQ(chown(".", kNobody, kNobody), 0);
   EXPECT_TRUE(savesValue("", "new"));
+  EXPECT_EQ(readFile("config.xml"), savedXml("new"));
   EXPECT_EQ(namesIn("."), (Names{"config.xml", "config.xml~"}));
+}
+
+TEST_F(StagedFile, AFirstSaveInAnotherUsersStickyDirectoryIsStaged) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root may change its user";
+  ASSERT_EQ(chown(".", kSomebody, kSomebody), 0);
+  ASSERT_EQ(chmod(".", 01777), 0);
+  const int status = statusOfChild([] {
+    becomeNobody();
+    writeFile(stagedName(0), "torn");
+    EXPECT_TRUE(savesValue("", "new"));
+  });
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(readFile("config.xml"), savedXml("new"));
+  EXPECT_EQ(namesIn("."), (Names{"config.xml"}));
 }
 
 TEST_F(StagedFile, LeftoversThatCannotBeWrittenOrReadAreRemovedOrKept) {

@@ -19,6 +19,7 @@
 #include <zn_writefile.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -36,6 +37,7 @@
 #include "own_mounts.h"
 #include "resource_limits.h"
 #include "sanitizers.h"
+#include "shared_memory.h"
 #include "stored_xml.h"
 #include "temporary_files.h"
 #if defined(__linux__) && defined(__x86_64__)
@@ -312,8 +314,9 @@ TEST_F(FailingCalls, LoadsKeepWhatTheyRead) {
 
 // The disk is full as long as the process runs.
 TEST_F(FailingCalls, SavesOnAFullDiskKeepFileAndBackup) {
-  const Work twentySaves = [](Report&) {
-    for (int i = 0; i < 20; ++i) {
+  constexpr int saves = 20;
+  const Work severalSaves = [](Report&) {
+    for (int i = 0; i < saves; ++i) {
       Configuration store;
       store.load();
       store.set("changed", "yes");
@@ -324,11 +327,12 @@ TEST_F(FailingCalls, SavesOnAFullDiskKeepFileAndBackup) {
   const Contents before = {{"config.xml", filledXml()}, {"config.xml~", "older"}};
   const Fault full = {"ENOSPC", ENOSPC, Share::kAll, {"write"}, true};
   makeContents(before);
-  TracedChild child(twentySaves);
+  TracedChild child(severalSaves);
   const Outcome outcome = outcomeOf(child, {}, full, 1, true);
   EXPECT_EQ(outcome.answer(), "true");
-  EXPECT_EQ(outcome.count, 20);
+  EXPECT_EQ(outcome.count, saves);
   EXPECT_EQ(contents(), before);
+  RecordProperty("incomplete_saves", saves);
 }
 
 /// A save in which one kind of call fails.
@@ -395,6 +399,8 @@ TEST_F(FailingCalls, SavesHandleEachError) {
        replaced},
       {"no renaming is possible", saveChanged, before, 1, forGood(ENOSYS, "rename"), 5, "true",
        withoutBackup},
+      {"a file that another save has just moved to its backup", saveChanged, before, 1,
+       once(ENOENT, "link"), 1, "true", withoutBackup},
       {"another save has locked the new file to remove it", saveChanged, before, 1,
        once(EWOULDBLOCK, "lock"), 1, "true", replaced},
       {"a file in place that cannot be opened again", saveInPlace, beforeInPlace, 3,
@@ -411,6 +417,51 @@ TEST_F(FailingCalls, SavesHandleEachError) {
     EXPECT_EQ(outcome.count, c.count);
     EXPECT_EQ(contents(), c.after);
   }
+}
+
+// A program that another thread starts meanwhile must not keep the new file open.
+TEST_F(FailingCalls, TheNewFileOfASaveIsClosedInPrograms) {
+  constexpr int closeOnExec = 02000000;  // as /proc shows it
+  struct Process {
+    std::atomic<pid_t> id{0};
+  };
+  const SharedMemory<Process> saver;
+  int flags = 0;
+  runTraced(
+      [&](Report& report) {
+        saver->id = getpid();
+        return firstSave(report);
+      },
+      [&](long call) {
+        if (purposeOf(call) != "sync") return Intervention();
+        const std::string process = "/proc/" + std::to_string(saver->id);
+        for (const auto& descriptor : std::filesystem::directory_iterator(process + "/fd")) {
+          const std::string name = std::filesystem::read_symlink(descriptor.path());
+          if (name.find(".zn_udf") == std::string::npos) continue;
+          std::ifstream info(process + "/fdinfo/" + descriptor.path().filename().string());
+          std::string word;
+          while (info >> word && word != "flags:") {
+          }
+          info >> std::oct >> flags;
+        }
+        return Intervention();
+      });
+  EXPECT_NE(flags & closeOnExec, 0);
+}
+
+// Where no link is possible, a save renames the file itself to its backup.
+TEST_F(FailingCalls, AMovedFileIsMovedBackIfTheSaveFails) {
+  const Contents before = {{"config.xml", filledXml()}};
+  makeContents(before);
+  int renames = 0;
+  const Ended ended = runTraced(saveChanged, [&](long call) -> Intervention {
+    if (purposeOf(call) == "link") return {EPERM};
+    if (purposeOf(call) == "rename" && ++renames == 2) return {EIO};
+    return {};
+  });
+  EXPECT_EQ(ended.answer, "false, changed");
+  EXPECT_EQ(renames, 3);
+  EXPECT_EQ(contents(), before);
 }
 
 // ---- Whole files
@@ -503,7 +554,21 @@ TEST_F(FailingCalls, CopiesDoNotChangeTheSource) {
   }
 }
 
-// The kernel copies long files. Where it cannot, they are read and written.
+TEST_F(FailingCalls, LongFilesAreNotWrittenByTheProcess) {
+  makeContents({{"source", std::string(300000, 'x')}});
+  int writes = 0;
+  const Ended ended =
+      runTraced([](Report&) { return trueOrFalse(zn_lib::fileCopy("source", "copy", true)); },
+                [&](long call) {
+                  writes += purposeOf(call) == "write" ? 1 : 0;
+                  return Intervention();
+                });
+  EXPECT_EQ(ended.answer, "true");
+  EXPECT_TRUE(readFile("copy") == readFile("source"));
+  EXPECT_EQ(writes, 0) << "the kernel copies them";
+}
+
+// Where the kernel cannot copy a long file, it is read and written.
 TEST_F(FailingCalls, LongFilesAreCopiedIfTheKernelRefuses) {
   std::string text;
   while (text.size() < 300000) text += longText();
@@ -781,6 +846,20 @@ TEST_F(FailingCalls, WriteErrorsAreReported) {
 
 // ---- Directories
 
+TEST_F(FailingCalls, AnUnknownWorkingDirectoryIsNotListed) {
+  makeContents({{"~", "/"}, {"~/name", ""}});
+  const Ended ended = runTraced(
+      [](Report&) {
+        Names names;
+        const bool result = zn_lib::listDir("", "", true, names);
+        return trueOrFalse(result) + ", " + std::to_string(names.size());
+      },
+      [](long call) {
+        return purposeOf(call) == "getcwd" ? Intervention{EACCES} : Intervention();
+      });
+  EXPECT_EQ(ended.answer, "false, 0");
+}
+
 TEST_F(FailingCalls, ListsContainExistingNamesOnly) {
   const Contents before = {{"a.txt", "1"}, {"b.txt", "2"}, {"c", "3"}, {"dir", "/"}};
   const struct {
@@ -915,7 +994,8 @@ TEST_F(FailingCalls, NamesAreNumberedOrUnchanged) {
 TEST_F(FailingCalls, ListsOfAVanishingDirectoryAreIncomplete) {
   Contents before = {{"from", "/"}};
   const std::string longest(200, 'n');  // so that a system call returns some 150 names
-  for (int i = 0; i < 300; ++i) before["from/" + longest + std::to_string(i)] = "";
+  constexpr int entries = 300;
+  for (int i = 0; i < entries; ++i) before["from/" + longest + std::to_string(i)] = "";
   const auto removedAtTheSecondRead = [](const Work& run) {
     int reads = 0;
     const Ended ended = runTraced(run, [&](long call) {
@@ -949,6 +1029,7 @@ TEST_F(FailingCalls, ListsOfAVanishingDirectoryAreIncomplete) {
   EXPECT_EQ(ended.status, 0);
   EXPECT_EQ(ended.answer, "true");
   EXPECT_EQ(contents(), (Contents{{"to", "/"}})) << "no file is left to copy";
+  RecordProperty("vanishing_entries", entries);
 }
 
 // ---- Catalogs, processes, the platform
@@ -1155,12 +1236,13 @@ TEST_F(FullDisk, CopiesFillTheDisk) {
   }
 }
 
-TEST_F(FullDisk, TwentySavesKeepFileAndBackup) {
+TEST_F(FullDisk, SavesKeepFileAndBackup) {
+  constexpr int saves = 20;
   const int status = statusOfChild([] {
     if (!mountSmallDisk()) _exit(kCannotPrepare);
     const Contents before = {{"config.xml", filledXml()}, {"config.xml~", "older"}};
     makeContents(before);
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < saves; ++i) {
       Configuration store;
       store.load();
       store.set("large", std::string(100000, 'x'));
@@ -1176,6 +1258,7 @@ TEST_F(FullDisk, TwentySavesKeepFileAndBackup) {
   });
   if (status == kCannotPrepare) GTEST_SKIP() << "no file system can be mounted here";
   EXPECT_EQ(status, 0);
+  RecordProperty("incomplete_saves", saves);
 }
 
 // ---- No descriptors
@@ -1306,6 +1389,7 @@ TEST_F(Descriptors, OperationsFailWithoutDescriptors) {
     });
     EXPECT_EQ(status, 0);
   }
+  RecordProperty("without_descriptors", static_cast<int>(std::size(cases)));
 }
 
 }  // namespace

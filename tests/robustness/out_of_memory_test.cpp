@@ -1,23 +1,28 @@
-/// Allocations that fail. Each operation runs with its first allocation failing, then with its
-/// second, and so on until it succeeds. It may throw std::bad_alloc. It must keep files whole and
-/// close them, and AddressSanitizer finds leaks.
+/// Allocations that fail, and how much memory a load takes. Each operation runs with its first
+/// allocation failing, then with its second, and so on until it succeeds. It may throw
+/// std::bad_alloc. It must keep files whole and close them, and AddressSanitizer finds leaks.
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <tokenizer.h>
 #include <zn_datetime.h>
 #include <zn_dir.h>
 #include <zn_error.h>
 #include <zn_output.h>
+#include <zn_readfile.h>
 #include <zn_seqfile.h>
 #include <zn_setcfg.h>
 #include <zn_str.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <iostream>
 #include <map>
 #include <new>
 #include <set>
+#include <streambuf>
 #include <string>
 #include <utility>
 #include <vector>
@@ -49,10 +54,29 @@ struct Allocator {
 Allocator ours;    // for operator new of the whole process
 Allocator expats;  // for parsers
 
-void* allocate(std::size_t size) {
+/// What operator new has allocated, in bytes.
+struct Allocated {
+  std::size_t now = 0;
+  std::size_t most = 0;
+} allocated;
+
+void* allocateOrNull(std::size_t size) {
   void* const memory = ours.refuses() ? nullptr : std::malloc(size == 0 ? 1 : size);
+  if (memory == nullptr) return nullptr;
+  allocated.now += malloc_usable_size(memory);
+  allocated.most = std::max(allocated.most, allocated.now);
+  return memory;
+}
+
+void* allocate(std::size_t size) {
+  void* const memory = allocateOrNull(size);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
+}
+
+void release(void* memory) {
+  if (memory != nullptr) allocated.now -= malloc_usable_size(memory);
+  std::free(memory);
 }
 
 }  // namespace
@@ -61,17 +85,17 @@ void* allocate(std::size_t size) {
 void* operator new(std::size_t size) { return allocate(size); }
 void* operator new[](std::size_t size) { return allocate(size); }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return ours.refuses() ? nullptr : std::malloc(size == 0 ? 1 : size);
+  return allocateOrNull(size);
 }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return ours.refuses() ? nullptr : std::malloc(size == 0 ? 1 : size);
+  return allocateOrNull(size);
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
-void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept { release(memory); }
+void operator delete[](void* memory) noexcept { release(memory); }
+void operator delete(void* memory, std::size_t) noexcept { release(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { release(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { release(memory); }
 
 /// Replaces the function of expat, and lets the allocations of each parser fail.
 extern "C" __attribute__((visibility("default"))) XML_Parser XML_ParserCreate_MM(
@@ -364,6 +388,46 @@ TEST_F(OutOfMemory, ReadingAndShowingACatalog) {
   EXPECT_NE(text.out.find(kLong), std::string::npos);
 }
 
+TEST_F(OutOfMemory, AListThatIsNotPrintedTakesNoMemory) {
+  Catalog catalog = {{1, kLong}};
+  const long before = ours.done;
+  zn_lib::showErrorList(catalog);
+  EXPECT_EQ(ours.done, before);
+}
+
+/// Keeps what is printed without allocating memory.
+class FixedBuffer : public std::streambuf {
+ public:
+  void clear() { setp(text_.data(), text_.data() + text_.size()); }
+  std::string text() const { return {pbase(), pptr()}; }
+
+ private:
+  std::array<char, 1000> text_;
+};
+
+TEST_F(OutOfMemory, PrintingAFile) {
+  const std::string lines = kLong + "\n" + kLong + "\n";
+  writeFile("a", lines);
+  FixedBuffer printed;
+  const long count = failEach(
+      ours, [&] { printed.clear(); },
+      [&] {
+        zn_lib::ReadFile file;
+        std::string name = "a";
+        file.setFileName(name);
+        ASSERT_TRUE(file.fileOpen());
+        std::streambuf* const own = std::cout.rdbuf(&printed);
+        EXPECT_TRUE(file.cat());
+        std::cout.rdbuf(own);
+      },
+      [&](bool isDone) {
+        if (isDone) {
+          EXPECT_EQ(printed.text(), lines + "\n");
+        }
+      });
+  EXPECT_GT(count, 1);
+}
+
 // ---- Directories
 
 TEST_F(OutOfMemory, Split) {
@@ -390,6 +454,16 @@ TEST_F(OutOfMemory, Split) {
           EXPECT_EQ(tokenizer.tokens, isDone ? parts : std::vector<std::string>());
         });
     EXPECT_GE(allocations, 3);
+  }
+}
+
+// A compiled pattern takes hundreds of allocations.
+TEST_F(OutOfMemory, PlainDelimitersNeedNoPattern) {
+  for (const std::string delimiters : {",", ",;", "-,", ",-", " \t"}) {
+    zn_lib::Tokenizer tokenizer;
+    const long before = ours.done;
+    tokenizer.split("a,b", delimiters);
+    EXPECT_LT(ours.done, before + 10) << delimiters;
   }
 }
 
@@ -435,6 +509,32 @@ TEST_F(OutOfMemory, CopyDir) {
         }
       });
   EXPECT_GT(count, 1);
+}
+
+// The memory of expat is not counted.
+TEST_F(OutOfMemory, ALoadTakesLittleMemoryBesideTheSettings) {
+  constexpr std::size_t kib = 1024;
+  const std::string empty = "<" + std::string(1000, 'e') + "/>";
+  const struct {
+    const char* what;
+    int elements;
+    std::size_t most;
+  } cases[] = {
+      {"a few elements", 50, 160 * kib},
+      {"many elements, of which no setting is left", 15000, 11 * kib * kib},
+  };
+  for (const auto& c : cases) {
+    std::string xml = "<r><k a='t'>v</k>";
+    for (int i = 0; i < c.elements; ++i) xml += empty;
+    writeFile("config.xml", xml + "</r>");
+    zn_lib::Configuration store;
+    const std::size_t before = allocated.now;
+    allocated.most = before;
+    EXPECT_TRUE(store.load());
+    EXPECT_LT(allocated.most - before, c.most) << c.what;
+    EXPECT_EQ(store.elements.size(), 1u);
+    EXPECT_EQ(store.get("k").value, "v");
+  }
 }
 
 TEST_F(OutOfMemory, SequentialFile) {

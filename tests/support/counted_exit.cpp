@@ -34,8 +34,10 @@ extern "C" __attribute__((visibility("default"))) void _exit(int status) {
   const int nowhere = open("/dev/null", O_WRONLY);
   dup2(nowhere, STDOUT_FILENO);
   dup2(nowhere, STDERR_FILENO);
-  constexpr rlimit unlimited = {RLIM_INFINITY, RLIM_INFINITY};
-  setrlimit(RLIMIT_FSIZE, &unlimited);
+  rlimit size;
+  getrlimit(RLIMIT_FSIZE, &size);
+  size.rlim_cur = size.rlim_max;
+  setrlimit(RLIMIT_FSIZE, &size);
   std::exit(status);
 }
 

@@ -23,9 +23,11 @@ class DescriptorLimit {
   rlimit before_;
 };
 
-/// Limits the size of files to `bytes` bytes, for good. Writes beyond it fail without a signal.
+/// Limits the size of files to `bytes` bytes. Writes beyond it fail without a signal.
 inline bool limitFileSize(rlim_t bytes) {
-  const rlimit limit = {bytes, bytes};
+  rlimit limit;
+  getrlimit(RLIMIT_FSIZE, &limit);
+  limit.rlim_cur = bytes;
   return std::signal(SIGXFSZ, SIG_IGN) != SIG_ERR && setrlimit(RLIMIT_FSIZE, &limit) == 0;
 }
 
