@@ -30,7 +30,8 @@ and that no descriptor is left open.
   numbers that is interrupted (EINTR) for good is left out, because it is repeated until it succeeds.
 - **System calls** are those of this library with glibc and libstdc++ on x86-64. Calls that allocate memory (such as
   `mmap`) and locks of the C++ library (`futex`) are left out; `out_of_memory_test` tests failing allocations. Of the
-  calls of a child process, only `execve` fails, always for good.
+  calls of a child process, only `execve` fails, always for good. `sendfile` is not in the table: it is called only
+  after `copy_file_range` has failed, and other tests let it fail, too.
 - **Answers**: several answers with "or" depend on which of several calls failed, on whether it failed for good, and on
   the situation, such as whether a target exists. Some errors occur only if the system gives wrong information. If it
   says that an existing file is missing (ENOENT), the functions believe it. `Configuration::save` leaves no file only
@@ -92,8 +93,8 @@ def page_of(record):
     with_calls = sorted(name for name, calls in functions.items() if calls)
     without_calls = sorted(name for name, calls in functions.items() if not calls)
     calls = {call for name in with_calls for call in functions[name]}
-    summary = (f"{len(with_calls)} functions make {len(calls)} different system calls. The table shows the answers to "
-               f"{failures:,} failures of one system call at a time. The other {len(without_calls)} functions make no "
+    summary = (f"{len(with_calls)} functions make system calls. The table shows the answers to {failures:,} failures of "
+               f"one of {len(calls)} different system calls at a time. The other {len(without_calls)} functions make no "
                "system call.")
     lines += [*textwrap.wrap(summary, 120), ""]
     lines += ["## Functions with system calls", "", "| Function | System call | Error | Answer |",

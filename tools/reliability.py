@@ -83,6 +83,7 @@ def run(line):
     command = commands()[line]
     print(f"== {line}: {command}", flush=True)
     start = time.time()
+    code = digest_of_code()
     with tempfile.TemporaryDirectory() as directory:
         environment = {**os.environ, "GTEST_OUTPUT": f"json:{directory}/"}
         process = subprocess.Popen(command, shell=True, cwd=ROOT, env=environment, stdout=subprocess.PIPE, text=True,
@@ -101,7 +102,7 @@ def run(line):
         print(f"== {line}: reported no figure, so nothing is recorded", flush=True)
         return False
     record = {"command": command, "date": datetime.date.today().isoformat(), "seconds": round(time.time() - start),
-              "system": system(), "code": digest_of_code(), "figures": figures}
+              "system": system(), "code": code, "figures": figures}
     (RECORDS / f"{line}.json").write_text(json.dumps(record, indent=2, ensure_ascii=False) + "\n")
     return True
 
@@ -178,7 +179,7 @@ def table_of_short_texts():
 
 def table_of_fuzzers():
     rows = []
-    for line, sanitizers in [("fuzzers_fast", "at the end"), ("fuzzers", "yes")]:
+    for line, sanitizers in [("fuzzers_fast", "at the end"), ("fuzzer_of_output", "at the end"), ("fuzzers", "yes")]:
         for fuzzer in re.findall(r"\w+_fuzz\b", commands()[line]):
             rows.append([f"`{fuzzer}`", readable(value_of(line, fuzzer + "_inputs")), sanitizers])
     return table(["Fuzzer", "Inputs", "With sanitizers"], ["---", "---:", "---"], rows)
