@@ -55,20 +55,22 @@ def write_counts(file, sections):
 
 # ---- Measurement
 
-def output_of(command):
-    done = subprocess.run(command, env=ENVIRONMENT, capture_output=True, text=True)
+def output_of(command, library=None):
+    environment = {**ENVIRONMENT, "LD_LIBRARY_PATH": str(library)} if library else ENVIRONMENT
+    done = subprocess.run(command, env=environment, capture_output=True, text=True)
     if done.returncode != 0:
         raise SystemExit(f"{' '.join(map(str, command))} failed:\n{done.stdout}{done.stderr}")
     return done.stdout.strip()
 
 
-def counts_of(program):
-    """Returns the counts of the rows of `program`. The empty program is a row as a whole."""
+def counts_of(program, library=None):
+    """Returns the counts of the rows of `program`, with the library in the directory `library` if given. The empty
+    program is a row as a whole."""
     is_empty = not program.name.endswith("_instructions")
     with tempfile.TemporaryDirectory() as directory:
         out = pathlib.Path(directory) / "out"
         output_of(["valgrind", "-q", "--tool=callgrind", f"--instr-atstart={'yes' if is_empty else 'no'}",
-                   f"--callgrind-out-file={out}", program])
+                   f"--callgrind-out-file={out}", program], library)
         counts = {}
         for dump in pathlib.Path(directory).iterdir():
             text = dump.read_text()

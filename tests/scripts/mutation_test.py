@@ -2,8 +2,9 @@
 """Mutation testing: changes one place of the library at a time and runs the tests of the family.
 
 A mutant differs from the library in one line: another comparison, another operator, another constant or text, swapped
-arguments, an early or empty return, or a missing statement. A test that fails kills the mutant; if none does, it
-survives. Mutants that do not compile are discarded, and so are those whose optimised object code is the original's.
+arguments, an early or empty return, or a missing statement. A test that fails kills the mutant. If none does, so does a
+row of the family's benchmarks whose instructions grow by more than bench/instructions allows. All others survive.
+Mutants that do not compile are discarded, and so are those whose optimised object code is the original's.
 tests/data/surviving_mutants.txt explains the survivors.
 
 usage: tests/scripts/mutation_test.py [--count N] [--jobs N] [--family STEM]... [--fresh]
@@ -13,9 +14,9 @@ usage: tests/scripts/mutation_test.py [--count N] [--jobs N] [--family STEM]... 
 prints the results so far. Each run writes the survivors to build/mutants/survivors.txt.
 
 Every run makes the same choice of mutants, from each file in proportion to their number; `--count 0` takes all.
-Requires clang++ and libc++, and is faster with lld. Results are kept in build/mutants: that of a killed mutant until
-its file or the test that killed it changes, that of a survivor until its file or a test program changes that ran.
---fresh repeats them all.
+Requires clang++, libc++, Google Benchmark and valgrind, and is faster with lld. Results are kept in build/mutants: that
+of a killed mutant until its file or the test that killed it changes, that of a survivor until its file or a test program
+changes that ran. --fresh repeats them all.
 
 Exits with status 1 if fewer than 95 of 100 mutants are killed, if a survivor is not explained, or if an explained one
 is killed.
@@ -40,14 +41,17 @@ import tempfile
 import threading
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.append(str(ROOT / "bench"))
+import instructions  # noqa: E402
+
 WORK = ROOT / "build/mutants"
 EXPLAINED = ROOT / "tests/data/surviving_mutants.txt"
 
 # The tests that run after the test program of the same stem.
 MORE_TESTS = {
-    "tokenizer": ["zn_datetime_test", "zn_ip_test"],
-    "zn_dir": ["zn_seqfile_test", "out_of_memory_test"],
-    "zn_error": ["hostile_xml_test", "zn_readfile_test", "zn_writefile_test"],
+    "tokenizer": ["zn_datetime_test", "zn_ip_test", "out_of_memory_test"],
+    "zn_dir": ["zn_seqfile_test", "out_of_memory_test", "failing_calls_test"],
+    "zn_error": ["hostile_xml_test", "zn_readfile_test", "zn_writefile_test", "out_of_memory_test"],
     "zn_file": ["failing_reads_test", "zn_dir_test"],
     "zn_readfile": ["failing_reads_test"],
     "zn_setcfg": ["hostile_xml_test", "out_of_memory_test"],
@@ -77,16 +81,17 @@ DEFINITIONS = ("src/udf/internal/definitions.h", "src/udf/internal/definitions.c
 
 LINKER = "-fuse-ld=lld" if shutil.which("ld.lld") else ""
 
-# The builds that mutants come from. The second is that of the preset `libcxx`.
+# The builds that mutants come from. The second is that of the preset `libcxx`; the last one counts instructions.
 FLAGS = {
     "libstdcxx": [],
     "libcxx": ["-DCMAKE_CXX_FLAGS=-stdlib=libc++", "-DZN_UDF_CHECK_DEFINITIONS=ON",
                "-DZN_UDF_GOOGLETEST_SOURCE=/usr/src/googletest"],
+    "optimised": ["-DCMAKE_CXX_FLAGS_DEBUG=-O2 -DNDEBUG", "-DZN_UDF_BENCHMARKS=ON", "-DZN_UDF_TESTS=OFF"],
 }
 
 # Seconds of processor time. A test case runs after all those that take no longer than such a time.
 SLOW = (0.1, 1.0)
-LAST_LEVEL = 1 + len(SLOW)
+LAST_LEVEL = 2 + len(SLOW)  # that of instructions
 BATCH = 400
 
 # The environment of all tests, and what the foreign one adds.
@@ -120,10 +125,11 @@ def other_numbers(text):
     if text.startswith("0x"):
         return [hex(int(text, 16) + 1)]
     if "." in text:
-        # The last digit of a coefficient counts, and so does its size.
-        last = text[:-1] + ("8" if text[-1] == "9" else str(int(text[-1]) + 1))
+        # One of the first nine digits of a coefficient counts, and so does its size.
+        at = [match.start() for match in re.finditer(r"\d", text)][:9][-1]
+        other = text[:at] + ("8" if text[at] == "9" else str(int(text[at]) + 1)) + text[at + 1:]
         whole, fraction = text.split(".")
-        return [last, f"{int(whole) + 1}.{fraction}"]
+        return [other, f"{int(whole) + 1}.{fraction}"]
     value = int(text, 8 if text.startswith("0") and len(text) > 1 else 10)
     write = "0{:o}".format if text.startswith("0") and len(text) > 1 else str
     return [write(other) for other in (value + 1, value - 1) if other >= 0]
@@ -150,6 +156,11 @@ def mutants_of_line(line):
         if code[match.start()] == "\0" and "//" not in line[:match.start()] and 'R"' not in line:
             yield line[:match.start()] + other_literal(match.group()) + line[match.end():]
     for match in ARGUMENTS.finditer(code):
+        called = re.search(r"std::(max|min)(<[\w ]+>)?$", code[:match.start()])
+        if called:  # The order of the arguments makes no difference.
+            other = "min" if called.group(1) == "max" else "max"
+            yield line[:called.start(1)] + other + line[called.end(1):]
+            continue
         first, second = (line[match.start(i):match.end(i)] for i in (1, 2))
         yield line[:match.start()] + f"({second}, {first}" + line[match.end():]
     for match in RETURN.finditer(code):
@@ -248,10 +259,12 @@ class Build:
     def __init__(self, name, flags):
         self.directory = WORK / name
         self.lock = threading.RLock()
+        self.make_lock = threading.Lock()
         self.headers = {}
         self.originals = {}
         self.active = {}
         self.stages = {}
+        self.counts = {}
         self.program_locks = collections.defaultdict(threading.Lock)
         run(["cmake", "-S", ROOT, "-B", self.directory, "-DCMAKE_CXX_COMPILER=clang++", "-DCMAKE_BUILD_TYPE=Debug",
              "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DCMAKE_CXX_COMPILER_LAUNCHER=", "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON",
@@ -264,8 +277,9 @@ class Build:
             self.commands[command[command.index("-o") + 1]] = command
 
     def make(self, *targets):
-        command = ["cmake", "--build", self.directory, "-j2", "--target", *targets]
-        made = run(command)
+        # Two runs in one directory would build the same files.
+        with self.make_lock:
+            made = run(["cmake", "--build", self.directory, "-j2", "--target", *targets])
         if made.returncode != 0:
             sys.exit(made.stdout)
 
@@ -328,6 +342,23 @@ class Build:
         command = [str(objects.get(part, part)) for part in command]
         command[command.index("-o") + 1] = str(output)
         return run(command, cwd=folder, env=ENVIRONMENT).returncode == 0
+
+    def counting_programs(self, name):
+        """Returns the programs that count the instructions of a file's family, or of those that use it."""
+        tests = [test for test in all_tests(name) if test in own_tests(name)] or all_tests(name)
+        programs = [test[:-len("_test")] + "_instructions" for test in tests]
+        return [program for program in programs if (self.directory / f"bench/CMakeFiles/{program}.dir").exists()]
+
+    def instructions_of(self, program, library=None):
+        """Returns the instructions of each row of a program, with this build's library or that in another directory."""
+        path = self.directory / "bench" / program
+        if library:
+            return instructions.counts_of(path, library)
+        with self.program_locks[program]:
+            if program not in self.counts:
+                self.make(program)
+                self.counts[program] = instructions.counts_of(path)
+            return self.counts[program]
 
     def active_lines(self, name):
         """Returns the numbers of the lines that this build compiles, or None if it compiles all."""
@@ -401,7 +432,8 @@ def run_test(path, library, cases, limits, environment=None):
         own.mkdir()
         # A mutant may fill the disk or the memory in an endless loop.
         limited = f"ulimit -v 16000000 -f 2000000 -t {processor} -c 0; exec {path}"
-        variables = {"LD_LIBRARY_PATH": str(library), "TMPDIR": str(own), "GTEST_FILTER": cases,
+        variables = {"LD_LIBRARY_PATH": str(library), "ZN_UDF_TESTED_LIBRARY": str(library / "libzn_udf.so.1"),
+                     "TMPDIR": str(own), "GTEST_FILTER": cases,
                      "GTEST_FAIL_FAST": "1", **(environment or {})}
         with log.open("wb") as output, subprocess.Popen(
                 ["bash", "-c", limited], cwd=own, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT,
@@ -429,7 +461,7 @@ class Workshop:
         self.directory = directory
         directory.mkdir(parents=True, exist_ok=True)
 
-    def build(self, build, mutant):
+    def build(self, build, mutant, with_tests=True):
         """Returns the objects of the mutant by target and name, or None if it does not compile."""
         lines = content(mutant.file).splitlines()
         lines[mutant.line] = mutant.text
@@ -438,12 +470,7 @@ class Workshop:
         self.overlay = self.directory / "overlay.yaml"
         self.overlay.write_text(json.dumps({"version": 0, "use-external-names": False, "roots": [
             {"name": str(ROOT / mutant.file), "type": "file", "external-contents": str(source)}]}))
-        targets = ["zn_udf"]
-        # Programs that contain the mutated code themselves.
-        if mutant.file.startswith("include/"):
-            targets += own_tests(mutant.file)
-        elif mutant.file in DEFINITIONS:
-            targets += ["definitions_test"]
+        targets = ["zn_udf", *(programs_with(mutant.file) if with_tests else [])]
         objects = {}
         for target in targets:
             if target != "zn_udf":
@@ -490,6 +517,13 @@ def own_tests(name):
     return [test.stem for test in (ROOT / "tests").rglob(pathlib.Path(name).stem + "_test.cpp")]
 
 
+def programs_with(name):
+    """Returns the test programs that contain the code of a file themselves."""
+    if name in DEFINITIONS:
+        return ["definitions_test"]
+    return own_tests(name) if name.startswith("include/") or name == "src/udf/internal/literals.cpp" else []
+
+
 def all_tests(name):
     if name in DEFINITIONS:
         return ["definitions_test"] + MORE_TESTS["definitions"]
@@ -518,6 +552,8 @@ class Results:
         """Returns what the result depends on besides the file of the mutant."""
         if result[0] == "killed":
             program, case = result[1:]
+            if program == "instructions":
+                return ""
             suite, _, name = case.partition(".")
             test = re.search(rf"^TEST\w*\({suite.split('/')[-1]}, {name}\).*?^}}", self.tests.get(program, ""),
                              re.MULTILINE | re.DOTALL)
@@ -598,7 +634,23 @@ class Run:
                 if killer:
                     self.kills[mutant.file, killer[0]] += 1
                     return ["killed", *killer]
-            return ["survived"] if level == LAST_LEVEL else ["alive", str(level)]
+            return ["alive", str(level)]
+        finally:
+            self.workshops.put(workshop)
+
+    def count(self, mutant):
+        """Counts the instructions of a mutant that the tests have not killed."""
+        workshop = self.workshops.get()
+        try:
+            build = self.build("optimised")
+            if not self.needs_libcxx(mutant) and workshop.build(build, mutant, with_tests=False):
+                for program in build.counting_programs(mutant.file):
+                    usual = build.instructions_of(program)
+                    counted = build.instructions_of(program, workshop.directory)
+                    for row, count in counted.items():
+                        if count > usual[row] * (1 + instructions.TOLERANCE):
+                            return ["killed", "instructions", row]
+            return ["survived"]
         finally:
             self.workshops.put(workshop)
 
@@ -618,7 +670,7 @@ class Run:
                     list(pool.map(functools.partial(self.note, level=level), todo))
 
     def note(self, mutant, level):
-        result = self.attempt(mutant, level)
+        result = self.count(mutant) if level == LAST_LEVEL else self.attempt(mutant, level)
         self.results.put(mutant, result)
         print(f"{' '.join(result)}: {mutant.file}:{mutant.line + 1}: {mutant.text.strip()}", flush=True)
 
@@ -653,6 +705,7 @@ def report(plan, results, total):
                         ("mutants_that_do_not_compile", len(by_result["discarded"])),
                         ("mutants_with_the_same_object_code", len(by_result["equivalent"])),
                         ("mutants_that_differ", killed + survived), ("mutants_killed", killed),
+                        ("mutants_only_slower", sum(of[mutant][1] == "instructions" for mutant in by_result["killed"])),
                         ("mutants_killed_percent", f"{int(1000 * rate) / 10}"),
                         ("mutants_survived", survived),
                         ("mutants_explained", sum(identity(mutant) in reasons for mutant in alive))):
